@@ -1,0 +1,245 @@
+// String and file-name helpers, the code page, the error report, the session log, the command line.
+#include "app/modMain.h"
+#include "support/TestSupport.h"
+#include "util/CodePage.h"
+#include "util/modString.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace modString;
+
+class TestHelpers : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void codePageRoundTripsEveryByte();
+    void codePageUnmappable();
+    void fileNameParts_data();
+    void fileNameParts();
+    void stringPredicates();
+    void prefixAndSuffix();
+    void splitAtLastDelimiter_data();
+    void splitAtLastDelimiter();
+    void fileExists();
+    void errorReport();
+    void guardedEndsEarlyWithDefault();
+    void logKeepsNewestWholeLines();
+    void logWithoutLineBreaks();
+    void commandLineSplitsOnBlanks();
+};
+
+void TestHelpers::codePageRoundTripsEveryByte() {
+    QByteArray all;
+    for (int b = 0; b < 256; ++b) {
+        all.append(char(b));
+    }
+    const QString text = CodePage::toUnicode(all);
+    QCOMPARE(text.size(), 256);
+    QCOMPARE(QSet<QChar>(text.begin(), text.end()).size(), 256);
+    QCOMPARE(CodePage::fromUnicode(text), all);
+    QCOMPARE(text.at(0x80), QChar(0x20AC));
+    QCOMPARE(text.at(0x81), QChar(0x0081));
+    QCOMPARE(text.at(0x8D), QChar(0x008D));
+    QCOMPARE(text.at(0x9D), QChar(0x009D));
+    QCOMPARE(text.at(0x9F), QChar(0x0178));
+    QCOMPARE(text.at(0xE9), QChar(0x00E9));
+}
+
+void TestHelpers::codePageUnmappable() {
+    QCOMPARE(CodePage::fromUnicode(u"a\u0416b\u20AC"), QByteArray("a?b\x80"));
+    QVERIFY(!CodePage::canEncode(u"\u0416"));
+    QVERIFY(CodePage::canEncode(u"caf\u00E9 \u2014"));
+    QCOMPARE(CodePage::toByte(0x0080), -1); // U+0080 is not the euro byte's character
+}
+
+void TestHelpers::fileNameParts_data() {
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("ext");
+    QTest::addColumn<QString>("without");
+    QTest::newRow("plain") << "notes.mvd" << "mvd" << "notes";
+    QTest::newRow("trailing dot") << "notes." << "" << "notes";
+    QTest::newRow("no dot") << " readme " << "" << "readme";
+    QTest::newRow("dot in folder") << "C:\\my.dir\\readme" << "dir\\readme" << "C:\\my";
+    QTest::newRow("blanks trimmed") << " a . txt " << "txt" << "a";
+    QTest::newRow("empty") << "" << "" << "";
+}
+
+void TestHelpers::fileNameParts() {
+    QFETCH(QString, path);
+    QFETCH(QString, ext);
+    QFETCH(QString, without);
+    QCOMPARE(FileExt(path), ext);
+    QCOMPARE(FileWithoutExt(path), without);
+}
+
+void TestHelpers::stringPredicates() {
+    QVERIFY(StringAlphanumeric(""));
+    QVERIFY(StringAlphanumeric("abcXYZ09"));
+    QVERIFY(!StringAlphanumeric("ab_c"));
+    QVERIFY(!StringAlphanumeric(QStringLiteral("caf\u00E9")));
+    QVERIFY(StringUpperCaseAlpha(""));
+    QVERIFY(StringUpperCaseAlpha("KEY"));
+    QVERIFY(!StringUpperCaseAlpha("KEy"));
+    QVERIFY(!StringUpperCaseAlpha("KEY0"));
+    QVERIFY(StringEndsWith("b", " b"));
+    QVERIFY(StringEndsWith("", ""));
+    QVERIFY(StringEndsWith("abc", "bc"));
+    QVERIFY(!StringEndsWith("abc", "Bc"));
+    QVERIFY(!StringEndsWith("b", "ab"));
+}
+
+void TestHelpers::prefixAndSuffix() {
+    QCOMPARE(StringPrefixRemove("KEY0.2", "KEY"), QString("0.2"));
+    QCOMPARE(StringPrefixRemove("xKEY", "KEY"), QString("xKEY"));
+    QCOMPARE(StringPrefixRemove("KEY 5", "KEY"), QString("5"));
+    QCOMPARE(StringPrefixRemove(" a ", ""), QString("a"));
+    QCOMPARE(StringPrefixRemove("key1", "KEY"), QString("key1"));
+
+    bool removed = true;
+    QString text = "line\r\n\r\n";
+    int strips = 0;
+    for (;;) {
+        text = StringSuffixRemove(text, "\r\n", removed);
+        if (!removed) {
+            break;
+        }
+        ++strips;
+    }
+    QCOMPARE(strips, 2);
+    QCOMPARE(text, QString("line"));
+    QCOMPARE(StringSuffixRemove("", "\r\n", removed), QString(""));
+    QVERIFY(!removed);
+}
+
+void TestHelpers::splitAtLastDelimiter_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("delimiter");
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+    QTest::newRow("key") << "0.1.3" << "." << "0.1" << "3";
+    QTest::newRow("none") << "0" << "." << "0" << "";
+    QTest::newRow("overlapping") << "aaa" << "aa" << "a" << "";
+    QTest::newRow("long delimiter") << "a--b--c" << "--" << "a--b" << "c";
+    QTest::newRow("empty") << "" << "." << "" << "";
+}
+
+void TestHelpers::splitAtLastDelimiter() {
+    QFETCH(QString, text);
+    QFETCH(QString, delimiter);
+    QString before = "x";
+    QString after = "y";
+    StringSplitAtLastDelimiter(text, delimiter, before, after);
+    QTEST(before, "before");
+    QTEST(after, "after");
+}
+
+void TestHelpers::fileExists() {
+    QTemporaryDir dir;
+    const QString file = dir.filePath("a.mvd");
+    QVERIFY(!FileExists(file));
+    QFile f(file);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.close();
+    QVERIFY(FileExists(file));
+    QVERIFY(!FileExists(dir.path()));
+    QVERIFY(!FileExists(""));
+}
+
+void TestHelpers::errorReport() {
+    ScopedLog log;
+    PROC("modDoc DocLoad");
+    modMain::Guarded([] { modMain::Raise(modMain::errFileNotFound); });
+    QCOMPARE(log.content(), QString("Error 53 - File not found\r\nMavrolen modDoc DocLoad\r\n"));
+
+    QFile::remove(log.path());
+    modMain::Guarded([] {
+        PROC("modDoc DocLoad");
+        throw modMain::RuntimeError(-2147221504, "Automation error", "Shell");
+    });
+    QCOMPARE(log.content(), QString("Error returned by VB object 0 - Automation error\r\n"
+                                    "Shell modDoc DocLoad\r\n"));
+
+    QFile::remove(log.path());
+    modMain::Guarded([] { throw modMain::RuntimeError(-2147221503, "Other", "Shell"); });
+    QVERIFY(log.content().startsWith("Error -2147221503 - Other\r\n"));
+}
+
+void TestHelpers::guardedEndsEarlyWithDefault() {
+    ScopedLog log;
+    int reached = 0;
+    const int result = modMain::Guarded([&]() -> int {
+        PROC("modTest Outer");
+        ++reached;
+        modMain::Raise(modMain::errOverflow);
+        ++reached;
+        return 7;
+    });
+    QCOMPARE(result, 0);
+    QCOMPARE(reached, 1);
+    QVERIFY(log.content().startsWith("Error 6 - Overflow\r\nMavrolen modTest Outer"));
+    QCOMPARE(modMain::Guarded([] { return QString("ok"); }), QString("ok"));
+}
+
+void TestHelpers::logKeepsNewestWholeLines() {
+    ScopedLog log;
+    // 8190 characters in lines of 90 (88 characters and CR LF), written directly.
+    QByteArray existing;
+    for (int i = 0; i < 91; ++i) {
+        existing += QByteArray(88, char('a' + i % 26)) + "\r\n";
+    }
+    QCOMPARE(existing.size(), 8190);
+    QFile f(log.path());
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(existing);
+    f.close();
+
+    modMain::WriteLog(QString(30, QLatin1Char('z')));
+    const QString content = log.content();
+    QVERIFY(content.size() <= 8192 + 2);
+    QVERIFY(content.endsWith(QString(30, QLatin1Char('z')) + "\r\n"));
+    // Exactly the oldest line went.
+    QCOMPARE(content.size(), 8190 - 90 + 32);
+    QVERIFY(content.startsWith(QString(88, QLatin1Char('b'))));
+}
+
+void TestHelpers::logWithoutLineBreaks() {
+    ScopedLog log;
+    QFile f(log.path());
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(QByteArray(8000, 'x'));
+    f.close();
+    modMain::WriteLog(QString(500, QLatin1Char('y')));
+    const QString content = log.content();
+    QCOMPARE(content.size(), 8192 + 2);
+    QVERIFY(content.startsWith(QString(7692, QLatin1Char('x')) + "y"));
+
+    modMain::WriteLog("Session started at now");
+    // The earlier content has a line break now, so whole lines are dropped.
+    QCOMPARE(log.content(), QString("Session started at now\r\n"));
+}
+
+void TestHelpers::commandLineSplitsOnBlanks() {
+    QTemporaryDir dir;
+    const QString a = dir.filePath("a.mvd");
+    const QString b = dir.filePath("b.mvd");
+    const QString spaced = dir.filePath("my notes.mvd");
+    for (const QString &name : {a, b, spaced}) {
+        QFile f(name);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+    }
+    const QString saved = QDir::currentPath();
+    QDir::setCurrent(dir.path());
+    QCOMPARE(modMain::GetCommandLineFiles("  a.mvd   b.mvd missing.mvd "), QStringList({a, b}));
+    QCOMPARE(modMain::GetCommandLineFiles("\"my notes.mvd\""), QStringList());
+    QCOMPARE(modMain::GetCommandLineFiles("my notes.mvd"), QStringList());
+    QCOMPARE(modMain::GetCommandLineFiles(""), QStringList());
+    QCOMPARE(modMain::FullPathName("sub/../a.mvd"), a);
+    QCOMPARE(modMain::FullPathName(""), QString());
+    QCOMPARE(modMain::FullPathName(QString(300, 'n')).size(), dir.path().size() + 301);
+    QDir::setCurrent(saved);
+}
+
+QTEST_GUILESS_MAIN(TestHelpers)
+#include "tst_helpers.moc"
