@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QByteArray>
+
+// What the entry texts need of a document's text pane: its whole content as rich text, and
+// whether it is drawn. The rich-text buffer implements it; the window shows that buffer.
+// Rich text is held as bytes: RTF is 7-bit markup, and any byte above 0x7F is a character of the
+// file code page (util/CodePage.h).
+class TextPane {
+public:
+    virtual ~TextPane() = default;
+
+    virtual QByteArray TextRTF() const = 0;
+    virtual void SetTextRTF(const QByteArray &rtf) = 0;
+
+    virtual bool Visible() const = 0;
+    virtual void SetVisible(bool visible) = 0;
+};
