@@ -1,0 +1,42 @@
+#include "editor/clsFont.h"
+
+#include "app/modMain.h"
+
+#include <cmath>
+
+void clsFont::setSize(double points) {
+    PROC("clsFont Size");
+    if (!std::isfinite(points) || std::fabs(points) > 922337203685477.0) {
+        modMain::Raise(modMain::errOverflow);
+    }
+    m_lSize = std::llround(points * 10000.0);
+}
+
+void clsFont::CopyTo(clsFont &other) const {
+    PROC("clsFont CopyTo");
+    other = *this;
+}
+
+void clsFont::GetFont(const QFont &font) {
+    PROC("clsFont GetFont");
+    m_sName = font.family();
+    setSize(font.pointSizeF() > 0 ? font.pointSizeF() : 0.0);
+    m_bBold = font.bold();
+    m_bItalic = font.italic();
+    m_bStrikeThrough = font.strikeOut();
+    m_bUnderline = font.underline();
+}
+
+void clsFont::SetFont(QFont &font) const {
+    PROC("clsFont SetFont");
+    font.setBold(m_bBold);
+    font.setItalic(m_bItalic);
+    if (!m_sName.isEmpty()) {
+        font.setFamily(m_sName);
+    }
+    if (m_lSize > 0) {
+        font.setPointSizeF(Size());
+    }
+    font.setStrikeOut(m_bStrikeThrough);
+    font.setUnderline(m_bUnderline);
+}
