@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QByteArrayView>
+
+class QTextDocument;
+
+// Reads rich text (RTF) into a text document, as RichEdit, WordPad, Word, LibreOffice and other
+// programs write it. Malformed input never crashes; what can be read is kept.
+class RtfReader {
+public:
+    // True when the bytes start like an RTF document ("{\rtf", after leading blanks and line
+    // breaks).
+    static bool looksLikeRtf(QByteArrayView bytes);
+
+    // Replaces the document's content with the RTF. Returns false (and leaves the document empty)
+    // only when the input is not RTF at all.
+    static bool read(QByteArrayView rtf, QTextDocument *doc);
+
+    // RTF when it looks like RTF; otherwise plain text in the file code page, line breaks (CR LF,
+    // LF or CR) kept as paragraphs.
+    static void readAny(QByteArrayView bytes, QTextDocument *doc);
+};
