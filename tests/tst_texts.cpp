@@ -48,7 +48,6 @@ private Q_SLOTS:
     void bufferSize();
     void roundTrip_data();
     void roundTrip();
-    void storedFormHasLengthPrefix();
     void decodeEdgeCases_data();
     void decodeEdgeCases();
     void decodeBufferSlack();
@@ -128,20 +127,6 @@ void TestTexts::roundTrip() {
     NodeTextGet(&t.doc, root);
     QCOMPARE(t.pane->TextRTF(), text);
     QVERIFY(m_log->content().isEmpty());
-}
-
-void TestTexts::storedFormHasLengthPrefix() {
-    const QByteArray text = sampleRtf(20);
-    const QByteArray s = stored(text);
-    const qsizetype comma = s.indexOf(',');
-    QCOMPARE(s.left(comma).toLongLong(), text.size());
-    QVERIFY(s.size() < text.size() / 3);
-    QByteArray compressed;
-    QCOMPARE(modCompress::CompressString(text, compressed), Z_OK);
-    QCOMPARE(s.mid(comma + 1), compressed);
-    // The empty text still compresses: "0," and zlib's empty stream.
-    QVERIFY(stored(QByteArray()).startsWith("0,"));
-    QCOMPARE(decoded(stored(QByteArray())), stored(QByteArray())); // "0," is not decoded
 }
 
 void TestTexts::decodeEdgeCases_data() {
