@@ -24,31 +24,51 @@ constexpr qsizetype kLogLimit = 8192;
 
 RuntimeError::RuntimeError(qint32 number, QString description, QString source)
     : Number(number), Description(description.isEmpty() ? ErrorDescription(number) : description),
-      Source(source.isEmpty() ? QStringLiteral("Mavrolen") : source),
-      m_what(Description.toUtf8()) {}
+      Source(source.isEmpty() ? QStringLiteral("Mavrolen") : source), m_what(Description.toUtf8()) {
+}
 
-const char *RuntimeError::what() const noexcept { return m_what.constData(); }
+const char *RuntimeError::what() const noexcept {
+    return m_what.constData();
+}
 
 QString ErrorDescription(qint32 number) {
     switch (number) {
-    case 5: return QStringLiteral("Invalid procedure call or argument");
-    case 6: return QStringLiteral("Overflow");
-    case 7: return QStringLiteral("Out of memory");
-    case 9: return QStringLiteral("Subscript out of range");
-    case 13: return QStringLiteral("Type mismatch");
-    case 51: return QStringLiteral("Internal error");
-    case 52: return QStringLiteral("Bad file name or number");
-    case 53: return QStringLiteral("File not found");
-    case 54: return QStringLiteral("Bad file mode");
-    case 57: return QStringLiteral("Device I/O error");
-    case 58: return QStringLiteral("File already exists");
-    case 61: return QStringLiteral("Disk full");
-    case 62: return QStringLiteral("Input past end of file");
-    case 70: return QStringLiteral("Permission denied");
-    case 75: return QStringLiteral("Path/File access error");
-    case 76: return QStringLiteral("Path not found");
-    case 424: return QStringLiteral("Object required");
-    default: return QStringLiteral("Application-defined or object-defined error");
+    case 5:
+        return QStringLiteral("Invalid procedure call or argument");
+    case 6:
+        return QStringLiteral("Overflow");
+    case 7:
+        return QStringLiteral("Out of memory");
+    case 9:
+        return QStringLiteral("Subscript out of range");
+    case 13:
+        return QStringLiteral("Type mismatch");
+    case 51:
+        return QStringLiteral("Internal error");
+    case 52:
+        return QStringLiteral("Bad file name or number");
+    case 53:
+        return QStringLiteral("File not found");
+    case 54:
+        return QStringLiteral("Bad file mode");
+    case 57:
+        return QStringLiteral("Device I/O error");
+    case 58:
+        return QStringLiteral("File already exists");
+    case 61:
+        return QStringLiteral("Disk full");
+    case 62:
+        return QStringLiteral("Input past end of file");
+    case 70:
+        return QStringLiteral("Permission denied");
+    case 75:
+        return QStringLiteral("Path/File access error");
+    case 76:
+        return QStringLiteral("Path not found");
+    case 424:
+        return QStringLiteral("Object required");
+    default:
+        return QStringLiteral("Application-defined or object-defined error");
     }
 }
 
@@ -59,7 +79,8 @@ void Raise(qint32 number, const QString &description) {
 void ReportError() {
     QString first = QStringLiteral("Error ");
     if (Err.Number == errObjectBase) {
-        first += QStringLiteral("returned by VB object ") + QString::number(Err.Number - errObjectBase);
+        first +=
+            QStringLiteral("returned by VB object ") + QString::number(Err.Number - errObjectBase);
     } else {
         first += QString::number(Err.Number);
     }
@@ -76,7 +97,9 @@ QString ProgramDirectory() {
     if (QCoreApplication::instance()) {
         return QCoreApplication::applicationDirPath();
     }
-    return QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath().section(QLatin1Char('/'), 0, -2);
+    return QFileInfo(QStringLiteral("/proc/self/exe"))
+        .canonicalFilePath()
+        .section(QLatin1Char('/'), 0, -2);
 }
 
 QString LogPath() {
@@ -99,7 +122,9 @@ QString LogPath() {
     return path;
 }
 
-void SetLogPath(const QString &path) { g_sLogPathOverride = path; }
+void SetLogPath(const QString &path) {
+    g_sLogPathOverride = path;
+}
 
 void WriteLog(const QString &message) {
     PROC("modMain WriteLog");

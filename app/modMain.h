@@ -69,8 +69,7 @@ void ReportError();
 
 // Carries any exception of the running procedure to ReportError. Returns the procedure's result,
 // or the fallback (the default value) when it ended in an error.
-template <class F, class R = std::invoke_result_t<F>>
-R Guarded(F &&body, R fallback = R{}) {
+template <class F, class R = std::invoke_result_t<F>> R Guarded(F &&body, R fallback = R{}) {
     try {
         return std::forward<F>(body)();
     } catch (const RuntimeError &e) {
@@ -85,7 +84,7 @@ R Guarded(F &&body, R fallback = R{}) {
 }
 
 template <class F>
-    requires std::is_void_v<std::invoke_result_t<F>>
+requires std::is_void_v<std::invoke_result_t<F>>
 void Guarded(F &&body) {
     Guarded([&] {
         std::forward<F>(body)();
