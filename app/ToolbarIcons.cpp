@@ -98,6 +98,15 @@ void Page(QPainter &p) {
     p.drawRect(QRectF(6.5, 4.5, 11, 15));
 }
 
+void Printer(QPainter &p) {
+    p.setPen(QPen(Qt::white, 1.6));
+    p.setBrush(Qt::NoBrush);
+    p.drawRect(QRectF(8.5, 4.5, 7, 5));
+    p.drawRoundedRect(QRectF(4.5, 9.5, 15, 7), 1.5, 1.5);
+    p.setBrush(Qt::white);
+    p.drawRect(QRectF(8.5, 14.5, 7, 5));
+}
+
 void Draw(QPainter &p, const QString &key) {
     const Group g = GroupOf(key);
     p.setRenderHint(QPainter::Antialiasing);
@@ -169,7 +178,7 @@ void Draw(QPainter &p, const QString &key) {
     } else if (key == u"Save File"_s) {
         Arrow(p, 180, true);
     } else if (key == u"Print File"_s || key == u"Print Entry"_s) {
-        Glyph(p, u"⎙"_s, false, false, false, 16);
+        Printer(p);
     } else if (key == u"Preview File"_s || key == u"Preview Entry"_s) {
         Glyph(p, u"◎"_s, false, false, false, 16);
     } else {

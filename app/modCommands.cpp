@@ -179,7 +179,7 @@ const QList<MenuItem> &MenuItems() {
          u"OutlineIndent"_s, 0, Writable | Entry | NotRoot, false},
         {u"mnuOutlineUnindent"_s, u"&Unindent           Alt+Left"_s, 1, ItemKind::Command,
          u"OutlineUnindent"_s, 0, Writable | Entry | NotRoot, false},
-        {u"mnuOutlineMove"_s, u"&Move"_s, 1, ItemKind::Menu, u""_s, 0, None, false},
+        {u"mnuOutlineMove"_s, u"&Move"_s, 1, ItemKind::Menu, u""_s, 0, Writable, false},
         {u"mnuOutlineMoveUp"_s, u"Mo&ve up           Alt+Up"_s, 2, ItemKind::Command,
          u"OutlineMoveUp"_s, 0, Writable | Entry | NotRoot, false},
         {u"mnuOutlineMoveDown"_s, u"Move do&wn      Alt+Down"_s, 2, ItemKind::Command,

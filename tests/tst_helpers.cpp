@@ -58,12 +58,24 @@ void TestHelpers::fileNameParts_data() {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("ext");
     QTest::addColumn<QString>("without");
-    QTest::newRow("plain") << "notes.mvd" << "mvd" << "notes";
-    QTest::newRow("trailing dot") << "notes." << "" << "notes";
-    QTest::newRow("no dot") << " readme " << "" << "readme";
-    QTest::newRow("dot in folder") << "C:\\my.dir\\readme" << "dir\\readme" << "C:\\my";
-    QTest::newRow("blanks trimmed") << " a . txt " << "txt" << "a";
-    QTest::newRow("empty") << "" << "" << "";
+    QTest::newRow("plain") << "notes.mvd"
+                           << "mvd"
+                           << "notes";
+    QTest::newRow("trailing dot") << "notes."
+                                  << ""
+                                  << "notes";
+    QTest::newRow("no dot") << " readme "
+                            << ""
+                            << "readme";
+    QTest::newRow("dot in folder") << "C:\\my.dir\\readme"
+                                   << "dir\\readme"
+                                   << "C:\\my";
+    QTest::newRow("blanks trimmed") << " a . txt "
+                                    << "txt"
+                                    << "a";
+    QTest::newRow("empty") << ""
+                           << ""
+                           << "";
 }
 
 void TestHelpers::fileNameParts() {
@@ -118,11 +130,26 @@ void TestHelpers::splitAtLastDelimiter_data() {
     QTest::addColumn<QString>("delimiter");
     QTest::addColumn<QString>("before");
     QTest::addColumn<QString>("after");
-    QTest::newRow("key") << "0.1.3" << "." << "0.1" << "3";
-    QTest::newRow("none") << "0" << "." << "0" << "";
-    QTest::newRow("overlapping") << "aaa" << "aa" << "a" << "";
-    QTest::newRow("long delimiter") << "a--b--c" << "--" << "a--b" << "c";
-    QTest::newRow("empty") << "" << "." << "" << "";
+    QTest::newRow("key") << "0.1.3"
+                         << "."
+                         << "0.1"
+                         << "3";
+    QTest::newRow("none") << "0"
+                          << "."
+                          << "0"
+                          << "";
+    QTest::newRow("overlapping") << "aaa"
+                                 << "aa"
+                                 << "a"
+                                 << "";
+    QTest::newRow("long delimiter") << "a--b--c"
+                                    << "--"
+                                    << "a--b"
+                                    << "c";
+    QTest::newRow("empty") << ""
+                           << "."
+                           << ""
+                           << "";
 }
 
 void TestHelpers::splitAtLastDelimiter() {

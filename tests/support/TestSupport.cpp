@@ -5,11 +5,17 @@
 
 #include <QFile>
 
-ScopedLog::ScopedLog() { modMain::SetLogPath(path()); }
+ScopedLog::ScopedLog() {
+    modMain::SetLogPath(path());
+}
 
-ScopedLog::~ScopedLog() { modMain::SetLogPath(QString()); }
+ScopedLog::~ScopedLog() {
+    modMain::SetLogPath(QString());
+}
 
-QString ScopedLog::path() const { return m_dir.filePath(QStringLiteral("Mavrolen.log")); }
+QString ScopedLog::path() const {
+    return m_dir.filePath(QStringLiteral("Mavrolen.log"));
+}
 
 QString ScopedLog::content() const {
     QFile f(path());
