@@ -23,6 +23,9 @@ MainWindowHost *MainWindow() {
 
 MsgBoxResult MsgBox(const QString &text, MsgBoxButtons buttons, MsgBoxIcon icon) {
     g_asked.append(text);
+    if (g_asked.size() > 100) {
+        g_asked.removeFirst();
+    }
     if (!g_answers.isEmpty()) {
         return g_answers.takeFirst();
     }

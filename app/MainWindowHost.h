@@ -65,7 +65,7 @@ MsgBoxResult MsgBox(const QString &text, MsgBoxButtons buttons = vbOKOnly,
                     MsgBoxIcon icon = vbNoIcon);
 void PushMsgBoxAnswer(MsgBoxResult answer);
 void ClearMsgBoxAnswers();
-// The texts asked since the last ClearMsgBoxAnswers, oldest first.
+// The texts asked since the last ClearMsgBoxAnswers (the latest 100), oldest first.
 QStringList AskedMessages();
 
 } // namespace modMain
