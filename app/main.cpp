@@ -1,36 +1,35 @@
+#include "app/frmMain.h"
+#include "app/modMain.h"
+#include "help/frmAbout.h"
+
 #include <QApplication>
-#include <QHeaderView>
-#include <QMainWindow>
-#include <QMdiArea>
-#include <QMdiSubWindow>
-#include <QSplitter>
-#include <QStandardItemModel>
-#include <QTextEdit>
-#include <QTreeView>
+#include <QIcon>
 
 int main(int argc, char *argv[]) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Mavrolen"));
+    QApplication::setApplicationVersion(QStringLiteral(MAVROLEN_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("mavrolen"));
+    if (QIcon::themeName().isEmpty()) {
+        QIcon::setThemeName(QStringLiteral("Adwaita"));
+    }
+    PROC("modMain Main");
 
-    QMainWindow window;
-    window.setWindowTitle(QStringLiteral("Mavrolen"));
-    auto *area = new QMdiArea(&window);
-    window.setCentralWidget(area);
+    // 1. The About window as a splash: no OK button, not waiting, painted at once.
+    auto *splash = new frmAbout(true);
+    splash->show();
+    splash->repaint();
+    QApplication::processEvents();
 
-    auto *splitter = new QSplitter;
-    auto *model = new QStandardItemModel(splitter);
-    model->appendRow(new QStandardItem(QString()));
-    auto *tree = new QTreeView;
-    tree->setModel(model);
-    tree->header()->hide();
-    tree->setUniformRowHeights(true);
-    splitter->addWidget(tree);
-    splitter->addWidget(new QTextEdit);
-    QMdiSubWindow *sub = area->addSubWindow(splitter);
-    sub->setWindowTitle(QStringLiteral("Document 1"));
-    sub->resize(560, 360);
+    // 2. The main window loads; its load handler runs Initialise.
+    frmMain frm;
+    frm.MDIForm_Load();
 
-    window.resize(800, 560);
-    window.show();
+    // 3. The splash goes.
+    splash->close();
+    delete splash;
+
+    // 4. The main window shows.
+    frm.show();
     return app.exec();
 }

@@ -1,0 +1,558 @@
+#include "app/frmMain.h"
+
+#include "app/ToolbarIcons.h"
+#include "app/modCommandState.h"
+#include "app/modCommands.h"
+#include "app/modGlobals.h"
+#include "app/modMain.h"
+#include "app/modSession.h"
+#include "help/frmAbout.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QRegularExpression>
+#include <QShortcut>
+#include <QStatusBar>
+#include <QTimer>
+#include <QToolBar>
+#include <QUrl>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Items whose check mark shows an option.
+const QStringList kCheckable = {
+    u"mnuViewToolbar"_s,
+    u"mnuViewStatusBar"_s,
+    u"mnuViewOptionsBackupOnSave"_s,
+    u"mnuViewOptionsAutoFitSplit"_s,
+    u"mnuViewOptionsStartWithNewDoc"_s,
+    u"mnuViewOptionsStartWithPrevDocs"_s,
+    u"mnuViewOptionsClickToRenameEntry"_s,
+    u"mnuOutlineExpandLevel1"_s,
+    u"mnuOutlineExpandLevel2"_s,
+    u"mnuOutlineExpandLevel3"_s,
+    u"mnuOutlineExpandLevel4"_s,
+    u"mnuOutlineExpandLevel5"_s,
+    u"mnuOutlineExpandLevel6"_s,
+    u"mnuOutlineExpandLevel7"_s,
+    u"mnuOutlineExpandAll"_s,
+};
+
+bool IsToggleButton(const QString &key) {
+    return key.startsWith(u"Expand to level"_s) || key == u"Expand all levels"_s ||
+           key == u"Bold Text"_s || key == u"Italic Text"_s || key == u"Underline Text"_s ||
+           key.endsWith(u"Align Text"_s);
+}
+
+} // namespace
+
+frmMain::frmMain(QWidget *parent) : QMainWindow(parent) {
+    setObjectName(u"frmMain"_s);
+    setWindowTitle(u"Mavrolen"_s);
+    setWindowIcon(ApplicationIcon());
+    setAcceptDrops(true);
+    m_mdi = new QMdiArea(this);
+    m_mdi->setObjectName(u"MDIClient"_s);
+    m_mdi->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    m_mdi->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    setCentralWidget(m_mdi);
+    BuildMenus();
+    BuildToolbar();
+    BuildStatusBar();
+    m_timer = new QTimer(this);
+    m_timer->setObjectName(u"Timer1"_s);
+    connect(m_timer, &QTimer::timeout, this, [this] { Timer1_Timer(); });
+    modMain::SetMainWindow(this);
+}
+
+frmMain::~frmMain() {
+    // MDIForm_Unload: the process-wide reference goes with the window.
+    if (modMain::MainWindow() == this) {
+        modMain::SetMainWindow(nullptr);
+    }
+}
+
+void frmMain::BuildMenus() {
+    QMenu *parents[3] = {nullptr, nullptr, nullptr};
+    for (const modCommands::MenuItem &item : modCommands::MenuItems()) {
+        QMenu *owner = item.Depth > 0 ? parents[item.Depth - 1] : nullptr;
+        if (item.Kind == modCommands::ItemKind::Menu) {
+            QMenu *menu = nullptr;
+            if (item.Depth == 0 && !item.Popup) {
+                menu = menuBar()->addMenu(item.Caption);
+            } else if (item.Depth == 0) {
+                menu = new QMenu(item.Caption, this); // pop-up, never on the bar
+            } else {
+                menu = owner->addMenu(item.Caption);
+            }
+            menu->setObjectName(item.Name);
+            menu->menuAction()->setObjectName(item.Name);
+            m_menus.insert(item.Name, menu);
+            m_items.insert(item.Name, menu->menuAction());
+            parents[item.Depth] = menu;
+            continue;
+        }
+        QAction *action = nullptr;
+        if (item.Kind == modCommands::ItemKind::Separator) {
+            action = owner->addSeparator();
+        } else {
+            action = owner->addAction(item.Caption);
+            const QString name = item.Name;
+            connect(action, &QAction::triggered, this, [name] { modCommands::RunItem(name); });
+            action->setCheckable(kCheckable.contains(item.Name));
+            action->setEnabled(modCommands::HasProcedure(item.Name));
+            BindShortcut(action, item.Caption);
+        }
+        action->setObjectName(item.Name);
+        m_items.insert(item.Name, action);
+    }
+    // Shown only while there are recent files.
+    m_items.value(u"mnuFileBarMRU"_s)->setVisible(false);
+}
+
+void frmMain::BindShortcut(QAction *action, const QString &caption) {
+    // The caption shows its shortcut after a run of blanks. Keys the document window handles
+    // itself (plain keys such as Del, Plus, Minus) and Alt+F4 of the window manager are not bound
+    // here; modified keys and function keys are.
+    static const QRegularExpression tail(u"\\s{2,}(\\S+)$"_s);
+    const QRegularExpressionMatch m = tail.match(caption);
+    if (!m.hasMatch()) {
+        return;
+    }
+    const QString text = m.captured(1);
+    const bool modified = text.startsWith(u"Alt+"_s) || text.startsWith(u"Ctrl+"_s);
+    const bool functionKey = QRegularExpression(u"^F\\d+$"_s).match(text).hasMatch();
+    if ((!modified && !functionKey) || text == u"Alt+F4"_s) {
+        return;
+    }
+    auto *shortcut = new QShortcut(QKeySequence::fromString(text), this);
+    shortcut->setContext(Qt::WindowShortcut);
+    connect(shortcut, &QShortcut::activated, action, [action] {
+        if (action->isEnabled()) {
+            action->trigger();
+        }
+    });
+}
+
+void frmMain::BuildToolbar() {
+    m_toolbar = addToolBar(u"Toolbar"_s);
+    m_toolbar->setObjectName(u"tbToolBar"_s);
+    m_toolbar->setIconSize(QSize(24, 24));
+    m_toolbar->setMovable(false);
+    for (const modCommands::ToolbarButton &b : modCommands::ToolbarButtons()) {
+        QAction *action = m_toolbar->addAction(ToolbarIcon(b.Key), b.Key);
+        action->setObjectName(b.Key);
+        action->setCheckable(IsToggleButton(b.Key));
+        action->setEnabled(modCommands::HasProcedure(b.Item));
+        const QString key = b.Key;
+        connect(action, &QAction::triggered, this, [this, key] { tbToolBar_ButtonClick(key); });
+        m_buttons.insert(b.Key, action);
+        // Groups of the toolbar.
+        if (key == u"Preview File"_s || key == u"Go To Text"_s || key == u"Preview Entry"_s ||
+            key == u"Unindent Entry"_s || key == u"Contract Entry"_s ||
+            key == u"Expand all levels"_s || key == u"Delete Text"_s || key == u"Unindent Text"_s) {
+            m_toolbar->addSeparator();
+        }
+    }
+}
+
+void frmMain::BuildStatusBar() {
+    QStatusBar *bar = statusBar();
+    bar->setObjectName(u"sbStatusBar"_s);
+    m_statusText = new QLabel(bar);
+    m_statusText->setObjectName(u"Text"_s);
+    bar->addWidget(m_statusText, 1);
+    for (const QString &key : {u"Caps"_s, u"Num"_s, u"Ins"_s}) {
+        auto *panel = new QLabel(key.toUpper(), bar);
+        panel->setObjectName(key);
+        panel->setAlignment(Qt::AlignCenter);
+        panel->setMinimumWidth(panel->fontMetrics().horizontalAdvance(u"CAPS"_s) + 12);
+        panel->setFrameShape(QFrame::StyledPanel);
+        bar->addPermanentWidget(panel);
+    }
+}
+
+void frmMain::MDIForm_Load() {
+    PROC("frmMain MDIForm_Load");
+    modMain::Guarded([this] {
+        modMain::Initialise();
+        statusBar()->setVisible(modGlobals::ViewStatusbar);
+        for (const modCommands::ToolbarButton &b : modCommands::ToolbarButtons()) {
+            m_buttons.value(b.Key)->setToolTip(b.Key);
+            m_buttons.value(b.Key)->setStatusTip(b.Key);
+        }
+        m_toolbar->setVisible(modGlobals::ViewToolbar);
+        m_items.value(u"mnuViewToolbar"_s)->setChecked(modGlobals::ViewToolbar);
+        m_items.value(u"mnuViewStatusBar"_s)->setChecked(modGlobals::ViewStatusbar);
+        m_items.value(u"mnuViewOptionsBackupOnSave"_s)->setChecked(modGlobals::Backup);
+        m_items.value(u"mnuViewOptionsAutoFitSplit"_s)->setChecked(modGlobals::AutoSplit);
+        m_items.value(u"mnuViewOptionsStartWithNewDoc"_s)
+            ->setChecked(modGlobals::StartWithNewDocument);
+        m_items.value(u"mnuViewOptionsStartWithPrevDocs"_s)
+            ->setChecked(modGlobals::StartWithLatestDocuments);
+        m_items.value(u"mnuViewOptionsClickToRenameEntry"_s)->setChecked(modGlobals::AutoLabelEdit);
+        m_timer->setInterval(modGlobals::TimerInterval);
+        m_timer->start();
+    });
+}
+
+bool frmMain::MDIForm_QueryUnload() {
+    PROC("frmMain MDIForm_QueryUnload");
+    return modMain::Guarded(
+        [this] {
+            if (ChildWindowCount() > 0) {
+                const modMain::MsgBoxResult answer =
+                    modMain::MsgBox(u"Do you really want to exit the application?"_s,
+                                    modMain::vbYesNoCancel, modMain::vbQuestion);
+                if (answer != modMain::vbYes) {
+                    return false;
+                }
+            }
+            modMain::Finalise();
+            return true;
+        },
+        false);
+}
+
+void frmMain::closeEvent(QCloseEvent *event) {
+    if (!MDIForm_QueryUnload()) {
+        event->ignore();
+        return;
+    }
+    // Only now does each document window ask its own question.
+    m_mdi->closeAllSubWindows();
+    if (!m_mdi->subWindowList().isEmpty()) {
+        event->ignore();
+        return;
+    }
+    m_timer->stop();
+    event->accept();
+}
+
+void frmMain::tbToolBar_ButtonClick(const QString &key) {
+    PROC("frmMain tbToolBar_ButtonClick");
+    modMain::Guarded([&] {
+        if (const modCommands::ToolbarButton *b = modCommands::FindButton(key)) {
+            modCommands::RunItem(b->Item);
+        }
+    });
+    modMain::UpdateToolbarStatus();
+}
+
+void frmMain::dragEnterEvent(QDragEnterEvent *event) {
+    // MDIForm_OLEDragOver: always a copy.
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+void frmMain::dragMoveEvent(QDragMoveEvent *event) {
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+void frmMain::dropEvent(QDropEvent *event) {
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    MDIForm_OLEDragDrop(event->mimeData());
+}
+
+void frmMain::MDIForm_OLEDragDrop(const QMimeData *data) {
+    PROC("frmMain MDIForm_OLEDragDrop");
+    modMain::Guarded([data] {
+        if (!data) {
+            return;
+        }
+        // No existence test here: DocLoad reports a missing file itself.
+        if (data->hasUrls()) {
+            for (const QUrl &url : data->urls()) {
+                const QString name = url.isLocalFile() ? url.toLocalFile() : url.toString();
+                modMain::OpenDocument(modMain::FullPathName(name));
+            }
+            return;
+        }
+        if (data->hasText()) {
+            modMain::OpenDocument(modMain::FullPathName(data->text()));
+            return;
+        }
+        // Rich text is taken as a file name too, on purpose.
+        for (const QString &format : {u"text/rtf"_s, u"application/rtf"_s, u"text/richtext"_s}) {
+            if (data->hasFormat(format)) {
+                modMain::OpenDocument(
+                    modMain::FullPathName(QString::fromLocal8Bit(data->data(format))));
+                return;
+            }
+        }
+    });
+}
+
+QString frmMain::StatusText() const {
+    return m_statusText->text();
+}
+
+void frmMain::UpdateStatusBarText(const QString &text) {
+    PROC("modMain UpdateStatusBarText");
+    m_statusText->setText(text);
+    statusBar()->repaint();
+}
+
+void frmMain::Timer1_Timer() {
+    PROC("frmMain Timer1_Timer");
+    modMain::Guarded([this] {
+        // The focus resting on the frame itself goes back to the control that last had it in the
+        // active document window.
+        if (QApplication::activeWindow() != this) {
+            return;
+        }
+        QWidget *focus = QApplication::focusWidget();
+        const bool onFrame = !focus || focus == this || focus == m_mdi ||
+                             qobject_cast<QMdiSubWindow *>(focus) != nullptr;
+        if (!onFrame) {
+            return;
+        }
+        QMdiSubWindow *sub = m_mdi->activeSubWindow();
+        if (!sub || !sub->widget()) {
+            return;
+        }
+        if (QWidget *control = sub->widget()->focusWidget()) {
+            control->setFocus();
+        }
+    });
+}
+
+QRect frmMain::Placement() const {
+    return QRect(x(), y(), width(), height());
+}
+
+void frmMain::SetLeft(int left) {
+    move(left, y());
+}
+
+void frmMain::SetTop(int top) {
+    move(x(), top);
+}
+
+void frmMain::SetWidth(int w) {
+    resize(w, height());
+}
+
+void frmMain::SetHeight(int h) {
+    resize(width(), h);
+}
+
+bool frmMain::IsMinimised() const {
+    return isMinimized();
+}
+
+double frmMain::LogicalDpiX() const {
+    return logicalDpiX() > 0 ? logicalDpiX() : 96.0;
+}
+
+double frmMain::LogicalDpiY() const {
+    return logicalDpiY() > 0 ? logicalDpiY() : 96.0;
+}
+
+modMain::MsgBoxResult frmMain::ShowMessage(const QString &text, modMain::MsgBoxButtons buttons,
+                                           modMain::MsgBoxIcon icon) {
+    QMessageBox box(this);
+    box.setWindowTitle(u"Mavrolen"_s);
+    box.setText(text);
+    switch (icon) {
+    case modMain::vbCritical:
+        box.setIcon(QMessageBox::Critical);
+        break;
+    case modMain::vbQuestion:
+        box.setIcon(QMessageBox::Question);
+        break;
+    case modMain::vbExclamation:
+        box.setIcon(QMessageBox::Warning);
+        break;
+    case modMain::vbInformation:
+        box.setIcon(QMessageBox::Information);
+        break;
+    default:
+        box.setIcon(QMessageBox::NoIcon);
+        break;
+    }
+    switch (buttons) {
+    case modMain::vbOKCancel:
+        box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel);
+        break;
+    case modMain::vbYesNoCancel:
+        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        break;
+    case modMain::vbYesNo:
+        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+        break;
+    default:
+        box.setStandardButtons(QMessageBox::Ok);
+        break;
+    }
+    switch (box.exec()) {
+    case QMessageBox::Ok:
+        return modMain::vbOK;
+    case QMessageBox::Yes:
+        return modMain::vbYes;
+    case QMessageBox::No:
+        return modMain::vbNo;
+    default:
+        return buttons == modMain::vbOKOnly ? modMain::vbOK : modMain::vbCancel;
+    }
+}
+
+void frmMain::SetItemEnabled(const QString &name, bool enabled) {
+    if (QAction *a = m_items.value(name)) {
+        a->setEnabled(enabled);
+    }
+}
+
+void frmMain::SetItemChecked(const QString &name, bool checked) {
+    if (QAction *a = m_items.value(name)) {
+        a->setChecked(checked);
+    }
+}
+
+void frmMain::SetItemCaption(const QString &name, const QString &caption) {
+    if (QAction *a = m_items.value(name)) {
+        a->setText(caption);
+    }
+}
+
+void frmMain::SetButtonEnabled(const QString &key, bool enabled) {
+    if (QAction *a = m_buttons.value(key)) {
+        a->setEnabled(enabled);
+    }
+}
+
+void frmMain::SetButtonVisible(const QString &key, bool visible) {
+    if (QAction *a = m_buttons.value(key)) {
+        a->setVisible(visible);
+    }
+}
+
+void frmMain::SetButtonToolTip(const QString &key, const QString &tip) {
+    if (QAction *a = m_buttons.value(key)) {
+        a->setToolTip(tip);
+    }
+}
+
+void frmMain::SetButtonValue(const QString &key, int value) {
+    if (QAction *a = m_buttons.value(key)) {
+        a->setChecked(value != 0);
+    }
+}
+
+void frmMain::RefreshToolbar() {
+    m_toolbar->update();
+}
+
+int frmMain::ChildWindowCount() const {
+    return int(m_mdi->subWindowList().size());
+}
+
+void frmMain::Arrange(modMain::Arrangement how) {
+    switch (how) {
+    case modMain::Arrangement::Cascade:
+        m_mdi->cascadeSubWindows();
+        break;
+    case modMain::Arrangement::TileHorizontal:
+        TileHorizontal();
+        break;
+    case modMain::Arrangement::TileVertical:
+        TileVertical();
+        break;
+    case modMain::Arrangement::ArrangeIcons:
+        ArrangeIcons();
+        break;
+    }
+}
+
+namespace {
+
+// The windows to tile: the visible ones that are not minimised, in creation order.
+QList<QMdiSubWindow *> Tiled(QMdiArea *area) {
+    QList<QMdiSubWindow *> list;
+    for (QMdiSubWindow *w : area->subWindowList(QMdiArea::CreationOrder)) {
+        if (w->isVisible() && !w->isMinimized()) {
+            list.append(w);
+        }
+    }
+    return list;
+}
+
+// Room left above the row of minimised windows.
+int IconRowHeight(QMdiArea *area) {
+    for (QMdiSubWindow *w : area->subWindowList()) {
+        if (w->isVisible() && w->isMinimized()) {
+            return w->height();
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
+void frmMain::TileHorizontal() {
+    const QList<QMdiSubWindow *> windows = Tiled(m_mdi);
+    if (windows.isEmpty()) {
+        return;
+    }
+    const QRect area = m_mdi->viewport()->rect().adjusted(0, 0, 0, -IconRowHeight(m_mdi));
+    const int n = int(windows.size());
+    for (int i = 0; i < n; ++i) {
+        const int top = area.top() + area.height() * i / n;
+        const int bottom = area.top() + area.height() * (i + 1) / n;
+        windows[i]->showNormal();
+        windows[i]->setGeometry(area.left(), top, area.width(), bottom - top);
+    }
+}
+
+void frmMain::TileVertical() {
+    const QList<QMdiSubWindow *> windows = Tiled(m_mdi);
+    if (windows.isEmpty()) {
+        return;
+    }
+    const QRect area = m_mdi->viewport()->rect().adjusted(0, 0, 0, -IconRowHeight(m_mdi));
+    const int n = int(windows.size());
+    for (int i = 0; i < n; ++i) {
+        const int left = area.left() + area.width() * i / n;
+        const int right = area.left() + area.width() * (i + 1) / n;
+        windows[i]->showNormal();
+        windows[i]->setGeometry(left, area.top(), right - left, area.height());
+    }
+}
+
+void frmMain::ArrangeIcons() {
+    // Minimised windows line up along the bottom edge, left to right, in rows upwards.
+    const QRect area = m_mdi->viewport()->rect();
+    int x = area.left();
+    int y = -1;
+    for (QMdiSubWindow *w : m_mdi->subWindowList(QMdiArea::CreationOrder)) {
+        if (!w->isVisible() || !w->isMinimized()) {
+            continue;
+        }
+        if (y < 0) {
+            y = area.bottom() + 1 - w->height();
+        } else if (x + w->width() > area.right() + 1) {
+            x = area.left();
+            y -= w->height();
+        }
+        w->move(x, y);
+        x += w->width();
+    }
+}
+
+void frmMain::ShowAbout() {
+    frmAbout about(false, this);
+    about.exec();
+}

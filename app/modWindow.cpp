@@ -1,0 +1,36 @@
+#include "app/modWindow.h"
+
+#include "app/MainWindowHost.h"
+#include "app/modMain.h"
+
+namespace modWindow {
+
+namespace {
+void ArrangeBy(modMain::Arrangement how) {
+    if (modMain::MainWindowHost *frm = modMain::MainWindow()) {
+        frm->Arrange(how);
+    }
+}
+} // namespace
+
+void WindowCascade() {
+    PROC("modWindow WindowCascade");
+    ArrangeBy(modMain::Arrangement::Cascade);
+}
+
+void WindowTileHorizontal() {
+    PROC("modWindow WindowTileHorizontal");
+    ArrangeBy(modMain::Arrangement::TileHorizontal);
+}
+
+void WindowTileVertical() {
+    PROC("modWindow WindowTileVertical");
+    ArrangeBy(modMain::Arrangement::TileVertical);
+}
+
+void WindowArrangeIcons() {
+    PROC("modWindow WindowArrangeIcons");
+    ArrangeBy(modMain::Arrangement::ArrangeIcons);
+}
+
+} // namespace modWindow

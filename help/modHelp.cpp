@@ -1,0 +1,15 @@
+#include "help/modHelp.h"
+
+#include "app/MainWindowHost.h"
+#include "app/modMain.h"
+
+namespace modHelp {
+
+void HelpAbout() {
+    PROC("modHelp HelpAbout");
+    if (modMain::MainWindowHost *frm = modMain::MainWindow()) {
+        frm->ShowAbout();
+    }
+}
+
+} // namespace modHelp

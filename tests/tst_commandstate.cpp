@@ -1,0 +1,291 @@
+// The routing table and the refresh of the command states.
+#include "app/modCommandState.h"
+#include "app/modCommands.h"
+#include "app/modMain.h"
+#include "support/FakeMainWindow.h"
+
+#include <QRegularExpression>
+#include <QSet>
+#include <QtTest>
+
+using namespace modCommands;
+using namespace modMain;
+using namespace Qt::StringLiterals;
+
+class TestCommandState : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void cleanup();
+    void tableIsConsistent();
+    void rules_data();
+    void rules();
+    void itemsWithoutProcedureStayDisabled();
+    void noDocumentDisablesDocumentCommands();
+    void tagCaptionFollowsSelection();
+    void buttonValues_data();
+    void buttonValues();
+    void collapsedTreeReleasesExpansionButtons();
+    void refreshFailureIsOnlyLogged();
+};
+
+void TestCommandState::cleanup() {
+    SetCommandInputProvider({});
+}
+
+void TestCommandState::tableIsConsistent() {
+    QSet<QString> names;
+    for (const MenuItem &item : MenuItems()) {
+        QVERIFY2(!names.contains(item.Name), qPrintable(item.Name));
+        names.insert(item.Name);
+        QVERIFY(item.Name.startsWith(u"mnu"_s));
+        static const QRegularExpression bar(u"Bar(\\d+|MRU)$"_s);
+        QCOMPARE(item.Kind == ItemKind::Separator, bar.match(item.Name).hasMatch());
+        if (item.Kind == ItemKind::Command && !item.ProcName.isEmpty()) {
+            // A procedure named by an item is in the procedure table (possibly still null).
+            QVERIFY2(FindProcedure(item.ProcName) || !HasProcedure(item.Name),
+                     qPrintable(item.ProcName));
+        }
+    }
+    QCOMPARE(ToolbarButtons().size(), 46);
+    QSet<QString> keys;
+    for (const ToolbarButton &b : ToolbarButtons()) {
+        keys.insert(b.Key);
+        const MenuItem *item = FindItem(b.Item);
+        QVERIFY2(item && item->Kind == ItemKind::Command, qPrintable(b.Key));
+    }
+    QCOMPARE(keys.size(), 46);
+    QCOMPARE(ToolbarButtons().front().Key, u"New File"_s);
+    QCOMPARE(ToolbarButtons().back().Key, u"Right Align Text"_s);
+    // Buttons share the procedure and argument of their item.
+    QCOMPARE(FindItem(FindButton(u"Print Entry"_s)->Item)->Argument, 1);
+    QCOMPARE(FindItem(FindButton(u"Print File"_s)->Item)->Argument, 0);
+    QCOMPARE(FindItem(FindButton(u"Expand to level 6"_s)->Item)->Argument, 6);
+    QCOMPARE(FindItem(FindButton(u"Contract Entry"_s)->Item)->ProcName, u"OutlineCollapse"_s);
+}
+
+void TestCommandState::rules_data() {
+    QTest::addColumn<QString>("item");
+    QTest::addColumn<int>("docs");
+    QTest::addColumn<bool>("readOnly");
+    QTest::addColumn<bool>("entry");
+    QTest::addColumn<bool>("root");
+    QTest::addColumn<bool>("textFocus");
+    QTest::addColumn<bool>("tagged");
+    QTest::addColumn<bool>("expected");
+    // item, documents, read-only, entry selected, is root, text focus, tagged exist
+    QTest::newRow("new without document")
+        << u"mnuFileNew"_s << 0 << false << false << false << false << false << true;
+    QTest::newRow("open without document")
+        << u"mnuFileOpen"_s << 0 << false << false << false << false << false << true;
+    QTest::newRow("exit without document")
+        << u"mnuFileExit"_s << 0 << false << false << false << false << false << true;
+    QTest::newRow("help without document")
+        << u"mnuHelpContents"_s << 0 << false << false << false << false << false << true;
+    QTest::newRow("close needs a document")
+        << u"mnuFileClose"_s << 0 << false << false << false << false << false << false;
+    QTest::newRow("print read-only")
+        << u"mnuFilePrint"_s << 1 << true << false << false << false << false << true;
+    QTest::newRow("find read-only")
+        << u"mnuSearchFind"_s << 1 << true << false << false << false << false << true;
+    QTest::newRow("cascade read-only")
+        << u"mnuWindowCascade"_s << 1 << true << false << false << false << false << true;
+    QTest::newRow("save read-only")
+        << u"mnuFileSave"_s << 1 << true << true << false << false << false << false;
+    QTest::newRow("save writable")
+        << u"mnuFileSave"_s << 1 << false << false << false << false << false << true;
+    QTest::newRow("insert child read-only")
+        << u"mnuOutlineInsertChild"_s << 1 << true << true << false << false << false << false;
+    QTest::newRow("insert child of root")
+        << u"mnuOutlineInsertChild"_s << 1 << false << true << true << false << false << true;
+    QTest::newRow("insert above root")
+        << u"mnuOutlineInsertAbove"_s << 1 << false << true << true << false << false << false;
+    QTest::newRow("move up no entry")
+        << u"mnuOutlineMoveUp"_s << 1 << false << false << false << false << false << false;
+    QTest::newRow("move up entry")
+        << u"mnuOutlineMoveUp"_s << 1 << false << true << false << false << false << true;
+    QTest::newRow("delete root") << u"mnuOutlineDelete"_s << 1 << false << true << true << false
+                                 << false << false;
+    QTest::newRow("copy entry read-only")
+        << u"mnuOutlineCopy"_s << 1 << true << true << false << false << false << true;
+    QTest::newRow("bold without text focus")
+        << u"mnuEditFormatBold"_s << 1 << false << true << false << false << false << false;
+    QTest::newRow("bold with text focus")
+        << u"mnuEditFormatBold"_s << 1 << false << true << false << true << false << true;
+    QTest::newRow("bold read-only")
+        << u"mnuEditFormatBold"_s << 1 << true << true << false << true << false << false;
+    QTest::newRow("copy text read-only")
+        << u"mnuEditCopy"_s << 1 << true << true << false << true << false << true;
+    QTest::newRow("delete tagged none") << u"mnuOutlineDeleteTaggedEntries"_s << 1 << false << true
+                                        << false << false << false << false;
+    QTest::newRow("delete tagged some") << u"mnuOutlineDeleteTaggedEntries"_s << 1 << false << true
+                                        << false << false << true << true;
+    QTest::newRow("view toolbar") << u"mnuViewToolbar"_s << 0 << false << false << false << false
+                                  << false << true;
+}
+
+void TestCommandState::rules() {
+    QFETCH(QString, item);
+    QFETCH(int, docs);
+    QFETCH(bool, readOnly);
+    QFETCH(bool, entry);
+    QFETCH(bool, root);
+    QFETCH(bool, textFocus);
+    QFETCH(bool, tagged);
+    QFETCH(bool, expected);
+    CommandInputs in;
+    in.OpenDocuments = docs;
+    in.ActiveDocument = docs > 0;
+    in.ReadOnly = readOnly;
+    in.EntrySelected = entry;
+    in.SelectionIsRoot = root;
+    in.TextHasFocus = textFocus;
+    in.TaggedExist = tagged;
+    const MenuItem *mi = FindItem(item);
+    QVERIFY(mi);
+    QCOMPARE(RuleHolds(mi->Needs, in, false), expected);
+}
+
+void TestCommandState::itemsWithoutProcedureStayDisabled() {
+    CommandInputs all;
+    all.OpenDocuments = 2;
+    all.ActiveDocument = true;
+    all.EntrySelected = true;
+    all.TextHasFocus = all.OutlineHasFocus = all.TaggedExist = all.AnyDocumentChanged = true;
+    for (const MenuItem &item : MenuItems()) {
+        if (item.Kind != ItemKind::Command) {
+            continue;
+        }
+        QCOMPARE(ItemEnabled(item.Name, all), FindProcedure(item.ProcName) != nullptr);
+    }
+    QVERIFY(!ItemEnabled(u"mnuWindowNewWindow"_s, all));           // no action at all
+    QVERIFY(ItemEnabled(u"mnuViewMDITaskbar"_s, CommandInputs{})); // does nothing, on purpose
+}
+
+void TestCommandState::noDocumentDisablesDocumentCommands() {
+    FakeMainWindow frm;
+    CommandInputs open;
+    open.OpenDocuments = 1;
+    open.ActiveDocument = true;
+    SetCommandInputProvider([&] { return open; });
+    MenuEnable(1);
+    QVERIFY(frm.ItemEnabled.value(u"mnuWindowCascade"_s));
+    QVERIFY(frm.ButtonVisible.value(u"Right Align Text"_s));
+    QCOMPARE(frm.ButtonVisible.size(), 46);
+
+    open = CommandInputs{};
+    MenuEnable(0);
+    MenuEnableDynamic();
+    QVERIFY(!frm.ItemEnabled.value(u"mnuWindowCascade"_s));
+    QVERIFY(!frm.ItemEnabled.value(u"mnuWindowTileVertical"_s));
+    QVERIFY(frm.ItemEnabled.value(u"mnuHelpAbout"_s));
+    QVERIFY(!frm.ItemEnabled.contains(u"mnuFileBar1"_s));
+    for (const ToolbarButton &b : ToolbarButtons()) {
+        // No button has both a procedure and a rule that holds without a document.
+        QVERIFY2(!frm.ButtonEnabled.value(b.Key) ||
+                     RuleHolds(FindItem(b.Item)->Needs, CommandInputs{}, false),
+                 qPrintable(b.Key));
+    }
+}
+
+void TestCommandState::tagCaptionFollowsSelection() {
+    FakeMainWindow frm;
+    CommandInputs in;
+    in.OpenDocuments = 1;
+    in.ActiveDocument = true;
+    in.EntrySelected = true;
+    in.SelectionTagged = true;
+    SetCommandInputProvider([&] { return in; });
+    MenuEnableDynamic();
+    QCOMPARE(frm.ItemCaption.value(u"mnuOutlineTaggedEntry"_s), u"Unta&g entry    Alt+T"_s);
+    QCOMPARE(frm.ButtonToolTip.value(u"Tag Entry"_s), u"Untag entry"_s);
+    in.SelectionTagged = false;
+    MenuEnableDynamic();
+    QCOMPARE(frm.ItemCaption.value(u"mnuOutlineTaggedEntry"_s), u"Ta&g entry      Alt+T"_s);
+    QCOMPARE(frm.ButtonToolTip.value(u"Tag Entry"_s), u"Tag entry"_s);
+    // A tag left over without a selection does not show as tagged.
+    in.SelectionTagged = true;
+    in.EntrySelected = false;
+    MenuEnableDynamic();
+    QCOMPARE(frm.ButtonToolTip.value(u"Tag Entry"_s), u"Tag entry"_s);
+    // The level last expanded to shows on its command and button.
+    in.ExpansionLevel = 3;
+    MenuEnableDynamic();
+    QVERIFY(frm.ItemChecked.value(u"mnuOutlineExpandLevel3"_s));
+    QVERIFY(!frm.ItemChecked.value(u"mnuOutlineExpandLevel2"_s));
+    QCOMPARE(frm.ButtonValue.value(u"Expand to level 3"_s), 1);
+    QCOMPARE(frm.ButtonValue.value(u"Expand all levels"_s), 0);
+}
+
+void TestCommandState::buttonValues_data() {
+    QTest::addColumn<int>("bold");            // -1 mixed
+    QTest::addColumn<int>("alignment");       // -1 mixed, 0 left, 1 right, 2 centre
+    QTest::addColumn<QList<int>>("expected"); // bold, left, centre, right
+    QTest::newRow("bold centred") << 1 << 2 << QList<int>{1, 0, 1, 0};
+    QTest::newRow("plain left") << 0 << 0 << QList<int>{0, 1, 0, 0};
+    QTest::newRow("mixed everything") << -1 << -1 << QList<int>{0, 0, 0, 0};
+    QTest::newRow("right") << 0 << 1 << QList<int>{0, 0, 0, 1};
+}
+
+void TestCommandState::buttonValues() {
+    QFETCH(int, bold);
+    QFETCH(int, alignment);
+    QFETCH(QList<int>, expected);
+    FakeMainWindow frm;
+    CommandInputs in;
+    in.OpenDocuments = 1;
+    in.ActiveDocument = true;
+    if (bold >= 0) {
+        in.SelBold = bold == 1;
+    }
+    if (alignment >= 0) {
+        in.SelAlignment = Alignment(alignment);
+    }
+    SetCommandInputProvider([&] { return in; });
+    UpdateToolbarStatus();
+    QCOMPARE(frm.ButtonValue.value(u"Bold Text"_s), expected[0]);
+    QCOMPARE(frm.ButtonValue.value(u"Left Align Text"_s), expected[1]);
+    QCOMPARE(frm.ButtonValue.value(u"Centre Align Text"_s), expected[2]);
+    QCOMPARE(frm.ButtonValue.value(u"Right Align Text"_s), expected[3]);
+    QCOMPARE(frm.Refreshes, 1);
+    QCOMPARE(SetButtonValue(std::nullopt), 0);
+}
+
+void TestCommandState::collapsedTreeReleasesExpansionButtons() {
+    FakeMainWindow frm;
+    CommandInputs in;
+    in.OpenDocuments = 1;
+    in.ActiveDocument = true;
+    in.RootExists = true;
+    in.RootExpanded = true;
+    SetCommandInputProvider([&] { return in; });
+    for (int n = 1; n <= 7; ++n) {
+        frm.ButtonValue[u"Expand to level "_s + QString::number(n)] = 1;
+    }
+    frm.ButtonValue[u"Expand all levels"_s] = 1;
+    UpdateToolbarStatus();
+    // Expanded: nothing pressed or released.
+    QCOMPARE(frm.ButtonValue.value(u"Expand to level 4"_s), 1);
+    in.RootExpanded = false;
+    UpdateToolbarStatus();
+    for (int n = 2; n <= 7; ++n) {
+        QCOMPARE(frm.ButtonValue.value(u"Expand to level "_s + QString::number(n)), 0);
+    }
+    QCOMPARE(frm.ButtonValue.value(u"Expand all levels"_s), 0);
+    QCOMPARE(frm.ButtonValue.value(u"Expand to level 1"_s), 1); // never touched
+    // No document: nothing changes at all.
+    in = CommandInputs{};
+    frm.ButtonValue.clear();
+    UpdateToolbarStatus();
+    QVERIFY(frm.ButtonValue.isEmpty());
+}
+
+void TestCommandState::refreshFailureIsOnlyLogged() {
+    FakeMainWindow frm;
+    SetCommandInputProvider([]() -> CommandInputs { Raise(errObjectRequired); });
+    MenuEnableDynamic(); // must not throw
+    QCOMPARE(Err.Number, qint32(errObjectRequired));
+    QVERIFY(frm.ItemEnabled.isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestCommandState)
+#include "tst_commandstate.moc"

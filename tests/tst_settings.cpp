@@ -1,0 +1,310 @@
+// The settings store, its text forms, and the options, fonts and window placement kept in it.
+#include "app/modGlobals.h"
+#include "app/modMain.h"
+#include "app/modSession.h"
+#include "app/modSettings.h"
+#include "support/FakeMainWindow.h"
+#include "support/TestSupport.h"
+
+#include <QFile>
+#include <QtTest>
+
+using namespace modSettings;
+using namespace modGlobals;
+using namespace Qt::StringLiterals;
+
+class TestSettings : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void storeOperations();
+    void numericKeyOrder_data();
+    void numericKeyOrder();
+    void booleanReading_data();
+    void booleanReading();
+    void numberForms_data();
+    void numberForms();
+    void emptyStoreGivesDefaults();
+    void roundTrip();
+    void valueThatDoesNotConvertStopsReading();
+    void bothFontsShareOneSection();
+    void positionIgnoredWithoutPreserveButStillWritten();
+    void minimisedWindowKeepsStoredPosition();
+    void workspaceKeepsOpenDocumentsInOrder();
+};
+
+void TestSettings::init() {
+    CreateFontRecords();
+    InitialiseDefaults();
+    modMain::SetDocumentHooks({});
+}
+
+void TestSettings::storeOperations() {
+    ScopedSettings store;
+    QCOMPARE(GetSetting(u"S"_s, u"k"_s, u"dflt"_s), u"dflt"_s);
+    SaveSetting(u"S"_s, u"k"_s, u"a, b = c; d"_s);
+    SaveSetting(u"S"_s, u"other"_s, u""_s);
+    QCOMPARE(GetSetting(u"S"_s, u"k"_s), u"a, b = c; d"_s);
+    // An empty value is a value, not a missing key.
+    QCOMPARE(GetSetting(u"S"_s, u"other"_s, u"dflt"_s), u""_s);
+    DeleteSetting(u"S"_s, u"k"_s);
+    QCOMPARE(GetSetting(u"S"_s, u"k"_s, u"gone"_s), u"gone"_s);
+    SaveSetting(u"T"_s, u"1"_s, u"x"_s);
+    DeleteSection(u"S"_s);
+    QVERIFY(GetAllSettings(u"S"_s).isEmpty());
+    QCOMPARE(GetAllSettings(u"T"_s).size(), 1);
+    QVERIFY(GetAllSettings(u"Missing"_s).isEmpty());
+    // The file is an ordinary INI file at the chosen place.
+    QVERIFY(QFile::exists(store.path()));
+}
+
+void TestSettings::numericKeyOrder_data() {
+    QTest::addColumn<QStringList>("written");
+    QTest::addColumn<QStringList>("expected");
+    QTest::newRow("beyond nine") << QStringList{u"10"_s, u"2"_s, u"1"_s, u"11"_s, u"3"_s}
+                                 << QStringList{u"1"_s, u"2"_s, u"3"_s, u"10"_s, u"11"_s};
+    QTest::newRow("other keys after") << QStringList{u"zeta"_s, u"12"_s, u"alpha"_s, u"9"_s}
+                                      << QStringList{u"9"_s, u"12"_s, u"alpha"_s, u"zeta"_s};
+    QTest::newRow("longer than any integer")
+        << QStringList{u"123456789012345678901234"_s, u"99999999999999999999"_s, u"5"_s}
+        << QStringList{u"5"_s, u"99999999999999999999"_s, u"123456789012345678901234"_s};
+}
+
+void TestSettings::numericKeyOrder() {
+    QFETCH(QStringList, written);
+    QFETCH(QStringList, expected);
+    ScopedSettings store;
+    for (const QString &key : written) {
+        SaveSetting(u"MRU"_s, key, u"value "_s + key);
+    }
+    QStringList keys;
+    for (const auto &[key, value] : GetAllSettings(u"MRU"_s)) {
+        QCOMPARE(value, u"value "_s + key);
+        keys << key;
+    }
+    QCOMPARE(keys, expected);
+}
+
+void TestSettings::booleanReading_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("expected"); // 1 true, 0 false, -1 type mismatch
+    QTest::newRow("True") << u"True"_s << 1;
+    QTest::newRow("False") << u"False"_s << 0;
+    QTest::newRow("lower case") << u"true"_s << 1;
+    QTest::newRow("zero") << u"0"_s << 0;
+    QTest::newRow("minus one") << u"-1"_s << 1;
+    QTest::newRow("fraction") << u"0.5"_s << 1;
+    QTest::newRow("word") << u"yes"_s << -1;
+    QTest::newRow("empty") << u""_s << -1;
+}
+
+void TestSettings::booleanReading() {
+    QFETCH(QString, text);
+    QFETCH(int, expected);
+    ScopedLog log;
+    const int got = modMain::Guarded([&] { return BoolValue(text) ? 1 : 0; }, -1);
+    QCOMPARE(got, expected);
+    QCOMPARE(log.content().contains(u"Error 13 - Type mismatch"_s), expected == -1);
+    QCOMPARE(BoolText(true), u"True"_s);
+    QCOMPARE(BoolText(false), u"False"_s);
+}
+
+void TestSettings::numberForms_data() {
+    QTest::addColumn<double>("size");
+    QTest::addColumn<QString>("sizeText");
+    QTest::newRow("whole") << 10.0 << u"10"_s;
+    QTest::newRow("half") << 10.5 << u"10.5"_s;
+    QTest::newRow("four decimals") << 8.1234 << u"8.1234"_s;
+    QTest::newRow("rounded to four") << 8.12345678 << u"8.1235"_s;
+    QTest::newRow("zero") << 0.0 << u"0"_s;
+}
+
+void TestSettings::numberForms() {
+    QFETCH(double, size);
+    QFETCH(QString, sizeText);
+    QLocale::setDefault(QLocale::c());
+    QCOMPARE(SizeText(size), sizeText);
+    QCOMPARE(SizeValue(SizeText(size)), sizeText.toDouble());
+    // Coordinates come back exactly as single-precision numbers.
+    for (const float twips : {1000.0f, 1234.5677f, -15.0f, 0.1f}) {
+        QCOMPARE(TwipsValue(TwipsText(twips)), twips);
+    }
+    QCOMPARE(TwipsText(1000.0f), u"1000"_s);
+    QCOMPARE(IntValue(u"3"_s), 3);
+    QCOMPARE(IntValue(u"100000"_s), 100000); // beyond 16 bits is still a number
+    QVERIFY_THROWS_EXCEPTION(modMain::RuntimeError, IntValue(u"abc"_s));
+    QVERIFY_THROWS_EXCEPTION(modMain::RuntimeError, IntValue(u"1e30"_s));
+    // A user notation with a decimal comma is written and read back in that notation.
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    QCOMPARE(SizeText(10.5), u"10,5"_s);
+    QCOMPARE(SizeValue(u"10,5"_s), 10.5);
+    QCOMPARE(TwipsValue(TwipsText(1234.5f)), 1234.5f);
+    QLocale::setDefault(QLocale::c());
+}
+
+void TestSettings::emptyStoreGivesDefaults() {
+    ScopedSettings store;
+    FakeMainWindow frm;
+    frm.Dpi = 144.0; // 1000 twips = 100 pixels
+    // Values left over from an earlier session must not survive an empty store.
+    MaxMRUFiles = 4;
+    AutoSplit = false;
+    g_fntOutlineFont.setBold(true);
+    g_fntOutlineFont.setName(u"Old"_s);
+    LoadSettings();
+    QCOMPARE(MaxMRUFiles, 10);
+    QCOMPARE(AutoLabelEdit, false);
+    QCOMPARE(AutoSplit, true);
+    QCOMPARE(Backup, true);
+    QCOMPARE(PreserveSettings, true);
+    QCOMPARE(StartWithNewDocument, false);
+    QCOMPARE(StartWithLatestDocuments, true);
+    QCOMPARE(ViewStatusbar, true);
+    QCOMPARE(ViewToolbar, true);
+    for (const clsFont *font : {&g_fntOutlineFont, &g_fntTextFont}) {
+        QCOMPARE(font->Bold(), false);
+        QCOMPARE(font->Name(), QString());
+        QCOMPARE(font->Size(), 10.0);
+    }
+    QCOMPARE(frm.Geometry, QRect(100, 100, 650, 650));
+    QCOMPARE(frm.Calls, (QStringList{u"Left"_s, u"Top"_s, u"Width"_s, u"Height"_s}));
+}
+
+void TestSettings::roundTrip() {
+    ScopedSettings store;
+    FakeMainWindow frm;
+    MaxMRUFiles = 25;
+    AutoLabelEdit = true;
+    AutoSplit = false;
+    Backup = false;
+    StartWithNewDocument = true;
+    StartWithLatestDocuments = false;
+    ViewStatusbar = false;
+    ViewToolbar = false;
+    g_fntTextFont.setName(u"DejaVu Serif"_s);
+    g_fntTextFont.setSize(11.25);
+    g_fntTextFont.setItalic(true);
+    g_fntTextFont.setUnderline(true);
+    g_fntTextFont.setStrikeThrough(true);
+    g_fntTextFont.setBold(true);
+    frm.Geometry = QRect(33, 44, 555, 666);
+    SaveSettings();
+    QCOMPARE(GetSetting(u"Settings"_s, u"Backup"_s), u"False"_s);
+    QCOMPARE(GetSetting(u"Settings"_s, u"MainLeft"_s), u"495"_s); // 33 px at 96 dpi
+
+    init();
+    frm.Geometry = QRect();
+    LoadSettings();
+    QCOMPARE(MaxMRUFiles, 25);
+    QCOMPARE(AutoLabelEdit, true);
+    QCOMPARE(AutoSplit, false);
+    QCOMPARE(Backup, false);
+    QCOMPARE(StartWithNewDocument, true);
+    QCOMPARE(StartWithLatestDocuments, false);
+    QCOMPARE(ViewStatusbar, false);
+    QCOMPARE(ViewToolbar, false);
+    QCOMPARE(g_fntTextFont.Name(), u"DejaVu Serif"_s);
+    QCOMPARE(g_fntTextFont.Size(), 11.25);
+    QVERIFY(g_fntTextFont.Italic() && g_fntTextFont.Underline() && g_fntTextFont.StrikeThrough() &&
+            g_fntTextFont.Bold());
+    QCOMPARE(frm.Geometry, QRect(33, 44, 555, 666));
+}
+
+void TestSettings::valueThatDoesNotConvertStopsReading() {
+    ScopedSettings store;
+    ScopedLog log;
+    SaveSetting(u"OutlineFont"_s, u"Name"_s, u"Read Before"_s);
+    SaveSetting(u"Settings"_s, u"MaxMRUFiles"_s, u"abc"_s);
+    SaveSetting(u"Settings"_s, u"AutoSplit"_s, u"False"_s);
+    SaveSetting(u"Settings"_s, u"ViewToolbar"_s, u"False"_s);
+    LoadSettings();
+    // The fonts come before the options and are read; nothing after the bad value is.
+    QCOMPARE(g_fntOutlineFont.Name(), u"Read Before"_s);
+    QCOMPARE(MaxMRUFiles, 10);
+    QCOMPARE(AutoSplit, true);
+    QCOMPARE(ViewToolbar, true);
+    QVERIFY(log.content().contains(u"Error 13 - Type mismatch\r\n"_s));
+
+    SaveSetting(u"Settings"_s, u"MaxMRUFiles"_s, u"3"_s);
+    LoadSettings();
+    QCOMPARE(MaxMRUFiles, 3);
+    QCOMPARE(AutoSplit, false);
+}
+
+void TestSettings::bothFontsShareOneSection() {
+    ScopedSettings store;
+    g_fntOutlineFont.setName(u"Outline Face"_s);
+    g_fntOutlineFont.setSize(9);
+    g_fntTextFont.setName(u"Text Face"_s);
+    g_fntTextFont.setSize(14.5);
+    g_fntTextFont.setBold(true);
+    SaveSettings();
+    init();
+    LoadSettings();
+    // The text font was written last, so both records come back as the text font.
+    QCOMPARE(g_fntOutlineFont.Name(), u"Text Face"_s);
+    QCOMPARE(g_fntOutlineFont.Size(), 14.5);
+    QCOMPARE(g_fntOutlineFont.Bold(), true);
+    QVERIFY(g_fntOutlineFont == g_fntTextFont);
+    QVERIFY(GetAllSettings(u"TextFont"_s).isEmpty());
+}
+
+void TestSettings::positionIgnoredWithoutPreserveButStillWritten() {
+    ScopedSettings store;
+    FakeMainWindow frm;
+    SaveSetting(u"Settings"_s, u"PreserveSettings"_s, u"False"_s);
+    SaveSetting(u"Settings"_s, u"MainLeft"_s, u"3000"_s);
+    frm.Geometry = QRect(7, 8, 300, 200);
+    LoadSettings();
+    QCOMPARE(PreserveSettings, false);
+    QCOMPARE(frm.Geometry, QRect(7, 8, 300, 200));
+    QVERIFY(frm.Calls.isEmpty());
+    SaveSettings();
+    QCOMPARE(GetSetting(u"Settings"_s, u"MainLeft"_s), u"105"_s);
+    QCOMPARE(GetSetting(u"Settings"_s, u"MainWidth"_s), u"4500"_s);
+}
+
+void TestSettings::minimisedWindowKeepsStoredPosition() {
+    ScopedSettings store;
+    FakeMainWindow frm;
+    SaveSetting(u"Settings"_s, u"MainLeft"_s, u"1234"_s);
+    frm.Minimised = true;
+    frm.Geometry = QRect(1, 2, 3, 4);
+    SaveSettings();
+    QCOMPARE(GetSetting(u"Settings"_s, u"MainLeft"_s), u"1234"_s);
+    QCOMPARE(GetSetting(u"Settings"_s, u"MainTop"_s, u"none"_s), u"none"_s);
+    // The options are written all the same.
+    QCOMPARE(GetSetting(u"Settings"_s, u"ViewToolbar"_s), u"True"_s);
+}
+
+void TestSettings::workspaceKeepsOpenDocumentsInOrder() {
+    ScopedSettings store;
+    QTemporaryDir dir;
+    const QString a = dir.filePath(u"a.mvd"_s);
+    const QString b = dir.filePath(u"b.mvd"_s);
+    for (const QString &f : {a, b}) {
+        QFile file(f);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+    }
+    for (int i = 1; i <= 12; ++i) {
+        SaveSetting(u"Workspace"_s, QString::number(i), u"stale"_s);
+    }
+    QStringList opened;
+    modMain::SetDocumentHooks({[&](const QString &f) { opened << f; }, nullptr,
+                               [&] {
+                                   return QStringList{b, QString(), a};
+                               }});
+    modMain::SaveWorkingFiles();
+    const auto pairs = GetAllSettings(u"Workspace"_s);
+    QCOMPARE(pairs.size(), 3);
+    QCOMPARE(pairs[0], qMakePair(u"1"_s, b));
+    QCOMPARE(pairs[1], qMakePair(u"2"_s, QString()));
+    QCOMPARE(pairs[2], qMakePair(u"3"_s, a));
+    // The untitled document is skipped when the workspace is reopened.
+    modMain::LoadWorkingFiles();
+    QCOMPARE(opened, (QStringList{b, a}));
+    modMain::SetDocumentHooks({});
+}
+
+QTEST_GUILESS_MAIN(TestSettings)
+#include "tst_settings.moc"
