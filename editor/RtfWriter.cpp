@@ -164,6 +164,16 @@ private:
 
     void text(QStringView s) { escapeTo(m_body, m_delim, s); }
 
+    // Whether text right behind a control word needs the blank that ends the word.
+    static bool needsDelimiter(const QString &s) {
+        if (s.isEmpty()) {
+            return false;
+        }
+        const char16_t c = s.front().unicode();
+        return c == ' ' || c == '-' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') ||
+               (c >= 'A' && c <= 'Z');
+    }
+
     // --- character formatting -----------------------------------------------------------------
 
     QString familyOf(const QTextCharFormat &f) const {
@@ -400,13 +410,15 @@ private:
         }
         if (!lf.numberPrefix().isEmpty()) {
             raw("{\\pntxtb");
-            m_delim = true;
+            m_delim = needsDelimiter(lf.numberPrefix());
             text(lf.numberPrefix());
             raw("}");
         }
+        const QString suffix =
+            lf.hasProperty(QTextFormat::ListNumberSuffix) ? lf.numberSuffix() : QStringLiteral(".");
         raw("{\\pntxta");
-        m_delim = true;
-        text(lf.numberSuffix());
+        m_delim = needsDelimiter(suffix);
+        text(suffix);
         raw("}}");
     }
 
@@ -422,8 +434,11 @@ private:
                 listLabel(block, list);
                 listDefinition(list);
             }
-            m_body += props.mid(inTable ? 6 : 0);
-            m_delim = true;
+            const QByteArray own = props.mid(inTable ? 6 : 0);
+            if (!own.isEmpty()) {
+                m_body += own;
+                m_delim = true;
+            }
             m_pard = props;
             m_pardList = list;
             m_pardValid = true;
