@@ -50,7 +50,7 @@ bool isBold(const QTextCharFormat &f) {
 
 RichTextBuffer::RichTextBuffer(QObject *parent)
     : QObject(parent), m_doc(new QTextDocument(this)), m_cursor(m_doc) {
-    connect(m_doc, &QTextDocument::contentsChange, this, &RichTextBuffer::onContentsChange);
+    connect(m_doc, &QTextDocument::contentsChanged, this, &RichTextBuffer::onContentsChanged);
 }
 
 RichTextBuffer::~RichTextBuffer() = default;
@@ -59,7 +59,7 @@ int RichTextBuffer::lastPosition() const {
     return qMax(0, m_doc->characterCount() - 1);
 }
 
-void RichTextBuffer::onContentsChange(int, int, int) {
+void RichTextBuffer::onContentsChanged() {
     if (m_quiet == 0) {
         emit Change();
         notifySelection();

@@ -118,7 +118,7 @@ private:
     void mergeSelCharFormat(const QTextCharFormat &format);
     template <class T, class Get> std::optional<T> uniformChar(Get get) const;
     template <class T, class Get> std::optional<T> uniformBlock(Get get) const;
-    void onContentsChange(int from, int removed, int added);
+    void onContentsChanged();
 
     QTextDocument *m_doc;
     QTextCursor m_cursor;
