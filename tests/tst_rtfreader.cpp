@@ -435,13 +435,19 @@ void TestRtfReader::corpus() {
     for (const QFileInfo &fi : files) {
         QFile f(fi.filePath());
         QVERIFY(f.open(QIODevice::ReadOnly));
+        const QByteArray raw = f.readAll();
         QTextDocument doc;
         installPlaceholderHandler(&doc);
-        QVERIFY2(RtfReader::read(f.readAll(), &doc), qPrintable(fi.fileName()));
+        QVERIFY2(RtfReader::read(raw, &doc), qPrintable(fi.fileName()));
         const QString text = doc.toPlainText();
         QVERIFY2(!text.trimmed().isEmpty(), qPrintable(fi.fileName()));
-        QRegularExpressionMatch m = leak.match(text);
-        QVERIFY2(!m.hasMatch(), qPrintable(fi.fileName() + ": " + m.captured()));
+        for (auto it = leak.globalMatch(text); it.hasNext();) {
+            const QString found = it.next().captured();
+            // An escaped backslash in the file is a real backslash in the text.
+            if (found.startsWith(u'\\') && raw.contains("\\" + found.toLatin1()))
+                continue;
+            QFAIL(qPrintable(fi.fileName() + ": " + found));
+        }
         if (!dump.isEmpty()) {
             QFile out(dump + "/" + fi.completeBaseName() + ".txt");
             if (out.open(QIODevice::WriteOnly))
