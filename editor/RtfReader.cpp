@@ -593,6 +593,7 @@ private:
     QTextTable *m_table = nullptr;
     int m_row = 0, m_col = 0;
     bool m_rowEnded = false;
+    bool m_cellEnded = false;
     std::vector<int> m_cellx;
 
     // picture being read
@@ -791,6 +792,7 @@ void Reader::leaveTable() {
     m_cursor.movePosition(QTextCursor::NextBlock);
     m_table = nullptr;
     m_rowEnded = false;
+    m_cellEnded = false;
     m_pendingBlock = false;
     m_blockStarted = false;
 }
@@ -817,11 +819,21 @@ void Reader::prepareInsert() {
                 tf.setColumnWidthConstraints(widths);
             m_table = m_cursor.insertTable(1, qMax<int>(1, int(m_cellx.size())), tf);
             m_row = m_col = 0;
+            m_cellEnded = false;
             m_rowEnded = false;
             m_pendingBlock = false;
             m_blockStarted = false;
             m_cursor = m_table->cellAt(0, 0).firstCursorPosition();
+        } else if (m_cellEnded && !m_rowEnded) {
+            ++m_col;
+            if (m_col >= m_table->columns())
+                m_table->appendColumns(1);
+            m_cellEnded = false;
+            m_pendingBlock = false;
+            m_blockStarted = false;
+            m_cursor = m_table->cellAt(m_row, m_col).firstCursorPosition();
         } else if (m_rowEnded) {
+            m_cellEnded = false;
             m_table->appendRows(1);
             ++m_row;
             m_col = 0;
@@ -867,10 +879,7 @@ void Reader::endCell() {
     if (!m_table)
         return;
     applyBlockFormat();
-    ++m_col;
-    if (m_col >= m_table->columns())
-        m_table->appendColumns(1);
-    m_cursor = m_table->cellAt(m_row, m_col).firstCursorPosition();
+    m_cellEnded = true;
     m_pendingBlock = false;
     m_blockStarted = false;
 }
@@ -880,7 +889,6 @@ void Reader::endRow() {
     flushRun();
     if (!m_table)
         return;
-    // Drop the empty cell that the last \cell moved to, unless the row really has it.
     m_rowEnded = true;
     m_pendingBlock = false;
 }
@@ -1082,6 +1090,8 @@ void Reader::controlWord(std::string_view word, bool hasParam, int param, qsizet
     const auto &kws = keywords();
     auto it = kws.find(word);
     Kw kw = it == kws.end() ? K_unknown : it->second.kw;
+    // Text so far belongs to the formatting before this word.
+    flushBytes();
     State &st = top();
     bool ignorable = m_ignorable;
     bool first = m_firstInGroup;
@@ -1390,7 +1400,8 @@ void Reader::controlWord(std::string_view word, bool hasParam, int param, qsizet
         st.uc = static_cast<unsigned char>(qBound(0, param, 10));
         break;
     case K_u: {
-        flushBytes();
+        if (!hasParam)
+            break;
         int v = param < 0 ? param + 65536 : param;
         character(char16_t(v & 0xFFFF));
         m_skip = st.uc;
@@ -1581,7 +1592,8 @@ void Reader::run() {
                 break;
             }
             ++pos;
-            m_firstInGroup = false;
+            if (c != '*')
+                m_firstInGroup = false;
             switch (c) {
             case '\'': {
                 auto hex = [](char x) {
@@ -1658,8 +1670,10 @@ void Reader::run() {
                 break;
             }
             m_firstInGroup = false;
-            if (ch == '\t') {
+            if (ch < 0x20) {
                 ++pos;
+                if (ch != '\t')
+                    break;
                 if (m_skip > 0)
                     --m_skip;
                 else
@@ -1671,8 +1685,7 @@ void Reader::run() {
                 qsizetype e = pos;
                 while (e < n) {
                     char x = d[e];
-                    if (x == '\\' || x == '{' || x == '}' || x == '\r' || x == '\n' || x == '\t' ||
-                        x == 0)
+                    if (x == '\\' || x == '{' || x == '}' || (x >= 0 && x < 0x20))
                         break;
                     ++e;
                 }
