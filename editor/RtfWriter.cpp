@@ -498,6 +498,10 @@ private:
         if (a > b) {
             return;
         }
+        if (!inTable && start == end && tableStartsAt(end + 1)) {
+            // The empty paragraph a table was put into: RTF has no paragraph there.
+            return;
+        }
         beginParagraph(block, inTable);
         const QString blockText = block.text();
         for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
@@ -549,6 +553,11 @@ private:
                 raw("\r\n");
             }
         }
+    }
+
+    bool tableStartsAt(int position) const {
+        auto *table = qobject_cast<QTextTable *>(m_doc->frameAt(position));
+        return table && table->firstPosition() == position;
     }
 
     void writeTable(QTextTable *table) {

@@ -378,7 +378,8 @@ void TestRichTextBuffer::roundTrip_data() {
         c.insertText(" now", QTextCharFormat());
     });
     doc("table", [](RichTextBuffer &b) {
-        setText(b, "before");
+        // As RTF puts it: a paragraph, then the table in the next (empty) one.
+        setText(b, "before\r\n");
         QTextCursor c(b.document());
         c.movePosition(QTextCursor::End);
         QTextTable *t = c.insertTable(2, 3);
