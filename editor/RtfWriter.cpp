@@ -504,13 +504,17 @@ private:
         }
         beginParagraph(block, inTable);
         const QString blockText = block.text();
+        // Fragments follow each other without gaps: their positions are counted along rather
+        // than asked for (which walks the document's tree each time).
+        int next = start;
         for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
             const QTextFragment frag = it.fragment();
             if (!frag.isValid()) {
                 continue;
             }
-            const int fs = frag.position();
+            const int fs = next;
             const int fe = fs + frag.length();
+            next = fe;
             const int s = qMax(fs, a);
             const int e = qMin(fe, b);
             if (s >= e) {
