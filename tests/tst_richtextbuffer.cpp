@@ -1,10 +1,12 @@
 // The rich-text buffer: positions and plain text, selection attributes (uniform and mixed), Find,
 // signals, fonts, and the round trip through RTF.
 #include "editor/RichTextBuffer.h"
+#include "editor/RtfConventions.h"
 #include "editor/RtfReader.h"
 #include "editor/RtfWriter.h"
 #include "editor/clsFont.h"
 
+#include <QImage>
 #include <QSignalSpy>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -378,6 +380,22 @@ void TestRichTextBuffer::roundTrip_data() {
         link.setAnchorHref("https://example.org/x");
         c.insertText("there", link);
         c.insertText(" now", QTextCharFormat());
+    });
+    doc("pasted picture and kept object", [](RichTextBuffer &b) {
+        setText(b, "ab");
+        QImage image(3, 2, QImage::Format_RGB32);
+        image.fill(Qt::blue);
+        b.document()->addResource(QTextDocument::ImageResource, QUrl("pasted"), image);
+        QTextCursor c(b.document());
+        c.setPosition(1);
+        QTextImageFormat img;
+        img.setName("pasted");
+        c.insertImage(img);
+        QTextCharFormat object;
+        object.setObjectType(RtfConventions::PlaceholderObjectType);
+        object.setProperty(RtfConventions::RawGroupProperty,
+                           QByteArray("{\\object\\objemb{\\*\\objclass PBrush}{\\*\\objdata 01}}"));
+        c.insertText(QString(QChar::ObjectReplacementCharacter), object);
     });
     doc("table", [](RichTextBuffer &b) {
         // As RTF puts it: a paragraph, then the table in the next (empty) one.
