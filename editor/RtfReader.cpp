@@ -743,7 +743,9 @@ QTextList *Reader::listFor(const ParaProps &p) {
         if (!list) {
             QTextListFormat lf;
             lf.setStyle(nfcStyle(nfc));
-            lf.setIndent(0);
+            // The label goes left of the first line; give it room when the paragraph's
+            // own indents leave none.
+            lf.setIndent((p.li + p.fi) / 15 < 20 ? 1 : 0);
             list = m_cursor.createList(lf);
             m_wordLists.insert(key, list);
         } else {
@@ -763,7 +765,9 @@ QTextList *Reader::listFor(const ParaProps &p) {
         }
         QTextListFormat lf;
         lf.setStyle(QTextListFormat::Style(p.pnStyle));
-        lf.setIndent(0);
+        // The label goes left of the first line; give it room when the paragraph's
+        // own indents leave none.
+        lf.setIndent((p.li + p.fi) / 15 < 20 ? 1 : 0);
         m_pnList = m_cursor.createList(lf);
         m_pnListStyle = p.pnStyle;
         return m_pnList;
