@@ -543,7 +543,8 @@ private:
     void finish();
     void finishPicture(qsizetype end);
     void insertPlaceholder(const QByteArray &raw, const QString &what);
-    QTextCharFormat charFormat(const CharProps &p) const;
+    QTextCharFormat charFormat(const CharProps &p);
+    QTextCharFormat makeCharFormat(const CharProps &p) const;
     int codePageOf(const CharProps &p) const;
     QString decode(const QByteArray &bytes, int cp);
     QTextList *listFor(const ParaProps &p);
@@ -567,6 +568,7 @@ private:
     int m_fontCpg = 0;
 
     std::vector<QColor> m_colors;
+    std::vector<std::pair<CharProps, QTextCharFormat>> m_formatCache;
     int m_r = -1, m_g = -1, m_b = -1;
 
     std::vector<WordList> m_lists;
@@ -646,7 +648,19 @@ void Reader::flushBytes() {
     text(decode(b, m_bytesCp));
 }
 
-QTextCharFormat Reader::charFormat(const CharProps &p) const {
+QTextCharFormat Reader::charFormat(const CharProps &p) {
+    // Runs mostly alternate between a handful of formats.
+    for (const auto &[props, format] : m_formatCache)
+        if (props == p)
+            return format;
+    QTextCharFormat f = makeCharFormat(p);
+    if (m_formatCache.size() >= 16)
+        m_formatCache.erase(m_formatCache.begin());
+    m_formatCache.emplace_back(p, f);
+    return f;
+}
+
+QTextCharFormat Reader::makeCharFormat(const CharProps &p) const {
     QTextCharFormat f;
     auto it = m_fonts.constFind(p.font < 0 ? m_deff : p.font);
     if (it != m_fonts.constEnd() && !it->name.isEmpty())
@@ -729,7 +743,9 @@ QTextList *Reader::listFor(const ParaProps &p) {
         if (!list) {
             QTextListFormat lf;
             lf.setStyle(nfcStyle(nfc));
-            lf.setIndent(0);
+            // The label goes left of the first line; give it room when the paragraph's
+            // own indents leave none.
+            lf.setIndent((p.li + p.fi) / 15 < 20 ? 1 : 0);
             list = m_cursor.createList(lf);
             m_wordLists.insert(key, list);
         } else {
@@ -749,7 +765,9 @@ QTextList *Reader::listFor(const ParaProps &p) {
         }
         QTextListFormat lf;
         lf.setStyle(QTextListFormat::Style(p.pnStyle));
-        lf.setIndent(0);
+        // The label goes left of the first line; give it room when the paragraph's
+        // own indents leave none.
+        lf.setIndent((p.li + p.fi) / 15 < 20 ? 1 : 0);
         m_pnList = m_cursor.createList(lf);
         m_pnListStyle = p.pnStyle;
         return m_pnList;
@@ -1045,6 +1063,7 @@ void Reader::byte(unsigned char b) {
                 f.name =
                     decode(m_fontName, cp == kSymbolCodePage || cp == 0 ? m_ansiCp : cp).trimmed();
                 m_fonts.insert(m_fontIndex, f);
+                m_formatCache.clear();
             }
             m_fontName.clear();
             m_fontIndex = -1;
@@ -1054,6 +1073,7 @@ void Reader::byte(unsigned char b) {
         break;
     case Dest::ColorTable:
         if (b == ';') {
+            m_formatCache.clear();
             if (m_r < 0 && m_g < 0 && m_b < 0)
                 m_colors.push_back(QColor());
             else
@@ -1730,8 +1750,14 @@ bool RtfReader::read(QByteArrayView rtf, QTextDocument *doc) {
         doc->setUndoRedoEnabled(undo);
         return false;
     }
-    Reader reader(rtf, doc);
-    reader.run();
+    {
+        // One edit block: the layout follows the whole text once, not every insertion.
+        QTextCursor batch(doc);
+        batch.beginEditBlock();
+        Reader reader(rtf, doc);
+        reader.run();
+        batch.endEditBlock();
+    }
     doc->setUndoRedoEnabled(undo);
     doc->setModified(false);
     return true;
