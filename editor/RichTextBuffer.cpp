@@ -416,6 +416,13 @@ void RichTextBuffer::SetFont(const QFont &font) {
     m_doc->setDefaultFont(font);
 }
 
+void RichTextBuffer::SetBaseFont(const clsFont &font) {
+    PROC("RichTextBuffer SetBaseFont");
+    QFont base = m_doc->defaultFont();
+    font.SetFont(base);
+    m_doc->setDefaultFont(base);
+}
+
 int RichTextBuffer::Find(const QString &text, int start, int end, int options) {
     PROC("RichTextBuffer Find");
     if (text.isEmpty()) {
