@@ -89,121 +89,35 @@ struct WordList {
     std::vector<int> nfc; // \levelnfc per level
 };
 
+// clang-format off
 enum Kw : int {
     K_unknown,
     // destinations
-    K_rtf,
-    K_fonttbl,
-    K_colortbl,
-    K_stylesheet,
-    K_info,
-    K_listtable,
-    K_listoverridetable,
-    K_pntext,
-    K_listtext,
-    K_pn,
-    K_pict,
-    K_object,
-    K_field,
-    K_fldinst,
-    K_fldrslt,
-    K_upr,
-    K_ud,
-    K_shppict,
-    K_nonshppict,
-    K_skipdest,
-    K_result,
+    K_rtf, K_fonttbl, K_colortbl, K_stylesheet, K_info, K_listtable, K_listoverridetable, K_pntext,
+    K_listtext, K_pn, K_pict, K_object, K_field, K_fldinst, K_fldrslt, K_upr, K_ud, K_shppict,
+    K_nonshppict, K_skipdest, K_result,
     // document
-    K_ansicpg,
-    K_ansi,
-    K_mac,
-    K_pc,
-    K_pca,
-    K_deff,
-    K_uc,
-    K_u,
-    K_bin,
+    K_ansicpg, K_ansi, K_mac, K_pc, K_pca, K_deff, K_uc, K_u, K_bin,
     // fonts and colours
-    K_f,
-    K_fcharset,
-    K_cpg,
-    K_red,
-    K_green,
-    K_blue,
+    K_f, K_fcharset, K_cpg, K_red, K_green, K_blue,
     // character
-    K_plain,
-    K_b,
-    K_i,
-    K_ul,
-    K_ulnone,
-    K_strike,
-    K_fs,
-    K_cf,
-    K_cb,
-    K_highlight,
-    K_super,
-    K_sub,
-    K_nosupersub,
-    K_up,
-    K_dn,
-    K_v,
-    K_caps,
-    K_scaps,
+    K_plain, K_b, K_i, K_ul, K_ulnone, K_strike, K_fs, K_cf, K_cb, K_highlight, K_super, K_sub,
+    K_nosupersub, K_up, K_dn, K_v, K_caps, K_scaps,
     // paragraph
-    K_pard,
-    K_par,
-    K_line,
-    K_tab,
-    K_page,
-    K_ql,
-    K_qc,
-    K_qr,
-    K_qj,
-    K_li,
-    K_ri,
-    K_fi,
-    K_sb,
-    K_sa,
-    K_intbl,
-    K_trowd,
-    K_cellx,
-    K_cell,
-    K_row,
-    K_ls,
-    K_ilvl,
+    K_pard, K_par, K_line, K_tab, K_page, K_ql, K_qc, K_qr, K_qj, K_li, K_ri, K_fi, K_sb, K_sa,
+    K_intbl, K_trowd, K_cellx, K_cell, K_row, K_ls, K_ilvl,
     // numbering
-    K_pnlvlblt,
-    K_pnlvlbody,
-    K_pnlvlcont,
-    K_pnlvl,
-    K_pndec,
-    K_pnlcltr,
-    K_pnucltr,
-    K_pnlcrm,
-    K_pnucrm,
-    K_pnstart,
+    K_pnlvlblt, K_pnlvlbody, K_pnlvlcont, K_pnlvl, K_pndec, K_pnlcltr, K_pnucltr, K_pnlcrm,
+    K_pnucrm, K_pnstart,
     // Word lists
-    K_list,
-    K_listid,
-    K_listlevel,
-    K_levelnfc,
+    K_list, K_listid, K_listlevel, K_levelnfc,
     // pictures
-    K_pngblip,
-    K_jpegblip,
-    K_wmetafile,
-    K_emfblip,
-    K_macpict,
-    K_dibitmap,
-    K_wbitmap,
-    K_picw,
-    K_pich,
-    K_picwgoal,
-    K_pichgoal,
-    K_picscalex,
-    K_picscaley,
+    K_pngblip, K_jpegblip, K_wmetafile, K_emfblip, K_macpict, K_dibitmap, K_wbitmap, K_picw, K_pich,
+    K_picwgoal, K_pichgoal, K_picscalex, K_picscaley,
     // characters
     K_char,
 };
+// clang-format on
 
 struct KwEntry {
     Kw kw;
@@ -215,154 +129,54 @@ const std::unordered_map<std::string_view, KwEntry> &keywords() {
         std::unordered_map<std::string_view, KwEntry> t;
         auto k = [&t](std::string_view n, Kw kw) { t.emplace(n, KwEntry{kw, 0}); };
         auto c = [&t](std::string_view n, char16_t ch) { t.emplace(n, KwEntry{K_char, ch}); };
-        k("rtf", K_rtf);
-        k("fonttbl", K_fonttbl);
-        k("colortbl", K_colortbl);
-        k("stylesheet", K_stylesheet);
-        k("info", K_info);
-        k("listtable", K_listtable);
-        k("listoverridetable", K_listoverridetable);
-        k("pntext", K_pntext);
-        k("listtext", K_listtext);
-        k("pn", K_pn);
-        k("pict", K_pict);
-        k("object", K_object);
-        k("field", K_field);
-        k("fldinst", K_fldinst);
-        k("fldrslt", K_fldrslt);
-        k("upr", K_upr);
-        k("ud", K_ud);
-        k("shppict", K_shppict);
-        k("nonshppict", K_nonshppict);
+        // clang-format off
+        k("rtf", K_rtf); k("fonttbl", K_fonttbl); k("colortbl", K_colortbl);
+        k("stylesheet", K_stylesheet); k("info", K_info); k("listtable", K_listtable);
+        k("listoverridetable", K_listoverridetable); k("pntext", K_pntext);
+        k("listtext", K_listtext); k("pn", K_pn); k("pict", K_pict); k("object", K_object);
+        k("field", K_field); k("fldinst", K_fldinst); k("fldrslt", K_fldrslt); k("upr", K_upr);
+        k("ud", K_ud); k("shppict", K_shppict); k("nonshppict", K_nonshppict);
         k("result", K_result);
-        for (std::string_view n : {"header",       "footer",
-                                   "headerl",      "headerr",
-                                   "headerf",      "footerl",
-                                   "footerr",      "footerf",
-                                   "footnote",     "revtbl",
-                                   "rsidtbl",      "xmlnstbl",
-                                   "themedata",    "colorschememapping",
-                                   "latentstyles", "datastore",
-                                   "pgdsctbl",     "filetbl",
-                                   "generator",    "listpicture",
-                                   "pntxta",       "pntxtb",
-                                   "template",     "docvar",
-                                   "bkmkstart",    "bkmkend",
-                                   "xe",           "tc",
-                                   "atnid",        "atnauthor",
-                                   "annotation",   "comment",
-                                   "mmathPr",      "ftnsep",
-                                   "ftnsepc",      "aftnsep",
-                                   "aftnsepc",     "private"})
+        for (std::string_view n :
+             {"header", "footer", "headerl", "headerr", "headerf", "footerl", "footerr", "footerf",
+              "footnote", "revtbl", "rsidtbl", "xmlnstbl", "themedata", "colorschememapping",
+              "latentstyles", "datastore", "pgdsctbl", "filetbl", "generator", "listpicture",
+              "pntxta", "pntxtb", "template", "docvar", "bkmkstart", "bkmkend", "xe", "tc", "atnid",
+              "atnauthor", "annotation", "comment", "mmathPr", "ftnsep", "ftnsepc", "aftnsep",
+              "aftnsepc", "private"})
             k(n, K_skipdest);
-        k("ansicpg", K_ansicpg);
-        k("ansi", K_ansi);
-        k("mac", K_mac);
-        k("pc", K_pc);
-        k("pca", K_pca);
-        k("deff", K_deff);
-        k("uc", K_uc);
-        k("u", K_u);
-        k("bin", K_bin);
-        k("f", K_f);
-        k("fcharset", K_fcharset);
-        k("cpg", K_cpg);
-        k("red", K_red);
-        k("green", K_green);
-        k("blue", K_blue);
-        k("plain", K_plain);
-        k("b", K_b);
-        k("i", K_i);
-        k("strike", K_strike);
-        k("striked", K_strike);
-        k("fs", K_fs);
-        k("cf", K_cf);
-        k("cb", K_cb);
-        k("chcbpat", K_cb);
-        k("highlight", K_highlight);
-        k("super", K_super);
-        k("sub", K_sub);
-        k("nosupersub", K_nosupersub);
-        k("up", K_up);
-        k("dn", K_dn);
-        k("v", K_v);
-        k("caps", K_caps);
+        k("ansicpg", K_ansicpg); k("ansi", K_ansi); k("mac", K_mac); k("pc", K_pc); k("pca", K_pca);
+        k("deff", K_deff); k("uc", K_uc); k("u", K_u); k("bin", K_bin); k("f", K_f);
+        k("fcharset", K_fcharset); k("cpg", K_cpg); k("red", K_red); k("green", K_green);
+        k("blue", K_blue); k("plain", K_plain); k("b", K_b); k("i", K_i); k("strike", K_strike);
+        k("striked", K_strike); k("fs", K_fs); k("cf", K_cf); k("cb", K_cb); k("chcbpat", K_cb);
+        k("highlight", K_highlight); k("super", K_super); k("sub", K_sub);
+        k("nosupersub", K_nosupersub); k("up", K_up); k("dn", K_dn); k("v", K_v); k("caps", K_caps);
         k("scaps", K_scaps);
-        for (std::string_view n : {"ul", "uld", "uldash", "uldashd", "uldashdd", "uldb", "ulhwave",
-                                   "ulldash", "ulth", "ulthd", "ulthdash", "ulthdashd",
-                                   "ulthdashdd", "ulthldash", "ululdbwave", "ulw", "ulwave"})
+        for (std::string_view n :
+             {"ul", "uld", "uldash", "uldashd", "uldashdd", "uldb", "ulhwave", "ulldash", "ulth",
+              "ulthd", "ulthdash", "ulthdashd", "ulthdashdd", "ulthldash", "ululdbwave", "ulw",
+              "ulwave"})
             k(n, K_ul);
-        k("ulnone", K_ulnone);
-        k("pard", K_pard);
-        k("par", K_par);
-        k("sect", K_par);
-        k("column", K_par);
-        k("line", K_line);
-        k("tab", K_tab);
-        k("page", K_page);
-        k("ql", K_ql);
-        k("qc", K_qc);
-        k("qr", K_qr);
-        k("qj", K_qj);
-        k("qd", K_qj);
-        k("li", K_li);
-        k("lin", K_li);
-        k("ri", K_ri);
-        k("rin", K_ri);
-        k("fi", K_fi);
-        k("sb", K_sb);
-        k("sa", K_sa);
-        k("intbl", K_intbl);
-        k("trowd", K_trowd);
-        k("cellx", K_cellx);
-        k("cell", K_cell);
-        k("nestcell", K_cell);
-        k("row", K_row);
-        k("ls", K_ls);
-        k("ilvl", K_ilvl);
-        k("pnlvlblt", K_pnlvlblt);
-        k("pnlvlbody", K_pnlvlbody);
-        k("pnlvlcont", K_pnlvlcont);
-        k("pnlvl", K_pnlvl);
-        k("pndec", K_pndec);
-        k("pnlcltr", K_pnlcltr);
-        k("pnucltr", K_pnucltr);
-        k("pnlcrm", K_pnlcrm);
-        k("pnucrm", K_pnucrm);
-        k("pnstart", K_pnstart);
-        k("list", K_list);
-        k("listid", K_listid);
-        k("listlevel", K_listlevel);
-        k("levelnfc", K_levelnfc);
-        k("levelnfcn", K_levelnfc);
-        k("pngblip", K_pngblip);
-        k("jpegblip", K_jpegblip);
-        k("wmetafile", K_wmetafile);
-        k("emfblip", K_emfblip);
-        k("macpict", K_macpict);
-        k("dibitmap", K_dibitmap);
-        k("wbitmap", K_wbitmap);
-        k("picw", K_picw);
-        k("pich", K_pich);
-        k("picwgoal", K_picwgoal);
-        k("pichgoal", K_pichgoal);
-        k("picscalex", K_picscalex);
-        k("picscaley", K_picscaley);
-        c("bullet", 0x2022);
-        c("emdash", 0x2014);
-        c("endash", 0x2013);
-        c("emspace", 0x2003);
-        c("enspace", 0x2002);
-        c("qmspace", 0x2005);
-        c("lquote", 0x2018);
-        c("rquote", 0x2019);
-        c("ldblquote", 0x201C);
-        c("rdblquote", 0x201D);
-        c("zwj", 0x200D);
-        c("zwnj", 0x200C);
-        c("ltrmark", 0x200E);
-        c("rtlmark", 0x200F);
-        c("zwbo", 0x200B);
+        k("ulnone", K_ulnone); k("pard", K_pard); k("par", K_par); k("sect", K_par);
+        k("column", K_par); k("line", K_line); k("tab", K_tab); k("page", K_page); k("ql", K_ql);
+        k("qc", K_qc); k("qr", K_qr); k("qj", K_qj); k("qd", K_qj); k("li", K_li); k("lin", K_li);
+        k("ri", K_ri); k("rin", K_ri); k("fi", K_fi); k("sb", K_sb); k("sa", K_sa);
+        k("intbl", K_intbl); k("trowd", K_trowd); k("cellx", K_cellx); k("cell", K_cell);
+        k("nestcell", K_cell); k("row", K_row); k("ls", K_ls); k("ilvl", K_ilvl);
+        k("pnlvlblt", K_pnlvlblt); k("pnlvlbody", K_pnlvlbody); k("pnlvlcont", K_pnlvlcont);
+        k("pnlvl", K_pnlvl); k("pndec", K_pndec); k("pnlcltr", K_pnlcltr); k("pnucltr", K_pnucltr);
+        k("pnlcrm", K_pnlcrm); k("pnucrm", K_pnucrm); k("pnstart", K_pnstart); k("list", K_list);
+        k("listid", K_listid); k("listlevel", K_listlevel); k("levelnfc", K_levelnfc);
+        k("levelnfcn", K_levelnfc); k("pngblip", K_pngblip); k("jpegblip", K_jpegblip);
+        k("wmetafile", K_wmetafile); k("emfblip", K_emfblip); k("macpict", K_macpict);
+        k("dibitmap", K_dibitmap); k("wbitmap", K_wbitmap); k("picw", K_picw); k("pich", K_pich);
+        k("picwgoal", K_picwgoal); k("pichgoal", K_pichgoal); k("picscalex", K_picscalex);
+        k("picscaley", K_picscaley); c("bullet", 0x2022); c("emdash", 0x2014); c("endash", 0x2013);
+        c("emspace", 0x2003); c("enspace", 0x2002); c("qmspace", 0x2005); c("lquote", 0x2018);
+        c("rquote", 0x2019); c("ldblquote", 0x201C); c("rdblquote", 0x201D); c("zwj", 0x200D);
+        c("zwnj", 0x200C); c("ltrmark", 0x200E); c("rtlmark", 0x200F); c("zwbo", 0x200B);
+        // clang-format on
         return t;
     }();
     return table;
