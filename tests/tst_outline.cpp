@@ -68,6 +68,23 @@ struct Questions {
     ~Questions() { modMain::SetMsgBoxHandler({}); }
 };
 
+// Adds data rows of string columns: each row is its name followed by one value per column.
+void addRows(std::initializer_list<std::initializer_list<const char *>> rows) {
+    for (const auto &row : rows) {
+        auto it = row.begin();
+        QTestData &data = QTest::newRow(*it++);
+        for (; it != row.end(); ++it) {
+            data << QString::fromUtf8(*it);
+        }
+    }
+}
+
+int answerOf(const QString &word) {
+    return word == QLatin1String("yes")  ? modMain::vbYes
+           : word == QLatin1String("no") ? modMain::vbNo
+                                         : modMain::vbCancel;
+}
+
 } // namespace
 
 class TestOutline : public QObject {
@@ -82,7 +99,6 @@ private Q_SLOTS:
     void deleteEntry();
     void deleteTagged_data();
     void deleteTagged();
-    void questionWithoutHandlerCancels();
     void tagging();
     void paste_data();
     void paste();
@@ -94,7 +110,6 @@ private Q_SLOTS:
     void nothingWithoutActiveDocument();
     void sorting();
     void expansion();
-    void outlineFontGoesThroughTheWindow();
     void dropRules_data();
     void dropRules();
     void dragThreshold_data();
@@ -149,22 +164,14 @@ void TestOutline::inserts_data() {
     QTest::addColumn<QString>("command");
     QTest::addColumn<QString>("selected");
     QTest::addColumn<QString>("expected");
-    const QString rootLast = QStringLiteral("root(a(a1 a2) b(b1(b11)) c New Entry)");
-    QTest::newRow("above root") << "above"
-                                << "root" << rootLast;
-    QTest::newRow("below root") << "below"
-                                << "root" << rootLast;
-    QTest::newRow("child of root") << "child"
-                                   << "root" << rootLast;
-    QTest::newRow("above a2") << "above"
-                              << "a2"
-                              << "root(a(a1 New Entry a2) b(b1(b11)) c)";
-    QTest::newRow("below a") << "below"
-                             << "a"
-                             << "root(a(a1 a2) New Entry b(b1(b11)) c)";
-    QTest::newRow("child of b1") << "child"
-                                 << "b1"
-                                 << "root(a(a1 a2) b(b1(b11 New Entry)) c)";
+    addRows({
+        {"above root", "above", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
+        {"below root", "below", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
+        {"child of root", "child", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
+        {"above a2", "above", "a2", "root(a(a1 New Entry a2) b(b1(b11)) c)"},
+        {"below a", "below", "a", "root(a(a1 a2) New Entry b(b1(b11)) c)"},
+        {"child of b1", "child", "b1", "root(a(a1 a2) b(b1(b11 New Entry)) c)"},
+    });
 }
 
 void TestOutline::inserts() {
@@ -185,24 +192,23 @@ void TestOutline::inserts() {
 
 void TestOutline::deleteEntry_data() {
     QTest::addColumn<QString>("selected");
-    QTest::addColumn<int>("answer");
+    QTest::addColumn<QString>("answer");
     QTest::addColumn<QString>("expected");
     QTest::addColumn<QString>("selectedAfter");
-    QTest::newRow("previous sibling wins over next") << "b" << modMain::vbYes << "root(a(a1 a2) c)"
-                                                     << "a";
-    QTest::newRow("first takes next") << "a1" << modMain::vbYes << "root(a(a2) b(b1(b11)) c)"
-                                      << "a2";
-    QTest::newRow("only child takes parent") << "b11" << modMain::vbYes << "root(a(a1 a2) b(b1) c)"
-                                             << "b1";
-    QTest::newRow("no") << "b" << modMain::vbNo << kSampleShape << "b";
-    QTest::newRow("cancel") << "b" << modMain::vbCancel << kSampleShape << "b";
+    addRows({
+        {"previous sibling before next", "b", "yes", "root(a(a1 a2) c)", "a"},
+        {"first takes next", "a1", "yes", "root(a(a2) b(b1(b11)) c)", "a2"},
+        {"only child takes parent", "b11", "yes", "root(a(a1 a2) b(b1) c)", "b1"},
+        {"no", "b", "no", "root(a(a1 a2) b(b1(b11)) c)", "b"},
+        {"cancel", "b", "cancel", "root(a(a1 a2) b(b1(b11)) c)", "b"},
+    });
 }
 
 void TestOutline::deleteEntry() {
     QFETCH(QString, selected);
-    QFETCH(int, answer);
+    QFETCH(QString, answer);
     Questions q;
-    q.answer = answer;
+    q.answer = answerOf(answer);
     select(selected);
     OutlineDelete();
     QCOMPARE(q.texts, QStringList{"Do you really want to delete the entry '" + selected + "'?"});
@@ -211,7 +217,7 @@ void TestOutline::deleteEntry() {
     QTEST(TreeShape(root()), "expected");
     QTEST(m_doc->nodes().SelectedItem()->Text(), "selectedAfter");
     QVERIFY(m_doc->doc.m_bDataChanged); // also when answered No
-    if (selected == QLatin1String("b11") && answer == modMain::vbYes) {
+    if (selected == QLatin1String("b11") && answer == QLatin1String("yes")) {
         QVERIFY(!entry("b1")->Expanded()); // a parent left without children is collapsed
     }
     checkTreeWhole();
@@ -220,37 +226,28 @@ void TestOutline::deleteEntry() {
 void TestOutline::deleteTagged_data() {
     QTest::addColumn<QString>("tags");
     QTest::addColumn<QString>("selected");
-    QTest::addColumn<int>("answer");
+    QTest::addColumn<QString>("answer");
     QTest::addColumn<QString>("expected");
     QTest::addColumn<QString>("selectedAfter");
-    QTest::newRow("nested tags, selection inside") << "b b11 a2"
-                                                   << "b11" << modMain::vbYes << "root(a(a1) c)"
-                                                   << "root";
-    QTest::newRow("selection survives") << "a1 c"
-                                        << "b1" << modMain::vbYes << "root(a(a2) b(b1(b11)))"
-                                        << "b1";
-    QTest::newRow("selection in deep tagged subtree")
-        << "b1"
-        << "b11" << modMain::vbYes << "root(a(a1 a2) b c)"
-        << "b";
-    QTest::newRow("tagged root stays") << "root a"
-                                       << "a1" << modMain::vbYes << "root(b(b1(b11)) c)"
-                                       << "root";
-    QTest::newRow("no") << "b b11"
-                        << "a" << modMain::vbNo << kSampleShape << "a";
-    QTest::newRow("cancel") << "b"
-                            << "a" << modMain::vbCancel << kSampleShape << "a";
+    addRows({
+        {"nested, selection inside", "b b11 a2", "b11", "yes", "root(a(a1) c)", "root"},
+        {"selection survives", "a1 c", "b1", "yes", "root(a(a2) b(b1(b11)))", "b1"},
+        {"selection deep inside", "b1", "b11", "yes", "root(a(a1 a2) b c)", "b"},
+        {"tagged root stays", "root a", "a1", "yes", "root(b(b1(b11)) c)", "root"},
+        {"no", "b b11", "a", "no", "root(a(a1 a2) b(b1(b11)) c)", "a"},
+        {"cancel", "b", "a", "cancel", "root(a(a1 a2) b(b1(b11)) c)", "a"},
+    });
 }
 
 void TestOutline::deleteTagged() {
     QFETCH(QString, tags);
     QFETCH(QString, selected);
-    QFETCH(int, answer);
+    QFETCH(QString, answer);
     for (const QString &t : tags.split(QLatin1Char(' '))) {
         NodeTagOn(entry(t));
     }
     Questions q;
-    q.answer = answer;
+    q.answer = answerOf(answer);
     select(selected);
     OutlineDeleteTaggedEntries();
     QCOMPARE(
@@ -262,15 +259,6 @@ void TestOutline::deleteTagged() {
     QTEST(m_doc->nodes().SelectedItem()->Text(), "selectedAfter");
     QVERIFY(m_doc->doc.m_bDataChanged);
     checkTreeWhole();
-}
-
-void TestOutline::questionWithoutHandlerCancels() {
-    select(QStringLiteral("a"));
-    OutlineDelete();
-    OutlineDeleteTaggedEntries();
-    QCOMPARE(TreeShape(root()), kSampleShape);
-    QVERIFY(m_doc->doc.m_bDataChanged);
-    QCOMPARE(modMain::MsgBox(QStringLiteral("x"), modMain::vbOKOnly, 0), modMain::vbOK);
 }
 
 // ---- Tags, copy and paste ------------------------------------------------------------------
@@ -292,25 +280,22 @@ void TestOutline::tagging() {
 void TestOutline::paste_data() {
     QTest::addColumn<QString>("copied");
     QTest::addColumn<QString>("selected");
-    QTest::addColumn<bool>("andDelete");
+    QTest::addColumn<QString>("how");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("after selection") << "b1"
-                                     << "a1" << false << "root(a(a1 b1(b11) a2) b(b1(b11)) c)";
-    QTest::newRow("root selected: first") << "c"
-                                          << "root" << false << "root(c a(a1 a2) b(b1(b11)) c)";
-    QTest::newRow("copied is root's first: last")
-        << "a"
-        << "root" << false << "root(a(a1 a2) b(b1(b11)) c a(a1 a2))";
-    QTest::newRow("move after selection") << "b1"
-                                          << "a1" << true << "root(a(a1 b1(b11) a2) b c)";
-    QTest::newRow("move to root's first") << "c"
-                                          << "root" << true << "root(c a(a1 a2) b(b1(b11)))";
+    addRows({
+        {"after selection", "b1", "a1", "paste", "root(a(a1 b1(b11) a2) b(b1(b11)) c)"},
+        {"root selected: first", "c", "root", "paste", "root(c a(a1 a2) b(b1(b11)) c)"},
+        {"root's first: last", "a", "root", "paste", "root(a(a1 a2) b(b1(b11)) c a(a1 a2))"},
+        {"move after selection", "b1", "a1", "move", "root(a(a1 b1(b11) a2) b c)"},
+        {"move to root's first", "c", "root", "move", "root(c a(a1 a2) b(b1(b11)))"},
+    });
 }
 
 void TestOutline::paste() {
     QFETCH(QString, copied);
     QFETCH(QString, selected);
-    QFETCH(bool, andDelete);
+    QFETCH(QString, how);
+    const bool andDelete = how == QLatin1String("move");
     select(copied);
     OutlineCopy();
     QVERIFY(!m_doc->doc.m_bDataChanged);
@@ -375,57 +360,28 @@ void TestOutline::moves_data() {
     QTest::addColumn<QString>("command");
     QTest::addColumn<QString>("selected");
     QTest::addColumn<QString>("expected");
-    const QString same = kSampleShape;
-    QTest::newRow("up before previous") << "up"
-                                        << "b"
-                                        << "root(b(b1(b11)) a(a1 a2) c)";
-    QTest::newRow("up first child of root's first: its last") << "up"
-                                                              << "a1"
-                                                              << "root(a(a2 a1) b(b1(b11)) c)";
-    QTest::newRow("up first child: end of parent's previous") << "up"
-                                                              << "b1"
-                                                              << "root(a(a1 a2 b1(b11)) b c)";
-    QTest::newRow("up climbs two levels") << "up"
-                                          << "b11"
-                                          << "root(a(a1 a2 b11) b(b1) c)";
-    QTest::newRow("up first child of root") << "up"
-                                            << "a" << same;
-    QTest::newRow("up root") << "up"
-                             << "root" << same;
-    QTest::newRow("down after next") << "down"
-                                     << "a1"
-                                     << "root(a(a2 a1) b(b1(b11)) c)";
-    QTest::newRow("down into next parent, first") << "down"
-                                                  << "a2"
-                                                  << "root(a(a1) b(a2 b1(b11)) c)";
-    QTest::newRow("down last of a last parent") << "down"
-                                                << "b11" << same;
-    QTest::newRow("down last of root") << "down"
-                                       << "c" << same;
-    QTest::newRow("down into empty next parent") << "down"
-                                                 << "b1"
-                                                 << "root(a(a1 a2) b c(b1(b11)))";
-    QTest::newRow("first") << "first"
-                           << "c"
-                           << "root(c a(a1 a2) b(b1(b11)))";
-    QTest::newRow("first already") << "first"
-                                   << "a1" << same;
-    QTest::newRow("last") << "last"
-                          << "a"
-                          << "root(b(b1(b11)) c a(a1 a2))";
-    QTest::newRow("indent") << "indent"
-                            << "b"
-                            << "root(a(a1 a2 b(b1(b11))) c)";
-    QTest::newRow("indent first child") << "indent"
-                                        << "a1" << same;
-    QTest::newRow("unindent keeps later siblings") << "unindent"
-                                                   << "a1"
-                                                   << "root(a(a2) a1 b(b1(b11)) c)";
-    QTest::newRow("unindent deep") << "unindent"
-                                   << "b11"
-                                   << "root(a(a1 a2) b(b1 b11) c)";
-    QTest::newRow("unindent child of root") << "unindent"
-                                            << "a" << same;
+    const char *same = "root(a(a1 a2) b(b1(b11)) c)";
+    addRows({
+        {"up before previous", "up", "b", "root(b(b1(b11)) a(a1 a2) c)"},
+        {"up first of root's first: its last", "up", "a1", "root(a(a2 a1) b(b1(b11)) c)"},
+        {"up first: end of parent's previous", "up", "b1", "root(a(a1 a2 b1(b11)) b c)"},
+        {"up climbs two levels", "up", "b11", "root(a(a1 a2 b11) b(b1) c)"},
+        {"up first child of root", "up", "a", same},
+        {"up root", "up", "root", same},
+        {"down after next", "down", "a1", "root(a(a2 a1) b(b1(b11)) c)"},
+        {"down into next parent, first", "down", "a2", "root(a(a1) b(a2 b1(b11)) c)"},
+        {"down into empty next parent", "down", "b1", "root(a(a1 a2) b c(b1(b11)))"},
+        {"down last of a last parent", "down", "b11", same},
+        {"down last of root", "down", "c", same},
+        {"first", "first", "c", "root(c a(a1 a2) b(b1(b11)))"},
+        {"first already", "first", "a1", same},
+        {"last", "last", "a", "root(b(b1(b11)) c a(a1 a2))"},
+        {"indent", "indent", "b", "root(a(a1 a2 b(b1(b11))) c)"},
+        {"indent first child", "indent", "a1", same},
+        {"unindent keeps later siblings", "unindent", "a1", "root(a(a2) a1 b(b1(b11)) c)"},
+        {"unindent deep", "unindent", "b11", "root(a(a1 a2) b(b1 b11) c)"},
+        {"unindent child of root", "unindent", "a", same},
+    });
 }
 
 void TestOutline::moves() {
@@ -485,6 +441,9 @@ void TestOutline::nothingWithoutActiveDocument() {
     QCOMPARE(TreeShape(root()), kSampleShape);
     QVERIFY(!m_doc->doc.m_bDataChanged);
     Documents::SetActive(&m_doc->doc);
+    // With no one to answer, a question is cancelled.
+    OutlineDelete();
+    QCOMPARE(TreeShape(root()), kSampleShape);
 }
 
 // ---- Sorting and expansion -----------------------------------------------------------------
@@ -553,50 +512,22 @@ void TestOutline::expansion() {
     QCOMPARE(g_iActionDepth, 0);
 }
 
-void TestOutline::outlineFontGoesThroughTheWindow() {
-    OutlineFont(); // no chooser installed: nothing but the mark
-    QVERIFY(m_doc->doc.m_bDataChanged);
-    SetOutlineFontChooser([](clsFont &font) {
-        font.setName(QStringLiteral("Serif"));
-        font.setSize(12);
-        return true;
-    });
-    OutlineFont();
-    SetOutlineFontChooser({});
-    QCOMPARE(m_doc->doc.m_fntOutlineFont.Name(), QStringLiteral("Serif"));
-    QCOMPARE(m_doc->doc.m_fntOutlineFont.Size(), 12.0);
-}
-
 // ---- Dragging ------------------------------------------------------------------------------
 
 void TestOutline::dropRules_data() {
     QTest::addColumn<QString>("source");
     QTest::addColumn<QString>("target");
     QTest::addColumn<QString>("permitted"); // p(revious) n(ext) c(hild)
-    QTest::newRow("plain") << "a1"
-                           << "c"
-                           << "pnc";
-    QTest::newRow("onto root") << "a1"
-                               << "root"
-                               << "c";
-    QTest::newRow("target's next is source") << "b"
-                                             << "a"
-                                             << "pc";
-    QTest::newRow("target's previous is source") << "a"
-                                                 << "b"
-                                                 << "nc";
-    QTest::newRow("onto parent of first child") << "a1"
-                                                << "a"
-                                                << "";
-    QTest::newRow("onto parent of second child") << "a2"
-                                                 << "a"
-                                                 << "pnc";
-    QTest::newRow("into own subtree") << "b"
-                                      << "b11"
-                                      << "";
-    QTest::newRow("root's first onto root") << "a"
-                                            << "root"
-                                            << "c";
+    addRows({
+        {"plain", "a1", "c", "pnc"},
+        {"onto root", "a1", "root", "c"},
+        {"root's first onto root", "a", "root", "c"},
+        {"target's next is source", "b", "a", "pc"},
+        {"target's previous is source", "a", "b", "nc"},
+        {"onto parent of first child", "a1", "a", ""},
+        {"onto parent of second child", "a2", "a", "pnc"},
+        {"into own subtree", "b", "b11", ""},
+    });
 }
 
 void TestOutline::dropRules() {
@@ -640,62 +571,52 @@ void TestOutline::dragThreshold() {
 void TestOutline::drops_data() {
     QTest::addColumn<QString>("source");
     QTest::addColumn<QString>("target");
-    QTest::addColumn<int>("button");
-    QTest::addColumn<bool>("ctrl");
-    QTest::addColumn<int>("choice"); // for the right button
+    QTest::addColumn<QString>("how"); // left, left+ctrl, or the right button's popup choice
     QTest::addColumn<QString>("expected");
-    using C = modDrag::ConfirmChoice;
-    const int L = modDrag::kLeftButton, R = modDrag::kRightButton, none = -1;
-    QTest::newRow("left: after") << "a1"
-                                 << "c" << L << false << none << "root(a(a2) b(b1(b11)) c a1)";
-    QTest::newRow("left+ctrl: copy after")
-        << "a1"
-        << "c" << L << true << none << "root(a(a1 a2) b(b1(b11)) c a1)";
-    QTest::newRow("left: next is source, before")
-        << "b"
-        << "a" << L << false << none << "root(b(b1(b11)) a(a1 a2) c)";
-    QTest::newRow("left: onto root, first")
-        << "c"
-        << "root" << L << false << none << "root(c a(a1 a2) b(b1(b11)))";
-    QTest::newRow("left: root's first onto root, last")
-        << "a"
-        << "root" << L << false << none << "root(b(b1(b11)) c a(a1 a2))";
-    QTest::newRow("left: parent of first child") << "a1"
-                                                 << "a" << L << false << none << kSampleShape;
-    QTest::newRow("left: own descendant") << "b"
-                                          << "b11" << L << false << none << kSampleShape;
-    QTest::newRow("right: copy child")
-        << "c"
-        << "a1" << R << false << int(C::CopyChild) << "root(a(a1(c) a2) b(b1(b11)) c)";
-    QTest::newRow("right: move previous")
-        << "c"
-        << "a1" << R << false << int(C::MovePrevious) << "root(a(c a1 a2) b(b1(b11)))";
-    QTest::newRow("right: copy next")
-        << "b1"
-        << "a2" << R << true << int(C::CopyNext) << "root(a(a1 a2 b1(b11)) b(b1(b11)) c)";
-    QTest::newRow("right: cancel") << "c"
-                                   << "a1" << R << false << int(C::Cancel) << kSampleShape;
+    const char *same = "root(a(a1 a2) b(b1(b11)) c)";
+    addRows({
+        {"left: after", "a1", "c", "left", "root(a(a2) b(b1(b11)) c a1)"},
+        {"left+ctrl: copy after", "a1", "c", "left+ctrl", "root(a(a1 a2) b(b1(b11)) c a1)"},
+        {"left: next is source, before", "b", "a", "left", "root(b(b1(b11)) a(a1 a2) c)"},
+        {"left: onto root, first", "c", "root", "left", "root(c a(a1 a2) b(b1(b11)))"},
+        {"left: root's first onto root", "a", "root", "left", "root(b(b1(b11)) c a(a1 a2))"},
+        {"left: parent of first child", "a1", "a", "left", same},
+        {"left: own descendant", "b", "b11", "left", same},
+        {"right: copy child", "c", "a1", "CopyChild", "root(a(a1(c) a2) b(b1(b11)) c)"},
+        {"right: move previous", "c", "a1", "MovePrevious", "root(a(c a1 a2) b(b1(b11)))"},
+        {"right: copy next", "b1", "a2", "CopyNext", "root(a(a1 a2 b1(b11)) b(b1(b11)) c)"},
+        {"right: move next", "a1", "b", "MoveNext", "root(a(a2) b(b1(b11)) a1 c)"},
+        {"right: cancel", "c", "a1", "Cancel", same},
+    });
 }
 
 void TestOutline::drops() {
     QFETCH(QString, source);
     QFETCH(QString, target);
-    QFETCH(int, button);
-    QFETCH(bool, ctrl);
-    QFETCH(int, choice);
+    QFETCH(QString, how);
+    static const std::map<QString, modDrag::ConfirmChoice> choices{
+        {"CopyChild", modDrag::ConfirmChoice::CopyChild},
+        {"CopyNext", modDrag::ConfirmChoice::CopyNext},
+        {"MovePrevious", modDrag::ConfirmChoice::MovePrevious},
+        {"MoveNext", modDrag::ConfirmChoice::MoveNext},
+        {"Cancel", modDrag::ConfirmChoice::Cancel}};
+    const bool left = how.startsWith(QLatin1String("left"));
+    const int button = left ? modDrag::kLeftButton : modDrag::kRightButton;
     QList<modDrag::ConfirmMenu> shown;
     modDrag::SetConfirmPopup([&](const modDrag::ConfirmMenu &menu) {
         shown << menu;
-        modDrag::Confirm(modDrag::ConfirmChoice(choice));
+        modDrag::Confirm(choices.at(how));
     });
     Node *src = entry(source);
     modDrag::DragPress(&m_doc->doc, src, button);
     QCOMPARE(m_doc->nodes().SelectedItem(), src);
-    QVERIFY(modDrag::DragStart(entry(target), true, ctrl, button));
+    // Ctrl counts when the drag starts; the popup's choice overrides it.
+    QVERIFY(modDrag::DragStart(entry(target), true, how.endsWith(QLatin1String("ctrl")) || !left,
+                               button));
     modDrag::DragDrop(&m_doc->doc, entry(target));
     modDrag::SetConfirmPopup({});
     QTEST(TreeShape(root()), "expected");
-    QCOMPARE(shown.size(), button == modDrag::kRightButton ? 1 : 0);
+    QCOMPARE(shown.size(), left ? 0 : 1);
     QVERIFY(!modDrag::g_nodDragSource);
     QVERIFY(!m_doc->doc.m_bDataChanged); // drops that copy or move leave the mark alone
     checkTreeWhole();
@@ -703,25 +624,28 @@ void TestOutline::drops() {
 
 void TestOutline::dropOntoItself_data() {
     QTest::addColumn<QString>("source");
-    QTest::addColumn<int>("button");
-    QTest::addColumn<bool>("right"); // the direction: pointer moved right / popup choice
+    QTest::addColumn<QString>("how"); // button and direction (pointer moved / popup choice)
     QTest::addColumn<QString>("expected");
-    QTest::addColumn<bool>("changed");
-    const int L = modDrag::kLeftButton, R = modDrag::kRightButton;
-    QTest::newRow("left: indent") << "b" << L << true << "root(a(a1 a2 b(b1(b11))) c)" << true;
-    QTest::newRow("left: unindent") << "a2" << L << false << "root(a(a1) a2 b(b1(b11)) c)" << true;
-    QTest::newRow("left: indent not permitted") << "a1" << L << true << kSampleShape << false;
-    QTest::newRow("left: unindent under root") << "b" << L << false << kSampleShape << false;
-    QTest::newRow("left: root") << "root" << L << true << kSampleShape << false;
-    QTest::newRow("right: indent") << "a2" << R << true << "root(a(a1(a2)) b(b1(b11)) c)" << true;
-    QTest::newRow("right: unindent") << "b11" << R << false << "root(a(a1 a2) b(b1 b11) c)" << true;
+    const char *same = "root(a(a1 a2) b(b1(b11)) c)";
+    addRows({
+        {"left: indent", "b", "left right", "root(a(a1 a2 b(b1(b11))) c)"},
+        {"left: unindent", "a2", "left left", "root(a(a1) a2 b(b1(b11)) c)"},
+        {"left: indent not permitted", "a1", "left right", same},
+        {"left: unindent under root", "b", "left left", same},
+        {"left: root", "root", "left right", same},
+        {"right: indent", "a2", "right right", "root(a(a1(a2)) b(b1(b11)) c)"},
+        {"right: unindent", "b11", "right left", "root(a(a1 a2) b(b1 b11) c)"},
+    });
 }
 
 void TestOutline::dropOntoItself() {
     QFETCH(QString, source);
-    QFETCH(int, button);
-    QFETCH(bool, right);
-    QFETCH(bool, changed);
+    QFETCH(QString, how);
+    QFETCH(QString, expected);
+    const int button =
+        how.startsWith(QLatin1String("left")) ? modDrag::kLeftButton : modDrag::kRightButton;
+    const bool right = how.endsWith(QLatin1String("right"));
+    const bool changed = expected != TreeShape(root()); // marked only when the entry moved
     QList<modDrag::ConfirmMenu> shown;
     modDrag::SetConfirmPopup([&](const modDrag::ConfirmMenu &menu) {
         shown << menu;
@@ -737,7 +661,7 @@ void TestOutline::dropOntoItself() {
     QVERIFY(modDrag::DragStart(src, button == modDrag::kLeftButton && right, true, button));
     modDrag::DragDrop(&m_doc->doc, src);
     modDrag::SetConfirmPopup({});
-    QTEST(TreeShape(root()), "expected");
+    QCOMPARE(TreeShape(root()), expected);
     QCOMPARE(m_doc->doc.m_bDataChanged, changed);
     QVERIFY(!modDrag::g_bDragCopy);
     if (button == modDrag::kRightButton) {
