@@ -118,6 +118,7 @@ private Q_SLOTS:
     void drops();
     void dropOntoItself_data();
     void dropOntoItself();
+    void dropOntoAnotherDocumentIsReported();
 
 private:
     std::unique_ptr<ScopedLog> m_log;
@@ -668,6 +669,19 @@ void TestOutline::dropOntoItself() {
         QCOMPARE(shown.size(), 1);
         QCOMPARE(shown[0], modDrag::ConfirmMenuFor(p));
     }
+    checkTreeWhole();
+}
+
+void TestOutline::dropOntoAnotherDocumentIsReported() {
+    TestDocument other(false);
+    BuildOutline(other.doc, QStringLiteral("root\n  x\n"));
+    modDrag::DragPress(&m_doc->doc, entry("b"), modDrag::kLeftButton);
+    modDrag::DragStart(nullptr, true, false, modDrag::kLeftButton);
+    modDrag::DragDrop(&m_doc->doc, FindEntry(other.nodes(), QStringLiteral("x")));
+    QCOMPARE(TreeShape(root()), kSampleShape); // nothing copied, nothing removed
+    QCOMPARE(TreeShape(other.nodes().Item(1)), QStringLiteral("root(x)"));
+    QVERIFY(m_log->content().contains(QStringLiteral("Error 5 - ")));
+    QVERIFY(!modDrag::g_nodDragSource);
     checkTreeWhole();
 }
 
