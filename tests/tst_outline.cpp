@@ -1,0 +1,689 @@
+// The outline commands and dragged entries: inserts, deletes with each answer, copy and paste,
+// tags, moves with their climbing rules, indent and unindent, sorting once, expansion levels,
+// the drop rules and drops with each placement.
+#include "app/modMain.h"
+#include "app/modMessage.h"
+#include "document/Document.h"
+#include "outline/modDrag.h"
+#include "outline/modNodes.h"
+#include "outline/modOutline.h"
+#include "support/FakeDocument.h"
+#include "support/TestSupport.h"
+#include "support/TreeText.h"
+
+#include <QGuiApplication>
+#include <QtTest>
+
+#include <functional>
+#include <map>
+
+using namespace modNodes;
+using namespace modOutline;
+
+namespace {
+
+const char *kSample = "root\n"
+                      "  a\n"
+                      "    a1\n"
+                      "    a2\n"
+                      "  b\n"
+                      "    b1\n"
+                      "      b11\n"
+                      "  c\n";
+const QString kSampleShape = QStringLiteral("root(a(a1 a2) b(b1(b11)) c)");
+
+using Command = std::function<void()>;
+
+const std::map<QString, Command> &commands() {
+    static const std::map<QString, Command> table{
+        {QStringLiteral("up"), OutlineMoveUp},
+        {QStringLiteral("down"), OutlineMoveDown},
+        {QStringLiteral("first"), OutlineMoveFirst},
+        {QStringLiteral("last"), OutlineMoveLast},
+        {QStringLiteral("indent"), OutlineIndent},
+        {QStringLiteral("unindent"), OutlineUnindent},
+        {QStringLiteral("above"), OutlineInsertAbove},
+        {QStringLiteral("below"), OutlineInsertBelow},
+        {QStringLiteral("child"), OutlineInsertChild},
+    };
+    return table;
+}
+
+// Answers every question with a fixed answer and records what was asked.
+struct Questions {
+    int answer = modMain::vbCancel;
+    QStringList texts;
+    QList<int> buttons, icons;
+    bool busyWhileAsked = false;
+    Questions() {
+        modMain::SetMsgBoxHandler([this](const QString &text, int b, int icon) {
+            texts << text;
+            buttons << b;
+            icons << icon;
+            const QCursor *c = QGuiApplication::overrideCursor();
+            busyWhileAsked = c && c->shape() == Qt::WaitCursor;
+            return answer;
+        });
+    }
+    ~Questions() { modMain::SetMsgBoxHandler({}); }
+};
+
+// Adds data rows of string columns: each row is its name followed by one value per column.
+void addRows(std::initializer_list<std::initializer_list<const char *>> rows) {
+    for (const auto &row : rows) {
+        auto it = row.begin();
+        QTestData &data = QTest::newRow(*it++);
+        for (; it != row.end(); ++it) {
+            data << QString::fromUtf8(*it);
+        }
+    }
+}
+
+int answerOf(const QString &word) {
+    return word == QLatin1String("yes")  ? modMain::vbYes
+           : word == QLatin1String("no") ? modMain::vbNo
+                                         : modMain::vbCancel;
+}
+
+} // namespace
+
+class TestOutline : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void inserts_data();
+    void inserts();
+    void deleteEntry_data();
+    void deleteEntry();
+    void deleteTagged_data();
+    void deleteTagged();
+    void tagging();
+    void paste_data();
+    void paste();
+    void pasteRemovedOrMovedEntryDoesNothing();
+    void pasteTaggedEntries();
+    void moves_data();
+    void moves();
+    void movesCarryTextsTagsAndExpansion();
+    void nothingWithoutActiveDocument();
+    void sorting();
+    void expansion();
+    void dropRules_data();
+    void dropRules();
+    void dragThreshold_data();
+    void dragThreshold();
+    void drops_data();
+    void drops();
+    void dropOntoItself_data();
+    void dropOntoItself();
+    void dropOntoAnotherDocumentIsReported();
+
+private:
+    std::unique_ptr<ScopedLog> m_log;
+    std::unique_ptr<TestDocument> m_doc;
+    Node *entry(const QString &label) { return FindEntry(m_doc->nodes(), label); }
+    Node *root() { return m_doc->nodes().Item(1)->Root(); }
+    void select(const QString &label) {
+        if (!label.isEmpty()) {
+            NodeSelect(&m_doc->doc, entry(label));
+        }
+    }
+    void checkTreeWhole() {
+        QCOMPARE(TreeProblemsAfterRenumbering(m_doc->nodes()), QStringList());
+        QCOMPARE(g_iActionDepth, 0);
+        QVERIFY(m_doc->nodes().Visible());
+        QVERIFY(m_doc->pane->Visible());
+        QVERIFY(!QGuiApplication::overrideCursor());
+    }
+};
+
+void TestOutline::init() {
+    m_log = std::make_unique<ScopedLog>();
+    g_iActionDepth = 0;
+    g_bDocTransfer = false;
+    g_nodCopied.reset();
+    m_doc = std::make_unique<TestDocument>();
+    BuildOutline(m_doc->doc, QString::fromLatin1(kSample));
+    NodeSelect(&m_doc->doc, root());
+    m_doc->doc.m_bDataChanged = false;
+}
+
+void TestOutline::cleanup() {
+    g_nodCopied.reset();
+    g_nodCurrent.reset();
+    modDrag::ResetDraggingFlags();
+    m_doc.reset();
+    Documents::SetActive(nullptr);
+    m_log.reset();
+}
+
+// ---- Inserts -------------------------------------------------------------------------------
+
+void TestOutline::inserts_data() {
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<QString>("expected");
+    addRows({
+        {"above root", "above", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
+        {"below root", "below", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
+        {"child of root", "child", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
+        {"above a2", "above", "a2", "root(a(a1 New Entry a2) b(b1(b11)) c)"},
+        {"below a", "below", "a", "root(a(a1 a2) New Entry b(b1(b11)) c)"},
+        {"child of b1", "child", "b1", "root(a(a1 a2) b(b1(b11 New Entry)) c)"},
+    });
+}
+
+void TestOutline::inserts() {
+    QFETCH(QString, command);
+    QFETCH(QString, selected);
+    select(selected);
+    commands().at(command)();
+    QTEST(TreeShape(root()), "expected");
+    Node *made = m_doc->nodes().SelectedItem();
+    QCOMPARE(made->Text(), QStringLiteral("New Entry"));
+    QVERIFY(made->Key().isEmpty());
+    QCOMPARE(m_doc->view.labelEdits, std::vector<Node *>{made});
+    QVERIFY(m_doc->doc.m_bDataChanged);
+    checkTreeWhole();
+}
+
+// ---- Deletes -------------------------------------------------------------------------------
+
+void TestOutline::deleteEntry_data() {
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<QString>("answer");
+    QTest::addColumn<QString>("expected");
+    QTest::addColumn<QString>("selectedAfter");
+    addRows({
+        {"previous sibling before next", "b", "yes", "root(a(a1 a2) c)", "a"},
+        {"first takes next", "a1", "yes", "root(a(a2) b(b1(b11)) c)", "a2"},
+        {"only child takes parent", "b11", "yes", "root(a(a1 a2) b(b1) c)", "b1"},
+        {"no", "b", "no", "root(a(a1 a2) b(b1(b11)) c)", "b"},
+        {"cancel", "b", "cancel", "root(a(a1 a2) b(b1(b11)) c)", "b"},
+    });
+}
+
+void TestOutline::deleteEntry() {
+    QFETCH(QString, selected);
+    QFETCH(QString, answer);
+    Questions q;
+    q.answer = answerOf(answer);
+    select(selected);
+    OutlineDelete();
+    QCOMPARE(q.texts, QStringList{"Do you really want to delete the entry '" + selected + "'?"});
+    QCOMPARE(q.buttons, QList<int>{modMain::vbYesNoCancel});
+    QCOMPARE(q.icons, QList<int>{modMain::vbQuestion});
+    QTEST(TreeShape(root()), "expected");
+    QTEST(m_doc->nodes().SelectedItem()->Text(), "selectedAfter");
+    QVERIFY(m_doc->doc.m_bDataChanged); // also when answered No
+    if (selected == QLatin1String("b11") && answer == QLatin1String("yes")) {
+        QVERIFY(!entry("b1")->Expanded()); // a parent left without children is collapsed
+    }
+    checkTreeWhole();
+}
+
+void TestOutline::deleteTagged_data() {
+    QTest::addColumn<QString>("tags");
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<QString>("answer");
+    QTest::addColumn<QString>("expected");
+    QTest::addColumn<QString>("selectedAfter");
+    addRows({
+        {"nested, selection inside", "b b11 a2", "b11", "yes", "root(a(a1) c)", "root"},
+        {"selection survives", "a1 c", "b1", "yes", "root(a(a2) b(b1(b11)))", "b1"},
+        {"selection deep inside", "b1", "b11", "yes", "root(a(a1 a2) b c)", "b"},
+        {"tagged root stays", "root a", "a1", "yes", "root(b(b1(b11)) c)", "root"},
+        {"no", "b b11", "a", "no", "root(a(a1 a2) b(b1(b11)) c)", "a"},
+        {"cancel", "b", "a", "cancel", "root(a(a1 a2) b(b1(b11)) c)", "a"},
+    });
+}
+
+void TestOutline::deleteTagged() {
+    QFETCH(QString, tags);
+    QFETCH(QString, selected);
+    QFETCH(QString, answer);
+    for (const QString &t : tags.split(QLatin1Char(' '))) {
+        NodeTagOn(entry(t));
+    }
+    Questions q;
+    q.answer = answerOf(answer);
+    select(selected);
+    OutlineDeleteTaggedEntries();
+    QCOMPARE(
+        q.texts,
+        QStringList{"Do you really want to delete the tagged entries, including any children?"});
+    QCOMPARE(q.icons, QList<int>{modMain::vbQuestion});
+    QVERIFY(q.busyWhileAsked);
+    QTEST(TreeShape(root()), "expected");
+    QTEST(m_doc->nodes().SelectedItem()->Text(), "selectedAfter");
+    QVERIFY(m_doc->doc.m_bDataChanged);
+    checkTreeWhole();
+}
+
+// ---- Tags, copy and paste ------------------------------------------------------------------
+
+void TestOutline::tagging() {
+    OutlineTaggedEntry(); // the root
+    QVERIFY(!NodeTagged(root()));
+    QVERIFY(m_doc->doc.m_bDataChanged);
+    select(QStringLiteral("b"));
+    const int refreshes = m_doc->view.menuRefreshes;
+    OutlineTaggedEntry();
+    QVERIFY(NodeTagged(entry("b")));
+    QVERIFY(!NodeTagged(entry("b1"))); // tags are per entry
+    QCOMPARE(m_doc->view.menuRefreshes, refreshes + 1);
+    OutlineTaggedEntry();
+    QVERIFY(!NodeTagged(entry("b")));
+}
+
+void TestOutline::paste_data() {
+    QTest::addColumn<QString>("copied");
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<QString>("how");
+    QTest::addColumn<QString>("expected");
+    addRows({
+        {"after selection", "b1", "a1", "paste", "root(a(a1 b1(b11) a2) b(b1(b11)) c)"},
+        {"root selected: first", "c", "root", "paste", "root(c a(a1 a2) b(b1(b11)) c)"},
+        {"root's first: last", "a", "root", "paste", "root(a(a1 a2) b(b1(b11)) c a(a1 a2))"},
+        {"move after selection", "b1", "a1", "move", "root(a(a1 b1(b11) a2) b c)"},
+        {"move to root's first", "c", "root", "move", "root(c a(a1 a2) b(b1(b11)))"},
+    });
+}
+
+void TestOutline::paste() {
+    QFETCH(QString, copied);
+    QFETCH(QString, selected);
+    QFETCH(QString, how);
+    const bool andDelete = how == QLatin1String("move");
+    select(copied);
+    OutlineCopy();
+    QVERIFY(!m_doc->doc.m_bDataChanged);
+    QCOMPARE(g_nodCopied.get(), entry(copied));
+    select(selected);
+    andDelete ? OutlinePasteAndDelete() : OutlinePaste();
+    QTEST(TreeShape(root()), "expected");
+    QCOMPARE(m_doc->nodes().SelectedItem()->Text(), copied);
+    QVERIFY(m_doc->doc.m_bDataChanged);
+    QCOMPARE(bool(g_nodCopied), !andDelete);
+    checkTreeWhole();
+    if (andDelete) { // a second time does nothing
+        const QString before = TreeShape(root());
+        OutlinePasteAndDelete();
+        QCOMPARE(TreeShape(root()), before);
+    }
+}
+
+void TestOutline::pasteRemovedOrMovedEntryDoesNothing() {
+    // The copied entry is the live one: later edits are pasted.
+    select(QStringLiteral("a2"));
+    OutlineCopy();
+    entry("a2")->setText(QStringLiteral("edited"));
+    select(QStringLiteral("c"));
+    OutlinePaste();
+    QCOMPARE(TreeShape(root()), QStringLiteral("root(a(a1 edited) b(b1(b11)) c edited)"));
+    // Once removed it counts as nothing.
+    Questions q;
+    q.answer = modMain::vbYes;
+    select(QStringLiteral("a"));
+    OutlineCopy();
+    OutlineDelete();
+    QVERIFY(!g_nodCopied);
+    const QString before = TreeShape(root());
+    OutlinePaste();
+    OutlinePasteAndDelete();
+    QCOMPARE(TreeShape(root()), before);
+    // A move replaces the entry by a copy, so the copied reference no longer points into the tree.
+    select(QStringLiteral("b"));
+    OutlineCopy();
+    OutlineMoveDown();
+    QVERIFY(!g_nodCopied);
+    checkTreeWhole();
+}
+
+void TestOutline::pasteTaggedEntries() {
+    NodeTagOn(entry("b"));
+    NodeTagOn(entry("b11")); // inside b: goes with it
+    NodeTagOn(entry("a1"));
+    select(QStringLiteral("c"));
+    OutlinePasteTaggedEntries();
+    // Collection order: a1 was added before b.
+    QCOMPARE(TreeShapeTagged(root()),
+             QStringLiteral("root(a(a1* a2) b*(b1(b11*)) c a1* b*(b1(b11*)))"));
+    QVERIFY(m_doc->doc.m_bDataChanged);
+    checkTreeWhole();
+}
+
+// ---- Moves ---------------------------------------------------------------------------------
+
+void TestOutline::moves_data() {
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<QString>("expected");
+    const char *same = "root(a(a1 a2) b(b1(b11)) c)";
+    addRows({
+        {"up before previous", "up", "b", "root(b(b1(b11)) a(a1 a2) c)"},
+        {"up first of root's first: its last", "up", "a1", "root(a(a2 a1) b(b1(b11)) c)"},
+        {"up first: end of parent's previous", "up", "b1", "root(a(a1 a2 b1(b11)) b c)"},
+        {"up climbs two levels", "up", "b11", "root(a(a1 a2 b11) b(b1) c)"},
+        {"up first child of root", "up", "a", same},
+        {"up root", "up", "root", same},
+        {"down after next", "down", "a1", "root(a(a2 a1) b(b1(b11)) c)"},
+        {"down into next parent, first", "down", "a2", "root(a(a1) b(a2 b1(b11)) c)"},
+        {"down into empty next parent", "down", "b1", "root(a(a1 a2) b c(b1(b11)))"},
+        {"down last of a last parent", "down", "b11", same},
+        {"down last of root", "down", "c", same},
+        {"first", "first", "c", "root(c a(a1 a2) b(b1(b11)))"},
+        {"first already", "first", "a1", same},
+        {"last", "last", "a", "root(b(b1(b11)) c a(a1 a2))"},
+        {"indent", "indent", "b", "root(a(a1 a2 b(b1(b11))) c)"},
+        {"indent first child", "indent", "a1", same},
+        {"unindent keeps later siblings", "unindent", "a1", "root(a(a2) a1 b(b1(b11)) c)"},
+        {"unindent deep", "unindent", "b11", "root(a(a1 a2) b(b1 b11) c)"},
+        {"unindent child of root", "unindent", "a", same},
+    });
+}
+
+void TestOutline::moves() {
+    QFETCH(QString, command);
+    QFETCH(QString, selected);
+    QFETCH(QString, expected);
+    select(selected);
+    Node *before = entry(selected);
+    commands().at(command)();
+    QCOMPARE(TreeShape(root()), expected);
+    QVERIFY(m_doc->doc.m_bDataChanged); // also when nothing moved
+    Node *now = m_doc->nodes().SelectedItem();
+    QCOMPARE(now->Text(), selected);
+    if (expected != kSampleShape) {
+        QVERIFY(now != before || selected == QLatin1String("root"));
+        QVERIFY(now->Key().isEmpty()); // copies are keyed at the next renumbering
+    }
+    checkTreeWhole();
+}
+
+void TestOutline::movesCarryTextsTagsAndExpansion() {
+    Node *b = entry("b");
+    b->setTag(QByteArray("stored b"));
+    b->setExpanded(false);
+    NodeTagOn(entry("b11"));
+    entry("b11")->setTag(QByteArray("stored b11"));
+    select(QStringLiteral("b"));
+    OutlineMoveUp();
+    OutlineMoveDown();
+    OutlineMoveDown();
+    QCOMPARE(TreeShapeTagged(root()), QStringLiteral("root(a(a1 a2) c b(b1(b11*)))"));
+    QCOMPARE(entry("b")->Tag(), QByteArray("stored b"));
+    QCOMPARE(entry("b11")->Tag(), QByteArray("stored b11"));
+    QVERIFY(!entry("b")->Expanded());
+    // The children of the parent moved into are re-created in order, with their texts, tags
+    // and expansion.
+    select(QStringLiteral("c"));
+    OutlineMoveDown();
+    entry("b1")->setExpanded(false);
+    select(QStringLiteral("a2"));
+    OutlineMoveDown();
+    QCOMPARE(TreeShapeTagged(root()), QStringLiteral("root(a(a1) b(a2 b1(b11*)) c)"));
+    QCOMPARE(entry("b11")->Tag(), QByteArray("stored b11"));
+    QVERIFY(!entry("b1")->Expanded());
+    QCOMPARE(m_doc->nodes().SelectedItem(), entry("a2"));
+    checkTreeWhole();
+}
+
+void TestOutline::nothingWithoutActiveDocument() {
+    select(QStringLiteral("b"));
+    Documents::SetActive(nullptr);
+    for (const auto &[name, command] : commands()) {
+        command();
+    }
+    OutlineSortAll();
+    OutlineExpandAll();
+    QCOMPARE(TreeShape(root()), kSampleShape);
+    QVERIFY(!m_doc->doc.m_bDataChanged);
+    Documents::SetActive(&m_doc->doc);
+    // With no one to answer, a question is cancelled.
+    OutlineDelete();
+    QCOMPARE(TreeShape(root()), kSampleShape);
+}
+
+// ---- Sorting and expansion -----------------------------------------------------------------
+
+void TestOutline::sorting() {
+    m_doc->nodes().Clear();
+    BuildOutline(m_doc->doc, QStringLiteral("root\n  delta\n    Zed\n    apple\n  Beta\n  "
+                                            "alpha\n    c2\n    C1\n"));
+    NodeSelect(&m_doc->doc, entry("alpha"));
+    OutlineSortCurrent(); // the selected entry's children, only
+    QCOMPARE(TreeShape(root()), QStringLiteral("root(delta(Zed apple) Beta alpha(C1 c2))"));
+    OutlineSortAll();
+    QCOMPARE(TreeShape(root()), QStringLiteral("root(alpha(C1 c2) Beta delta(apple Zed))"));
+    for (Node *n : m_doc->nodes()) {
+        QVERIFY(!n->Sorted());
+    }
+    QVERIFY(!m_doc->nodes().Sorted());
+    // Sorting is not kept: a new entry stays where it is put.
+    select(QStringLiteral("alpha"));
+    OutlineInsertAbove();
+    QCOMPARE(TreeShape(root()),
+             QStringLiteral("root(New Entry alpha(C1 c2) Beta delta(apple Zed))"));
+    QVERIFY(m_doc->doc.m_bDataChanged);
+    checkTreeWhole();
+}
+
+void TestOutline::expansion() {
+    auto expanded = [&] {
+        QStringList out;
+        for (Node *n : m_doc->nodes()) {
+            if (n->Expanded()) {
+                out << n->Text();
+            }
+        }
+        return out.join(QLatin1Char(' '));
+    };
+    select(QStringLiteral("b1"));
+    OutlineCollapseAll();
+    QCOMPARE(expanded(), QString());
+    QCOMPARE(m_doc->nodes().SelectedItem(), root());
+    QCOMPARE(m_doc->doc.m_iExpansionLevel, 1);
+    OutlineExpandToLevel(2);
+    QCOMPARE(expanded(), QStringLiteral("root"));
+    QCOMPARE(m_doc->doc.m_iExpansionLevel, 2);
+    OutlineExpandToLevel(3);
+    QCOMPARE(expanded(), QStringLiteral("root a b"));
+    OutlineExpandAll();
+    QCOMPARE(expanded(), QStringLiteral("root a b b1"));
+    QCOMPARE(m_doc->doc.m_iExpansionLevel, -1);
+    OutlineExpandToLevel(1);
+    QCOMPARE(expanded(), QStringLiteral("a b b1")); // collapsed subtrees keep their state
+    QCOMPARE(m_doc->doc.m_iExpansionLevel, 1);
+    select(QStringLiteral("c"));
+    OutlineExpand(); // a leaf, as the command asks
+    OutlineCollapse();
+    select(QStringLiteral("a"));
+    OutlineCollapse();
+    // (selecting an entry shows it, which expands the root again)
+    QCOMPARE(expanded(), QStringLiteral("root b b1"));
+    QCOMPARE(m_doc->doc.m_iExpansionLevel, 1); // single entries leave the level alone
+    QVERIFY(m_doc->view.menuRefreshes > 0);
+    // With an empty tree the level is still recorded.
+    m_doc->nodes().Clear();
+    OutlineExpandToLevel(4);
+    QCOMPARE(m_doc->doc.m_iExpansionLevel, 4);
+    QCOMPARE(g_iActionDepth, 0);
+}
+
+// ---- Dragging ------------------------------------------------------------------------------
+
+void TestOutline::dropRules_data() {
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<QString>("permitted"); // p(revious) n(ext) c(hild)
+    addRows({
+        {"plain", "a1", "c", "pnc"},
+        {"onto root", "a1", "root", "c"},
+        {"root's first onto root", "a", "root", "c"},
+        {"target's next is source", "b", "a", "pc"},
+        {"target's previous is source", "a", "b", "nc"},
+        {"onto parent of first child", "a1", "a", ""},
+        {"onto parent of second child", "a2", "a", "pnc"},
+        {"into own subtree", "b", "b11", ""},
+    });
+}
+
+void TestOutline::dropRules() {
+    QFETCH(QString, source);
+    QFETCH(QString, target);
+    QFETCH(QString, permitted);
+    const modDrag::DropPlacements p = modDrag::PermittedPlacements(entry(source), entry(target));
+    QString got;
+    got += p.previous ? "p" : "";
+    got += p.next ? "n" : "";
+    got += p.child ? "c" : "";
+    QCOMPARE(got, permitted);
+    // The pointer shows the same thing as the drop decides, but for the siblings' own places.
+    QCOMPARE(modDrag::DropValid(entry(source), entry(target), false),
+             !modDrag::InSubtreeOf(entry(target), entry(source)));
+    const modDrag::ConfirmMenu menu = modDrag::ConfirmMenuFor(p);
+    QCOMPARE(menu.copyPrevious && menu.movePrevious, p.previous);
+    QCOMPARE(menu.copyChild || menu.moveChild, p.child);
+    QVERIFY(!menu.indentLeft && !menu.indentRight);
+}
+
+void TestOutline::dragThreshold_data() {
+    QTest::addColumn<double>("dpi");
+    QTest::addColumn<QPointF>("move");
+    QTest::addColumn<bool>("starts");
+    // 100 twips are 6.94 pixels at 100 DPI, 10 at 144 DPI.
+    QTest::newRow("inside at 144") << 144.0 << QPointF(10, -10) << false;
+    QTest::newRow("right at 144") << 144.0 << QPointF(10.5, 0) << true;
+    QTest::newRow("up at 144") << 144.0 << QPointF(0, -11) << true;
+    QTest::newRow("inside at 96") << 96.0 << QPointF(6.6, 6.6) << false;
+    QTest::newRow("beyond at 96") << 96.0 << QPointF(-6.7, 0) << true;
+}
+
+void TestOutline::dragThreshold() {
+    QFETCH(double, dpi);
+    QFETCH(QPointF, move);
+    const QPointF press(50, 50);
+    QTEST(modDrag::DragThresholdPassed(press, press + move, dpi, dpi), "starts");
+}
+
+void TestOutline::drops_data() {
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<QString>("how"); // left, left+ctrl, or the right button's popup choice
+    QTest::addColumn<QString>("expected");
+    const char *same = "root(a(a1 a2) b(b1(b11)) c)";
+    addRows({
+        {"left: after", "a1", "c", "left", "root(a(a2) b(b1(b11)) c a1)"},
+        {"left+ctrl: copy after", "a1", "c", "left+ctrl", "root(a(a1 a2) b(b1(b11)) c a1)"},
+        {"left: next is source, before", "b", "a", "left", "root(b(b1(b11)) a(a1 a2) c)"},
+        {"left: onto root, first", "c", "root", "left", "root(c a(a1 a2) b(b1(b11)))"},
+        {"left: root's first onto root", "a", "root", "left", "root(b(b1(b11)) c a(a1 a2))"},
+        {"left: parent of first child", "a1", "a", "left", same},
+        {"left: own descendant", "b", "b11", "left", same},
+        {"right: copy child", "c", "a1", "CopyChild", "root(a(a1(c) a2) b(b1(b11)) c)"},
+        {"right: move previous", "c", "a1", "MovePrevious", "root(a(c a1 a2) b(b1(b11)))"},
+        {"right: copy next", "b1", "a2", "CopyNext", "root(a(a1 a2 b1(b11)) b(b1(b11)) c)"},
+        {"right: move next", "a1", "b", "MoveNext", "root(a(a2) b(b1(b11)) a1 c)"},
+        {"right: cancel", "c", "a1", "Cancel", same},
+    });
+}
+
+void TestOutline::drops() {
+    QFETCH(QString, source);
+    QFETCH(QString, target);
+    QFETCH(QString, how);
+    static const std::map<QString, modDrag::ConfirmChoice> choices{
+        {"CopyChild", modDrag::ConfirmChoice::CopyChild},
+        {"CopyNext", modDrag::ConfirmChoice::CopyNext},
+        {"MovePrevious", modDrag::ConfirmChoice::MovePrevious},
+        {"MoveNext", modDrag::ConfirmChoice::MoveNext},
+        {"Cancel", modDrag::ConfirmChoice::Cancel}};
+    const bool left = how.startsWith(QLatin1String("left"));
+    const int button = left ? modDrag::kLeftButton : modDrag::kRightButton;
+    QList<modDrag::ConfirmMenu> shown;
+    modDrag::SetConfirmPopup([&](const modDrag::ConfirmMenu &menu) {
+        shown << menu;
+        modDrag::Confirm(choices.at(how));
+    });
+    Node *src = entry(source);
+    modDrag::DragPress(&m_doc->doc, src, button);
+    QCOMPARE(m_doc->nodes().SelectedItem(), src);
+    // Ctrl counts when the drag starts; the popup's choice overrides it.
+    QVERIFY(modDrag::DragStart(entry(target), true, how.endsWith(QLatin1String("ctrl")) || !left,
+                               button));
+    modDrag::DragDrop(&m_doc->doc, entry(target));
+    modDrag::SetConfirmPopup({});
+    QTEST(TreeShape(root()), "expected");
+    QCOMPARE(shown.size(), left ? 0 : 1);
+    QVERIFY(!modDrag::g_nodDragSource);
+    QVERIFY(!m_doc->doc.m_bDataChanged); // drops that copy or move leave the mark alone
+    checkTreeWhole();
+}
+
+void TestOutline::dropOntoItself_data() {
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("how"); // button and direction (pointer moved / popup choice)
+    QTest::addColumn<QString>("expected");
+    const char *same = "root(a(a1 a2) b(b1(b11)) c)";
+    addRows({
+        {"left: indent", "b", "left right", "root(a(a1 a2 b(b1(b11))) c)"},
+        {"left: unindent", "a2", "left left", "root(a(a1) a2 b(b1(b11)) c)"},
+        {"left: indent not permitted", "a1", "left right", same},
+        {"left: unindent under root", "b", "left left", same},
+        {"left: root", "root", "left right", same},
+        {"right: indent", "a2", "right right", "root(a(a1(a2)) b(b1(b11)) c)"},
+        {"right: unindent", "b11", "right left", "root(a(a1 a2) b(b1 b11) c)"},
+    });
+}
+
+void TestOutline::dropOntoItself() {
+    QFETCH(QString, source);
+    QFETCH(QString, how);
+    QFETCH(QString, expected);
+    const int button =
+        how.startsWith(QLatin1String("left")) ? modDrag::kLeftButton : modDrag::kRightButton;
+    const bool right = how.endsWith(QLatin1String("right"));
+    const bool changed = expected != TreeShape(root()); // marked only when the entry moved
+    QList<modDrag::ConfirmMenu> shown;
+    modDrag::SetConfirmPopup([&](const modDrag::ConfirmMenu &menu) {
+        shown << menu;
+        modDrag::Confirm(right ? modDrag::ConfirmChoice::IndentRight
+                               : modDrag::ConfirmChoice::IndentLeft);
+    });
+    Node *src = entry(source);
+    modDrag::g_bDragCopy = true; // a drop onto itself never copies
+    modDrag::DragPress(&m_doc->doc, src, button);
+    // Over the source the pointer shows whether the direction is permitted.
+    const modDrag::IndentPermissions p = modDrag::PermittedIndents(src);
+    QCOMPARE(modDrag::DropValid(src, src, right), right ? p.right : p.left);
+    QVERIFY(modDrag::DragStart(src, button == modDrag::kLeftButton && right, true, button));
+    modDrag::DragDrop(&m_doc->doc, src);
+    modDrag::SetConfirmPopup({});
+    QCOMPARE(TreeShape(root()), expected);
+    QCOMPARE(m_doc->doc.m_bDataChanged, changed);
+    QVERIFY(!modDrag::g_bDragCopy);
+    if (button == modDrag::kRightButton) {
+        QCOMPARE(shown.size(), 1);
+        QCOMPARE(shown[0], modDrag::ConfirmMenuFor(p));
+    }
+    checkTreeWhole();
+}
+
+void TestOutline::dropOntoAnotherDocumentIsReported() {
+    TestDocument other(false);
+    BuildOutline(other.doc, QStringLiteral("root\n  x\n"));
+    modDrag::DragPress(&m_doc->doc, entry("b"), modDrag::kLeftButton);
+    modDrag::DragStart(nullptr, true, false, modDrag::kLeftButton);
+    modDrag::DragDrop(&m_doc->doc, FindEntry(other.nodes(), QStringLiteral("x")));
+    QCOMPARE(TreeShape(root()), kSampleShape); // nothing copied, nothing removed
+    QCOMPARE(TreeShape(other.nodes().Item(1)), QStringLiteral("root(x)"));
+    QVERIFY(m_log->content().contains(QStringLiteral("Error 5 - ")));
+    QVERIFY(!modDrag::g_nodDragSource);
+    checkTreeWhole();
+}
+
+QTEST_MAIN(TestOutline)
+#include "tst_outline.moc"
