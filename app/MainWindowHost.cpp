@@ -11,6 +11,7 @@ namespace {
 MainWindowHost *g_frmMain = nullptr;
 QList<MsgBoxResult> g_answers;
 QStringList g_asked;
+MsgBoxHandler g_handler;
 } // namespace
 
 void SetMainWindow(MainWindowHost *host) {
@@ -29,6 +30,9 @@ MsgBoxResult MsgBox(const QString &text, MsgBoxButtons buttons, MsgBoxIcon icon)
     if (!g_answers.isEmpty()) {
         return g_answers.takeFirst();
     }
+    if (g_handler) {
+        return MsgBoxResult(g_handler(text, buttons, icon));
+    }
     if (g_frmMain) {
         return g_frmMain->ShowMessage(text, buttons, icon);
     }
@@ -37,6 +41,10 @@ MsgBoxResult MsgBox(const QString &text, MsgBoxButtons buttons, MsgBoxIcon icon)
 
 void PushMsgBoxAnswer(MsgBoxResult answer) {
     g_answers.append(answer);
+}
+
+void SetMsgBoxHandler(MsgBoxHandler handler) {
+    g_handler = std::move(handler);
 }
 
 void ClearMsgBoxAnswers() {

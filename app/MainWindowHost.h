@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QRect>
 #include <QString>
 
@@ -64,6 +66,10 @@ MainWindowHost *MainWindow();
 MsgBoxResult MsgBox(const QString &text, MsgBoxButtons buttons = vbOKOnly,
                     MsgBoxIcon icon = vbNoIcon);
 void PushMsgBoxAnswer(MsgBoxResult answer);
+// A function that answers every question instead of the main window (tests, tools); an empty one
+// removes it. Queued answers come first.
+using MsgBoxHandler = std::function<int(const QString &text, int buttons, int icon)>;
+void SetMsgBoxHandler(MsgBoxHandler handler);
 void ClearMsgBoxAnswers();
 // The texts asked since the last ClearMsgBoxAnswers (the latest 100), oldest first.
 QStringList AskedMessages();

@@ -1,6 +1,6 @@
 // Speed of the outline commands on large outlines: moving an entry that carries a big subtree,
 // sorting everything, deleting many tagged entries, expanding and collapsing everything.
-#include "app/modMessage.h"
+#include "app/MainWindowHost.h"
 #include "document/Document.h"
 #include "editor/TextPane.h"
 #include "outline/modNodes.h"

@@ -2,7 +2,7 @@
 // tags, moves with their climbing rules, indent and unindent, sorting once, expansion levels,
 // the drop rules and drops with each placement.
 #include "app/modMain.h"
-#include "app/modMessage.h"
+#include "app/MainWindowHost.h"
 #include "document/Document.h"
 #include "outline/modDrag.h"
 #include "outline/modNodes.h"
