@@ -1,0 +1,457 @@
+// The rich-text buffer: positions and plain text, selection attributes (uniform and mixed), Find,
+// signals, fonts, and the round trip through RTF.
+#include "editor/RichTextBuffer.h"
+#include "editor/RtfReader.h"
+#include "editor/RtfWriter.h"
+#include "editor/clsFont.h"
+
+#include <QSignalSpy>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextList>
+#include <QTextTable>
+#include <QtTest>
+
+#include <functional>
+
+namespace {
+
+using Build = std::function<void(RichTextBuffer &)>;
+
+void setText(RichTextBuffer &b, const QString &text) {
+    b.Select(0, 1 << 30);
+    b.SetSelText(text);
+}
+
+void select(RichTextBuffer &b, int start, int length) {
+    b.SetSelStart(start);
+    b.SetSelLength(length);
+}
+
+// A buffer with "Alpha beta\r\nGamma delta\r\nend" and one attribute on "beta\r\nGamma".
+void formatted(RichTextBuffer &b, const std::function<void(RichTextBuffer &)> &set) {
+    b.SetFont(QFont(QStringLiteral("Arial"), 10));
+    setText(b, "Alpha beta\r\nGamma delta\r\nend");
+    select(b, 6, 10);
+    set(b);
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Build)
+
+class TestRichTextBuffer : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void positionsAndPlainText_data();
+    void positionsAndPlainText();
+    void selTextReplaces_data();
+    void selTextReplaces();
+    void characterAttributes_data();
+    void characterAttributes();
+    void paragraphAttributes();
+    void find_data();
+    void find();
+    void changeSignals();
+    void fonts();
+    void roundTrip_data();
+    void roundTrip();
+    void selRtf();
+    void plainTextAsRtf();
+};
+
+void TestRichTextBuffer::positionsAndPlainText_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("length");
+    QTest::addColumn<QString>("selected");
+    QTest::newRow("first paragraph") << "ab\r\ncd" << 0 << 2 << "ab";
+    QTest::newRow("break counts one") << "ab\r\ncd" << 1 << 3 << "b\r\nc";
+    QTest::newRow("after the break") << "ab\r\ncd" << 3 << 2 << "cd";
+    QTest::newRow("empty paragraphs") << "a\r\n\r\n\r\nb" << 1 << 4 << "\r\n\r\n\r\nb";
+    QTest::newRow("lone LF and CR are breaks") << "a\nb\rc" << 2 << 3 << "b\r\nc";
+    QTest::newRow("line break is one") << "a\vb" << 0 << 3 << "a\vb";
+    QTest::newRow("length clamped") << "abc" << 1 << 99 << "bc";
+    QTest::newRow("start clamped") << "abc" << 99 << 5 << "";
+}
+
+void TestRichTextBuffer::positionsAndPlainText() {
+    QFETCH(QString, text);
+    QFETCH(int, start);
+    QFETCH(int, length);
+    QFETCH(QString, selected);
+    RichTextBuffer b;
+    setText(b, text);
+    QString normal = text;
+    normal.replace("\r\n", "\n").replace('\r', '\n').replace("\n", "\r\n");
+    QCOMPARE(b.Text(), normal);
+    select(b, start, length);
+    QCOMPARE(b.SelText(), selected);
+    // Positions count a break once: the plain text minus one per break.
+    QCOMPARE(b.SelLength(), selected.size() - selected.count("\r\n"));
+    QVERIFY(b.SelStart() <= normal.size() - normal.count("\r\n"));
+}
+
+void TestRichTextBuffer::selTextReplaces_data() {
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("length");
+    QTest::addColumn<QString>("insert");
+    QTest::addColumn<QString>("result");
+    QTest::addColumn<int>("caret");
+    QTest::newRow("insert at start") << 0 << 0 << "X"
+                                     << "X12\r\n34" << 1;
+    QTest::newRow("replace across break") << 1 << 3 << "Y"
+                                          << "1Y4" << 2;
+    QTest::newRow("insert a break") << 2 << 0 << "a\r\nb"
+                                    << "12a\r\nb\r\n34" << 5;
+    QTest::newRow("delete") << 0 << 3 << ""
+                            << "34" << 0;
+    QTest::newRow("append") << 5 << 0 << "\r\n"
+                            << "12\r\n34\r\n"
+                            << 6;
+}
+
+void TestRichTextBuffer::selTextReplaces() {
+    QFETCH(int, start);
+    QFETCH(int, length);
+    QFETCH(QString, insert);
+    QFETCH(QString, result);
+    QFETCH(int, caret);
+    RichTextBuffer b;
+    setText(b, "12\r\n34");
+    select(b, start, length);
+    b.SetSelText(insert);
+    QCOMPARE(b.Text(), result);
+    QCOMPARE(b.SelStart(), caret);
+    QCOMPARE(b.SelLength(), 0);
+}
+
+void TestRichTextBuffer::characterAttributes_data() {
+    QTest::addColumn<Build>("set");
+    QTest::addColumn<Build>("check"); // QVERIFYs inside; run on the changed, plain and mixed parts
+    auto boolCase = [](const char *name, std::function<void(RichTextBuffer &, bool)> set,
+                       std::function<std::optional<bool>(const RichTextBuffer &)> get) {
+        QTest::newRow(name) << Build([set](RichTextBuffer &b) { set(b, true); })
+                            << Build([get](RichTextBuffer &b) {
+                                   select(b, 7, 3);
+                                   QCOMPARE(get(b), std::optional<bool>(true));
+                                   select(b, 0, 5);
+                                   QCOMPARE(get(b), std::optional<bool>(false));
+                                   select(b, 2, 8);
+                                   QCOMPARE(get(b), std::nullopt);
+                                   select(b, 8, 0); // typing format inside the run
+                                   QCOMPARE(get(b), std::optional<bool>(true));
+                               });
+    };
+    boolCase("bold", &RichTextBuffer::SetSelBold, &RichTextBuffer::SelBold);
+    boolCase("italic", &RichTextBuffer::SetSelItalic, &RichTextBuffer::SelItalic);
+    boolCase("underline", &RichTextBuffer::SetSelUnderline, &RichTextBuffer::SelUnderline);
+    boolCase("strike", &RichTextBuffer::SetSelStrikeThru, &RichTextBuffer::SelStrikeThru);
+    QTest::newRow("font name") << Build([](RichTextBuffer &b) {
+        b.SetSelFontName("Courier New");
+    }) << Build([](RichTextBuffer &b) {
+        select(b, 7, 3);
+        QCOMPARE(b.SelFontName(), std::optional<QString>("Courier New"));
+        select(b, 0, 5);
+        QCOMPARE(b.SelFontName(), std::optional<QString>("Arial"));
+        select(b, 2, 8);
+        QCOMPARE(b.SelFontName(), std::nullopt);
+    });
+    QTest::newRow("font size rounds to half points")
+        << Build([](RichTextBuffer &b) { b.SetSelFontSize(10.3); }) << Build([](RichTextBuffer &b) {
+               select(b, 7, 3);
+               QCOMPARE(b.SelFontSize(), std::optional<double>(10.5));
+               select(b, 0, 5);
+               QCOMPARE(b.SelFontSize(), std::optional<double>(10.0));
+               select(b, 2, 8);
+               QCOMPARE(b.SelFontSize(), std::nullopt);
+           });
+    QTest::newRow("colour") << Build([](RichTextBuffer &b) { b.SetSelColor(QColor(200, 0, 0)); })
+                            << Build([](RichTextBuffer &b) {
+                                   select(b, 7, 3);
+                                   QCOMPARE(b.SelColor(), std::optional<QColor>(QColor(200, 0, 0)));
+                                   select(b, 0, 5);
+                                   QCOMPARE(b.SelColor(), std::optional<QColor>(Qt::black));
+                                   select(b, 2, 8);
+                                   QCOMPARE(b.SelColor(), std::nullopt);
+                               });
+}
+
+void TestRichTextBuffer::characterAttributes() {
+    QFETCH(Build, set);
+    QFETCH(Build, check);
+    RichTextBuffer b;
+    formatted(b, set);
+    check(b);
+    // The same after the text went through RTF.
+    RichTextBuffer copy;
+    copy.SetFont(b.Font());
+    copy.SetTextRTF(b.TextRTF());
+    check(copy);
+    QCOMPARE(copy.TextRTF(), b.TextRTF());
+}
+
+void TestRichTextBuffer::paragraphAttributes() {
+    RichTextBuffer b;
+    setText(b, "one\r\ntwo\r\nthree");
+    select(b, 0, 0);
+    QCOMPARE(b.SelBullet(), std::optional<bool>(false));
+    QCOMPARE(b.SelIndent(), std::optional<int>(0));
+    QCOMPARE(b.SelAlignment(), std::optional<int>(0));
+
+    select(b, 5, 1); // "two"
+    b.SetSelBullet(true);
+    b.SetSelIndent(300);
+    b.SetSelAlignment(2);
+    QCOMPARE(b.SelBullet(), std::optional<bool>(true));
+    QCOMPARE(b.SelIndent(), std::optional<int>(300));
+    QCOMPARE(b.SelAlignment(), std::optional<int>(2));
+
+    // A selection ending right behind a break does not touch the next paragraph.
+    select(b, 0, 4);
+    QCOMPARE(b.SelAlignment(), std::optional<int>(0));
+    select(b, 0, 5);
+    QCOMPARE(b.SelBullet(), std::nullopt);
+    QCOMPARE(b.SelIndent(), std::nullopt);
+    QCOMPARE(b.SelAlignment(), std::nullopt);
+
+    select(b, 0, 100);
+    b.SetSelAlignment(1);
+    QCOMPARE(b.SelAlignment(), std::optional<int>(1));
+    b.SetSelBullet(false);
+    QCOMPARE(b.SelBullet(), std::optional<bool>(false));
+    QCOMPARE(b.Text(), QString("one\r\ntwo\r\nthree"));
+    QVERIFY_THROWS_EXCEPTION(std::exception, b.SetSelAlignment(7));
+}
+
+void TestRichTextBuffer::find_data() {
+    QTest::addColumn<QString>("pattern");
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("end");
+    QTest::addColumn<int>("options");
+    QTest::addColumn<int>("expected");
+    // "The cat scattered\r\nCATS and cat." : T0 ... c4 ... s8 | 17 C18 ... c27
+    QTest::newRow("first match") << "cat" << 0 << -1 << 0 << 4;
+    QTest::newRow("from a start") << "cat" << 5 << -1 << 0 << 9;
+    QTest::newRow("ignores case") << "CAT" << 12 << -1 << 0 << 18;
+    QTest::newRow("match case") << "CAT" << 0 << -1 << 4 << 18;
+    QTest::newRow("match case none") << "Cat" << 0 << -1 << 4 << -1;
+    QTest::newRow("whole word") << "cat" << 5 << -1 << 2 << 27;
+    QTest::newRow("whole word and case") << "CATS" << 0 << -1 << 6 << 18;
+    QTest::newRow("end limits the match") << "cat" << 5 << 11 << 0 << -1;
+    QTest::newRow("end just fits") << "cat" << 5 << 12 << 0 << 9;
+    QTest::newRow("across the break") << "scattered\r\ncats" << 0 << -1 << 0 << 8;
+    QTest::newRow("no highlight") << "and" << 0 << -1 << 8 << 23;
+    QTest::newRow("empty pattern") << "" << 0 << -1 << 0 << -1;
+    QTest::newRow("start past end") << "cat" << 500 << -1 << 0 << -1;
+}
+
+void TestRichTextBuffer::find() {
+    QFETCH(QString, pattern);
+    QFETCH(int, start);
+    QFETCH(int, end);
+    QFETCH(int, options);
+    QFETCH(int, expected);
+    RichTextBuffer b;
+    setText(b, "The cat scattered\r\nCATS and cat.");
+    select(b, 1, 1);
+    QCOMPARE(b.Find(pattern, start, end, options), expected);
+    if (expected >= 0 && !(options & RichTextBuffer::FindNoHighlight)) {
+        QCOMPARE(b.SelStart(), expected);
+        QCOMPARE(b.SelText().toLower(), pattern.toLower());
+    } else {
+        QCOMPARE(b.SelStart(), 1);
+        QCOMPARE(b.SelLength(), 1);
+    }
+}
+
+void TestRichTextBuffer::changeSignals() {
+    RichTextBuffer b;
+    QSignalSpy change(&b, &RichTextBuffer::Change);
+    QSignalSpy sel(&b, &RichTextBuffer::SelChange);
+    setText(b, "abc");
+    QVERIFY(change.count() >= 1);
+    QVERIFY(sel.count() >= 1);
+    sel.clear();
+    b.SetSelStart(1);
+    QCOMPARE(sel.count(), 1);
+    b.SetSelStart(1);
+    QCOMPARE(sel.count(), 1); // unchanged selection: no signal
+    change.clear();
+    select(b, 0, 2);
+    b.SetSelBold(true);
+    QVERIFY(change.count() >= 1);
+
+    // SetTextRTF reports the change exactly once, before it returns.
+    bool loading = true;
+    int seenWhileLoading = 0;
+    connect(&b, &RichTextBuffer::Change, &b, [&] { seenWhileLoading += loading ? 1 : 0; });
+    change.clear();
+    b.SetTextRTF(RtfWriter::write(b.document()));
+    loading = false;
+    QCOMPARE(seenWhileLoading, 1);
+    QCOMPARE(change.count(), 1);
+    QCOMPARE(b.SelStart(), 0);
+}
+
+void TestRichTextBuffer::fonts() {
+    RichTextBuffer b;
+    b.SetFont(QFont(QStringLiteral("Arial"), 10));
+    setText(b, "one two\r\nthree");
+    select(b, 4, 3);
+    b.SetSelFontSize(20);
+    select(b, 2, 5);
+
+    clsFont f;
+    f.setBold(true);
+    f.setUnderline(true);
+    f.setName("Times New Roman");
+    f.SetRTFSelFont(b);
+    QCOMPARE(b.SelStart(), 2);
+    QCOMPARE(b.SelLength(), 5);
+    select(b, 0, 100);
+    QCOMPARE(b.SelBold(), std::optional<bool>(true));
+    QCOMPARE(b.SelUnderline(), std::optional<bool>(true));
+    QCOMPARE(b.SelItalic(), std::optional<bool>(false));
+    QCOMPARE(b.SelFontName(), std::optional<QString>("Times New Roman"));
+    QCOMPARE(b.SelFontSize(), std::nullopt); // no size set: sizes kept
+
+    clsFont g;
+    g.setItalic(true);
+    g.setSize(14);
+    b.ApplyFontToAll(g);
+    select(b, 0, 100);
+    QCOMPARE(b.SelBold(), std::optional<bool>(false));
+    QCOMPARE(b.SelItalic(), std::optional<bool>(true));
+    QCOMPARE(b.SelFontSize(), std::optional<double>(14.0));
+    QCOMPARE(b.SelFontName(), std::optional<QString>("Times New Roman")); // no name set
+    QCOMPARE(b.Font().family(), QString("Arial")); // the base font is not the text's
+}
+
+void TestRichTextBuffer::roundTrip_data() {
+    QTest::addColumn<Build>("build");
+    auto doc = [](const char *name, Build build) { QTest::newRow(name) << build; };
+    doc("empty", [](RichTextBuffer &) {});
+    doc("plain paragraphs", [](RichTextBuffer &b) { setText(b, "one\r\n\r\nthree {x} \\ y"); });
+    doc("code page and unicode", [](RichTextBuffer &b) {
+        setText(b, QString::fromUtf8("caf\u00e9 \u20ac \u03a9 \U0001F4A9\ttab\vline"));
+    });
+    doc("every character attribute", [](RichTextBuffer &b) {
+        setText(b, "a b c d e f g h i");
+        select(b, 0, 1), b.SetSelBold(true);
+        select(b, 2, 1), b.SetSelItalic(true);
+        select(b, 4, 1), b.SetSelUnderline(true);
+        select(b, 6, 1), b.SetSelStrikeThru(true);
+        select(b, 8, 1), b.SetSelFontName("Courier New");
+        select(b, 10, 1), b.SetSelFontSize(18);
+        select(b, 12, 1), b.SetSelColor(QColor(10, 20, 30));
+        QTextCursor c(b.document());
+        c.setPosition(14);
+        c.setPosition(15, QTextCursor::KeepAnchor);
+        QTextCharFormat f;
+        f.setVerticalAlignment(QTextCharFormat::AlignSuperScript);
+        f.setBackground(QColor(255, 255, 0));
+        c.mergeCharFormat(f);
+    });
+    doc("paragraph formats", [](RichTextBuffer &b) {
+        setText(b, "left\r\ncentre\r\nright\r\nindented");
+        select(b, 6, 1), b.SetSelAlignment(2);
+        select(b, 13, 1), b.SetSelAlignment(1);
+        select(b, 19, 1), b.SetSelIndent(720);
+    });
+    doc("bullets and numbers", [](RichTextBuffer &b) {
+        setText(b, "intro\r\nb1\r\nb2\r\nn1\r\nn2\r\nend");
+        select(b, 6, 5), b.SetSelBullet(true);
+        QTextCursor c(b.document());
+        c.setPosition(12);
+        c.setPosition(17, QTextCursor::KeepAnchor);
+        c.createList(QTextListFormat::ListDecimal);
+    });
+    doc("link", [](RichTextBuffer &b) {
+        setText(b, "go ");
+        QTextCursor c(b.document());
+        c.movePosition(QTextCursor::End);
+        QTextCharFormat link;
+        link.setAnchor(true);
+        link.setAnchorHref("https://example.org/x");
+        c.insertText("there", link);
+        c.insertText(" now", QTextCharFormat());
+    });
+    doc("table", [](RichTextBuffer &b) {
+        setText(b, "before");
+        QTextCursor c(b.document());
+        c.movePosition(QTextCursor::End);
+        QTextTable *t = c.insertTable(2, 3);
+        t->cellAt(1, 2).firstCursorPosition().insertText("x");
+    });
+}
+
+void TestRichTextBuffer::roundTrip() {
+    QFETCH(Build, build);
+    RichTextBuffer b;
+    b.SetFont(QFont(QStringLiteral("Arial"), 10));
+    build(b);
+    const QByteArray first = b.TextRTF();
+
+    // Writing, reading and writing again gives the same bytes.
+    QTextDocument doc;
+    doc.setDefaultFont(b.Font());
+    QVERIFY(RtfReader::read(first, &doc));
+    QCOMPARE(RtfWriter::write(&doc), first);
+
+    // SetTextRTF(TextRTF()) keeps TextRTF, the plain text and every attribute at every position.
+    RichTextBuffer copy;
+    copy.SetFont(b.Font());
+    copy.SetTextRTF(first);
+    QCOMPARE(copy.TextRTF(), first);
+    QCOMPARE(copy.Text(), b.Text());
+    const int n = b.Text().size() - b.Text().count("\r\n");
+    for (int p = 0; p < n; ++p) {
+        select(b, p, 1);
+        select(copy, p, 1);
+        QCOMPARE(copy.SelBold(), b.SelBold());
+        QCOMPARE(copy.SelItalic(), b.SelItalic());
+        QCOMPARE(copy.SelUnderline(), b.SelUnderline());
+        QCOMPARE(copy.SelStrikeThru(), b.SelStrikeThru());
+        QCOMPARE(copy.SelFontName(), b.SelFontName());
+        QCOMPARE(copy.SelFontSize(), b.SelFontSize());
+        QCOMPARE(copy.SelColor(), b.SelColor());
+        QCOMPARE(copy.SelBullet(), b.SelBullet());
+        QCOMPARE(copy.SelIndent(), b.SelIndent());
+        QCOMPARE(copy.SelAlignment(), b.SelAlignment());
+    }
+}
+
+void TestRichTextBuffer::selRtf() {
+    RichTextBuffer b;
+    b.SetFont(QFont(QStringLiteral("Arial"), 10));
+    setText(b, "one two\r\nthree");
+    select(b, 4, 3);
+    b.SetSelBold(true);
+    select(b, 2, 7); // "e two\r\nt"
+    const QByteArray rtf = b.SelRTF();
+    QVERIFY(rtf.startsWith("{\\rtf1"));
+
+    RichTextBuffer other;
+    other.SetFont(b.Font());
+    setText(other, "[]");
+    select(other, 1, 0);
+    other.SetSelRTF(rtf);
+    QCOMPARE(other.Text(), QString("[e two\r\nt]"));
+    select(other, 3, 3);
+    QCOMPARE(other.SelBold(), std::optional<bool>(true));
+    select(other, 1, 2);
+    QCOMPARE(other.SelBold(), std::optional<bool>(false));
+}
+
+void TestRichTextBuffer::plainTextAsRtf() {
+    RichTextBuffer b;
+    b.SetTextRTF(QByteArray("plain\r\ncaf\xe9"));
+    QCOMPARE(b.Text(), QString::fromUtf8("plain\r\ncaf\u00e9"));
+    b.SetTextRTF(QByteArray());
+    QCOMPARE(b.Text(), QString());
+    QVERIFY(b.TextRTF().endsWith("\\par\r\n}\r\n"));
+}
+
+QTEST_MAIN(TestRichTextBuffer)
+#include "tst_richtextbuffer.moc"
