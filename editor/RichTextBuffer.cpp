@@ -405,6 +405,12 @@ void RichTextBuffer::SetFont(const QFont &font) {
     m_doc->setDefaultFont(font);
 }
 
+void RichTextBuffer::SetBaseFont(const clsFont &font) {
+    QFont f = m_doc->defaultFont();
+    font.SetFont(f);
+    SetFont(f);
+}
+
 int RichTextBuffer::Find(const QString &text, int start, int end, int options) {
     PROC("RichTextBuffer Find");
     if (text.isEmpty()) {
