@@ -143,6 +143,9 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     m_pTree->setHeaderHidden(true);
     m_pTree->setModel(m_pModel);
     m_pTree->setSelectionMode(QAbstractItemView::SingleSelection);
+    // The view scrolls only where the tree asks: scrolling to a selection inside a collapsed
+    // branch would expand the branch behind the tree's back.
+    m_pTree->setAutoScroll(false);
     m_pTree->setEditTriggers(g_bClickToRename ? QAbstractItemView::SelectedClicked
                                               : QAbstractItemView::NoEditTriggers);
     m_pTree->header()->setStretchLastSection(false);
@@ -190,6 +193,7 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     connect(m_pTree->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex &current) {
                 if (!m_bSyncing && current.isValid()) {
+                    m_pTree->scrollTo(current);
                     trvOutline_NodeClick(m_pModel->nodeFromIndex(current));
                 }
             });
@@ -430,11 +434,22 @@ void frmDocument::SetOutlineVisible(bool visible) {
 }
 
 void frmDocument::StartLabelEdit(Node *node) {
-    const QModelIndex index = m_pModel->indexFromNode(node);
-    if (index.isValid() && m_pModel->editable()) {
-        m_pTree->setCurrentIndex(index);
-        m_pTree->edit(index);
+    if (!node || node->isRemoved() || !m_pModel->editable()) {
+        return;
     }
+    if (m_pModel->inBatch()) {
+        // The rebuild at the end of the batch would close the editor: open it after that.
+        m_nodPendingEdit = node;
+        return;
+    }
+    node->EnsureVisible();
+    const QModelIndex index = m_pModel->indexFromNode(node);
+    const bool was = m_bSyncing;
+    m_bSyncing = true;
+    m_pTree->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    m_bSyncing = was;
+    m_pTree->scrollTo(index);
+    m_pTree->edit(index);
 }
 
 void frmDocument::ViewAutoFitSplit() {
@@ -495,9 +510,19 @@ void frmDocument::onBatchEnded() {
     if (Node *selected = m_doc.trvOutline().SelectedItem()) {
         const QModelIndex index = m_pModel->indexFromNode(selected);
         m_pTree->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
-        m_pTree->scrollTo(index);
+        bool showing = true;
+        for (Node *p = selected->Parent(); p && showing; p = p->Parent()) {
+            showing = p->Expanded();
+        }
+        if (showing) {
+            m_pTree->scrollTo(index);
+        }
     }
     m_bSyncing = was;
+    if (Node *edit = m_nodPendingEdit.get()) {
+        m_nodPendingEdit.reset();
+        StartLabelEdit(edit);
+    }
 }
 
 // Events.

@@ -135,5 +135,6 @@ private:
     double m_fSplit = 1500;    // current splitter position (twips)
     double m_fBarTwips = 1500; // the moving bar's position (twips)
     bool m_bLaidOut = false;
-    bool m_bSyncing = false; // the view is being put in step with the tree
+    bool m_bSyncing = false;  // the view is being put in step with the tree
+    NodeRef m_nodPendingEdit; // label edit asked for during a batch
 };
