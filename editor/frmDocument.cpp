@@ -37,6 +37,20 @@ public:
     void scheduleLayout() { scheduleDelayedItemsLayout(); }
 };
 
+// The document's text pane as the window shows it. A new text is read in one edit block, so
+// that the pane's layout, which lives on the document, runs once for the whole text instead of
+// once per piece the reader inserts.
+class WindowTextBuffer : public RichTextBuffer {
+public:
+    using RichTextBuffer::RichTextBuffer;
+    void SetTextRTF(const QByteArray &rtf) override {
+        QTextCursor block(document());
+        block.beginEditBlock();
+        RichTextBuffer::SetTextRTF(rtf);
+        block.endEditBlock();
+    }
+};
+
 namespace {
 
 // Splitter constants (twips).
@@ -148,10 +162,11 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     m_pTree->setAutoScroll(false);
     m_pTree->setEditTriggers(g_bClickToRename ? QAbstractItemView::SelectedClicked
                                               : QAbstractItemView::NoEditTriggers);
-    m_pTree->header()->setStretchLastSection(false);
-    m_pTree->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    // The one column fills the outline. (Sizing it to its contents would measure rows on every
+    // change, which a large outline cannot afford; the splitter fitting measures labels itself.)
+    m_pTree->header()->setStretchLastSection(true);
 
-    auto buffer = std::make_unique<RichTextBuffer>();
+    auto buffer = std::make_unique<WindowTextBuffer>();
     m_pBuffer = buffer.get();
     m_doc.setTextPane(std::move(buffer));
     m_pText = new QTextEdit(this);
