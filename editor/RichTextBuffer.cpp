@@ -99,7 +99,13 @@ void RichTextBuffer::SetTextRTF(const QByteArray &rtf) {
     ++m_quiet;
     const QFont base = m_doc->defaultFont();
     m_doc->setUndoRedoEnabled(false);
-    RtfReader::readAny(rtf, m_doc);
+    {
+        // One edit: the layout is brought up to date once, not after every piece of text.
+        QTextCursor batch(m_doc);
+        batch.beginEditBlock();
+        RtfReader::readAny(rtf, m_doc);
+        batch.endEditBlock();
+    }
     m_doc->setUndoRedoEnabled(true);
     m_doc->setDefaultFont(base);
     m_cursor = QTextCursor(m_doc);
@@ -150,7 +156,12 @@ void RichTextBuffer::SetSelRTF(const QByteArray &rtf) {
     PROC("RichTextBuffer SetSelRTF");
     QTextDocument incoming;
     incoming.setDefaultFont(m_doc->defaultFont());
-    RtfReader::readAny(rtf, &incoming);
+    {
+        QTextCursor batch(&incoming);
+        batch.beginEditBlock();
+        RtfReader::readAny(rtf, &incoming);
+        batch.endEditBlock();
+    }
     // Pictures are resources of their document: carry them over.
     for (QTextBlock b = incoming.begin(); b.isValid(); b = b.next()) {
         for (QTextBlock::iterator it = b.begin(); !it.atEnd(); ++it) {

@@ -543,7 +543,8 @@ private:
     void finish();
     void finishPicture(qsizetype end);
     void insertPlaceholder(const QByteArray &raw, const QString &what);
-    QTextCharFormat charFormat(const CharProps &p) const;
+    QTextCharFormat charFormat(const CharProps &p);
+    QTextCharFormat makeCharFormat(const CharProps &p) const;
     int codePageOf(const CharProps &p) const;
     QString decode(const QByteArray &bytes, int cp);
     QTextList *listFor(const ParaProps &p);
@@ -567,6 +568,7 @@ private:
     int m_fontCpg = 0;
 
     std::vector<QColor> m_colors;
+    std::vector<std::pair<CharProps, QTextCharFormat>> m_formatCache;
     int m_r = -1, m_g = -1, m_b = -1;
 
     std::vector<WordList> m_lists;
@@ -593,6 +595,7 @@ private:
     QTextTable *m_table = nullptr;
     int m_row = 0, m_col = 0;
     bool m_rowEnded = false;
+    bool m_cellEnded = false;
     std::vector<int> m_cellx;
 
     // picture being read
@@ -645,7 +648,19 @@ void Reader::flushBytes() {
     text(decode(b, m_bytesCp));
 }
 
-QTextCharFormat Reader::charFormat(const CharProps &p) const {
+QTextCharFormat Reader::charFormat(const CharProps &p) {
+    // Runs mostly alternate between a handful of formats.
+    for (const auto &[props, format] : m_formatCache)
+        if (props == p)
+            return format;
+    QTextCharFormat f = makeCharFormat(p);
+    if (m_formatCache.size() >= 16)
+        m_formatCache.erase(m_formatCache.begin());
+    m_formatCache.emplace_back(p, f);
+    return f;
+}
+
+QTextCharFormat Reader::makeCharFormat(const CharProps &p) const {
     QTextCharFormat f;
     auto it = m_fonts.constFind(p.font < 0 ? m_deff : p.font);
     if (it != m_fonts.constEnd() && !it->name.isEmpty())
@@ -728,7 +743,9 @@ QTextList *Reader::listFor(const ParaProps &p) {
         if (!list) {
             QTextListFormat lf;
             lf.setStyle(nfcStyle(nfc));
-            lf.setIndent(0);
+            // The label goes left of the first line; give it room when the paragraph's
+            // own indents leave none.
+            lf.setIndent((p.li + p.fi) / 15 < 20 ? 1 : 0);
             list = m_cursor.createList(lf);
             m_wordLists.insert(key, list);
         } else {
@@ -748,7 +765,9 @@ QTextList *Reader::listFor(const ParaProps &p) {
         }
         QTextListFormat lf;
         lf.setStyle(QTextListFormat::Style(p.pnStyle));
-        lf.setIndent(0);
+        // The label goes left of the first line; give it room when the paragraph's
+        // own indents leave none.
+        lf.setIndent((p.li + p.fi) / 15 < 20 ? 1 : 0);
         m_pnList = m_cursor.createList(lf);
         m_pnListStyle = p.pnStyle;
         return m_pnList;
@@ -791,6 +810,7 @@ void Reader::leaveTable() {
     m_cursor.movePosition(QTextCursor::NextBlock);
     m_table = nullptr;
     m_rowEnded = false;
+    m_cellEnded = false;
     m_pendingBlock = false;
     m_blockStarted = false;
 }
@@ -817,11 +837,21 @@ void Reader::prepareInsert() {
                 tf.setColumnWidthConstraints(widths);
             m_table = m_cursor.insertTable(1, qMax<int>(1, int(m_cellx.size())), tf);
             m_row = m_col = 0;
+            m_cellEnded = false;
             m_rowEnded = false;
             m_pendingBlock = false;
             m_blockStarted = false;
             m_cursor = m_table->cellAt(0, 0).firstCursorPosition();
+        } else if (m_cellEnded && !m_rowEnded) {
+            ++m_col;
+            if (m_col >= m_table->columns())
+                m_table->appendColumns(1);
+            m_cellEnded = false;
+            m_pendingBlock = false;
+            m_blockStarted = false;
+            m_cursor = m_table->cellAt(m_row, m_col).firstCursorPosition();
         } else if (m_rowEnded) {
+            m_cellEnded = false;
             m_table->appendRows(1);
             ++m_row;
             m_col = 0;
@@ -867,10 +897,7 @@ void Reader::endCell() {
     if (!m_table)
         return;
     applyBlockFormat();
-    ++m_col;
-    if (m_col >= m_table->columns())
-        m_table->appendColumns(1);
-    m_cursor = m_table->cellAt(m_row, m_col).firstCursorPosition();
+    m_cellEnded = true;
     m_pendingBlock = false;
     m_blockStarted = false;
 }
@@ -880,7 +907,6 @@ void Reader::endRow() {
     flushRun();
     if (!m_table)
         return;
-    // Drop the empty cell that the last \cell moved to, unless the row really has it.
     m_rowEnded = true;
     m_pendingBlock = false;
 }
@@ -1037,6 +1063,7 @@ void Reader::byte(unsigned char b) {
                 f.name =
                     decode(m_fontName, cp == kSymbolCodePage || cp == 0 ? m_ansiCp : cp).trimmed();
                 m_fonts.insert(m_fontIndex, f);
+                m_formatCache.clear();
             }
             m_fontName.clear();
             m_fontIndex = -1;
@@ -1046,6 +1073,7 @@ void Reader::byte(unsigned char b) {
         break;
     case Dest::ColorTable:
         if (b == ';') {
+            m_formatCache.clear();
             if (m_r < 0 && m_g < 0 && m_b < 0)
                 m_colors.push_back(QColor());
             else
@@ -1082,6 +1110,8 @@ void Reader::controlWord(std::string_view word, bool hasParam, int param, qsizet
     const auto &kws = keywords();
     auto it = kws.find(word);
     Kw kw = it == kws.end() ? K_unknown : it->second.kw;
+    // Text so far belongs to the formatting before this word.
+    flushBytes();
     State &st = top();
     bool ignorable = m_ignorable;
     bool first = m_firstInGroup;
@@ -1390,7 +1420,8 @@ void Reader::controlWord(std::string_view word, bool hasParam, int param, qsizet
         st.uc = static_cast<unsigned char>(qBound(0, param, 10));
         break;
     case K_u: {
-        flushBytes();
+        if (!hasParam)
+            break;
         int v = param < 0 ? param + 65536 : param;
         character(char16_t(v & 0xFFFF));
         m_skip = st.uc;
@@ -1581,7 +1612,8 @@ void Reader::run() {
                 break;
             }
             ++pos;
-            m_firstInGroup = false;
+            if (c != '*')
+                m_firstInGroup = false;
             switch (c) {
             case '\'': {
                 auto hex = [](char x) {
@@ -1658,8 +1690,10 @@ void Reader::run() {
                 break;
             }
             m_firstInGroup = false;
-            if (ch == '\t') {
+            if (ch < 0x20) {
                 ++pos;
+                if (ch != '\t')
+                    break;
                 if (m_skip > 0)
                     --m_skip;
                 else
@@ -1671,8 +1705,7 @@ void Reader::run() {
                 qsizetype e = pos;
                 while (e < n) {
                     char x = d[e];
-                    if (x == '\\' || x == '{' || x == '}' || x == '\r' || x == '\n' || x == '\t' ||
-                        x == 0)
+                    if (x == '\\' || x == '{' || x == '}' || (x >= 0 && x < 0x20))
                         break;
                     ++e;
                 }
@@ -1717,8 +1750,14 @@ bool RtfReader::read(QByteArrayView rtf, QTextDocument *doc) {
         doc->setUndoRedoEnabled(undo);
         return false;
     }
-    Reader reader(rtf, doc);
-    reader.run();
+    {
+        // One edit block: the layout follows the whole text once, not every insertion.
+        QTextCursor batch(doc);
+        batch.beginEditBlock();
+        Reader reader(rtf, doc);
+        reader.run();
+        batch.endEditBlock();
+    }
     doc->setUndoRedoEnabled(undo);
     doc->setModified(false);
     return true;

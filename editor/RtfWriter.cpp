@@ -121,16 +121,32 @@ private:
 
     // Text characters, escaped. Used for body text and for names in the tables.
     static void escapeTo(QByteArray &out, bool &delim, QStringView text) {
-        for (qsizetype i = 0; i < text.size(); ++i) {
-            const char16_t c = text[i].unicode();
+        const char16_t *p = reinterpret_cast<const char16_t *>(text.data());
+        const qsizetype n = text.size();
+        for (qsizetype i = 0; i < n; ++i) {
+            const char16_t c = p[i];
             if (c >= 0x20 && c < 0x80) {
                 if (delim) {
                     out += ' ';
                     delim = false;
                 }
-                if (c == '\\' || c == '{' || c == '}') {
-                    out += '\\';
+                // A run of plain characters goes out in one piece.
+                qsizetype j = i;
+                while (j < n && p[j] >= 0x20 && p[j] < 0x80 && p[j] != '\\' && p[j] != '{' &&
+                       p[j] != '}') {
+                    ++j;
                 }
+                if (j > i) {
+                    const qsizetype at = out.size();
+                    out.resize(at + (j - i));
+                    char *dst = out.data() + at;
+                    for (qsizetype k = i; k < j; ++k) {
+                        *dst++ = char(p[k]);
+                    }
+                    i = j - 1;
+                    continue;
+                }
+                out += '\\';
                 out += char(c);
                 continue;
             }
@@ -213,6 +229,27 @@ private:
         s.foreground = f.hasProperty(QTextFormat::ForegroundBrush) ? colorIndex(f.foreground()) : 0;
         s.background = f.hasProperty(QTextFormat::BackgroundBrush) ? colorIndex(f.background()) : 0;
         return s;
+    }
+
+    // What a character format of the document means here, worked out once per format.
+    struct CachedFormat {
+        CharState state;
+        QString href;
+    };
+
+    const CachedFormat &formatOf(const QTextFragment &frag) {
+        const int index = frag.charFormatIndex();
+        auto it = m_formatCache.constFind(index);
+        if (it != m_formatCache.constEnd()) {
+            return *it;
+        }
+        const QTextCharFormat f = frag.charFormat();
+        CachedFormat c;
+        c.state = stateOf(f);
+        if (f.isAnchor()) {
+            c.href = f.anchorHref();
+        }
+        return *m_formatCache.insert(index, c);
     }
 
     void applyState(const CharState &s) {
@@ -461,31 +498,39 @@ private:
         if (a > b) {
             return;
         }
+        if (!inTable && start == end && tableStartsAt(end + 1)) {
+            // The empty paragraph a table was put into: RTF has no paragraph there.
+            return;
+        }
         beginParagraph(block, inTable);
+        const QString blockText = block.text();
+        // Fragments follow each other without gaps: their positions are counted along rather
+        // than asked for (which walks the document's tree each time).
+        int next = start;
         for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
             const QTextFragment frag = it.fragment();
             if (!frag.isValid()) {
                 continue;
             }
-            const int fs = frag.position();
+            const int fs = next;
             const int fe = fs + frag.length();
+            next = fe;
             const int s = qMax(fs, a);
             const int e = qMin(fe, b);
             if (s >= e) {
                 continue;
             }
-            const QTextCharFormat f = frag.charFormat();
-            const QString href = f.isAnchor() ? f.anchorHref() : QString();
-            if (href != m_linkHref) {
+            const CachedFormat &cached = formatOf(frag);
+            if (cached.href != m_linkHref) {
                 closeLink();
-                if (!href.isEmpty()) {
-                    openLink(href);
+                if (!cached.href.isEmpty()) {
+                    openLink(cached.href);
                 }
             }
-            applyState(stateOf(f));
-            const QString fragText = frag.text();
-            const QStringView view = QStringView(fragText).mid(s - fs, e - s);
+            applyState(cached.state);
+            const QStringView view = QStringView(blockText).mid(s - start, e - s);
             if (view.contains(QChar::ObjectReplacementCharacter)) {
+                const QTextCharFormat f = frag.charFormat();
                 for (QChar c : view) {
                     if (c == QChar::ObjectReplacementCharacter) {
                         writeObject(f);
@@ -512,6 +557,11 @@ private:
                 raw("\r\n");
             }
         }
+    }
+
+    bool tableStartsAt(int position) const {
+        auto *table = qobject_cast<QTextTable *>(m_doc->frameAt(position));
+        return table && table->firstPosition() == position;
     }
 
     void writeTable(QTextTable *table) {
@@ -629,6 +679,7 @@ private:
     QHash<QString, int> m_fontIndex;
     QList<QRgb> m_colors;
     QHash<QRgb, int> m_colorIndex;
+    QHash<int, CachedFormat> m_formatCache;
 
     QByteArray m_body;
     bool m_delim = false;

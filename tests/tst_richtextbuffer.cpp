@@ -1,10 +1,12 @@
 // The rich-text buffer: positions and plain text, selection attributes (uniform and mixed), Find,
 // signals, fonts, and the round trip through RTF.
 #include "editor/RichTextBuffer.h"
+#include "editor/RtfConventions.h"
 #include "editor/RtfReader.h"
 #include "editor/RtfWriter.h"
 #include "editor/clsFont.h"
 
+#include <QImage>
 #include <QSignalSpy>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -56,6 +58,8 @@ private Q_SLOTS:
     void fonts();
     void roundTrip_data();
     void roundTrip();
+    void roundTripRandom_data();
+    void roundTripRandom();
     void selRtf();
     void plainTextAsRtf();
 };
@@ -377,8 +381,25 @@ void TestRichTextBuffer::roundTrip_data() {
         c.insertText("there", link);
         c.insertText(" now", QTextCharFormat());
     });
+    doc("pasted picture and kept object", [](RichTextBuffer &b) {
+        setText(b, "ab");
+        QImage image(3, 2, QImage::Format_RGB32);
+        image.fill(Qt::blue);
+        b.document()->addResource(QTextDocument::ImageResource, QUrl("pasted"), image);
+        QTextCursor c(b.document());
+        c.setPosition(1);
+        QTextImageFormat img;
+        img.setName("pasted");
+        c.insertImage(img);
+        QTextCharFormat object;
+        object.setObjectType(RtfConventions::PlaceholderObjectType);
+        object.setProperty(RtfConventions::RawGroupProperty,
+                           QByteArray("{\\object\\objemb{\\*\\objclass PBrush}{\\*\\objdata 01}}"));
+        c.insertText(QString(QChar::ObjectReplacementCharacter), object);
+    });
     doc("table", [](RichTextBuffer &b) {
-        setText(b, "before");
+        // As RTF puts it: a paragraph, then the table in the next (empty) one.
+        setText(b, "before\r\n");
         QTextCursor c(b.document());
         c.movePosition(QTextCursor::End);
         QTextTable *t = c.insertTable(2, 3);
@@ -420,6 +441,75 @@ void TestRichTextBuffer::roundTrip() {
         QCOMPARE(copy.SelIndent(), b.SelIndent());
         QCOMPARE(copy.SelAlignment(), b.SelAlignment());
     }
+}
+
+void TestRichTextBuffer::roundTripRandom_data() {
+    QTest::addColumn<quint32>("seed");
+    for (quint32 seed = 1; seed <= 12; ++seed) {
+        QTest::newRow(qPrintable(QString::number(seed))) << seed;
+    }
+}
+
+// Random runs of text with random attributes and paragraph formats: written, read and written
+// again, the bytes do not change.
+void TestRichTextBuffer::roundTripRandom() {
+    QFETCH(quint32, seed);
+    QRandomGenerator rng(seed);
+    const QStringList pieces = {"word ",
+                                "x",
+                                QString::fromUtf8("\u00e9t\u00e9 "),
+                                "{}\\",
+                                QString::fromUtf8("\u4e2d"),
+                                "\t",
+                                QString(QChar::LineSeparator),
+                                "12 ",
+                                "-",
+                                " "};
+    const QStringList families = {"Arial", "Courier New", "Times New Roman"};
+    QTextDocument doc;
+    doc.setDefaultFont(QFont("Arial", 10));
+    QTextCursor c(&doc);
+    for (int i = 0; i < 200; ++i) {
+        if (rng.bounded(12) == 0) {
+            QTextBlockFormat b;
+            b.setAlignment(QList<Qt::Alignment>{Qt::AlignLeft, Qt::AlignRight, Qt::AlignHCenter,
+                                                Qt::AlignJustify}[rng.bounded(4)]);
+            b.setLeftMargin(rng.bounded(4) * 20);
+            b.setTopMargin(rng.bounded(2) * 8);
+            c.insertBlock(b);
+            continue;
+        }
+        QTextCharFormat f;
+        f.setFontWeight(rng.bounded(2) ? QFont::Bold : QFont::Normal);
+        f.setFontItalic(rng.bounded(2));
+        f.setFontUnderline(rng.bounded(3) == 0);
+        f.setFontStrikeOut(rng.bounded(4) == 0);
+        f.setFontPointSize(8 + rng.bounded(8) * 0.5);
+        f.setFontFamilies({families[rng.bounded(families.size())]});
+        if (rng.bounded(3) == 0) {
+            f.setForeground(QColor(rng.bounded(256), rng.bounded(256), rng.bounded(256)));
+        }
+        if (rng.bounded(6) == 0) {
+            f.setBackground(QColor(255, 255, rng.bounded(256)));
+        }
+        c.insertText(pieces[rng.bounded(pieces.size())], f);
+    }
+    const QByteArray first = RtfWriter::write(&doc);
+    QTextDocument again;
+    again.setDefaultFont(doc.defaultFont());
+    QVERIFY(RtfReader::read(first, &again));
+    const QByteArray second = RtfWriter::write(&again);
+    if (second != first) {
+        qsizetype at = 0;
+        while (at < first.size() && at < second.size() && first[at] == second[at]) {
+            ++at;
+        }
+        QFAIL(qPrintable(QString("differs at %1:\n%2\n%3")
+                             .arg(at)
+                             .arg(QString::fromLatin1(first.mid(qMax(0, at - 60), 120)))
+                             .arg(QString::fromLatin1(second.mid(qMax(0, at - 60), 120)))));
+    }
+    QCOMPARE(again.toRawText(), doc.toRawText());
 }
 
 void TestRichTextBuffer::selRtf() {
