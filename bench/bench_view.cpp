@@ -1,0 +1,161 @@
+// The document window with large outlines: first showing, expanding and collapsing everything,
+// and moving the selection to an entry with a long text.
+
+#include "document/Document.h"
+#include "editor/OutlineModel.h"
+#include "editor/RichTextBuffer.h"
+#include "editor/frmDocument.h"
+#include "outline/modNodes.h"
+
+#include <QApplication>
+#include <QTreeView>
+
+#include <benchmark/benchmark.h>
+
+#include <memory>
+
+using namespace modNodes;
+
+namespace {
+
+constexpr int kEntries = 100000;
+
+// A root with 1000 children of 99 children each (100,000 entries), built as a document load is.
+Node *buildLargeTree(frmDocument &w) {
+    Document &doc = w.document();
+    Documents::SetActive(&doc);
+    g_bDocTransfer = true;
+    NodeActionStart();
+    Node *root = NodeInsert(&doc, relChild, nullptr);
+    root->setText(QStringLiteral("Root"));
+    int made = 1;
+    for (int i = 0; made < kEntries; ++i) {
+        Node *top = NodeInsert(&doc, relChild, root);
+        top->setText(QStringLiteral("Chapter %1").arg(i));
+        ++made;
+        for (int j = 0; j < 99 && made < kEntries; ++j, ++made) {
+            NodeInsert(&doc, relChild, top)->setText(QStringLiteral("Section %1.%2").arg(i).arg(j));
+        }
+    }
+    NodeActionEnd();
+    g_bDocTransfer = false;
+    return root;
+}
+
+// About 10 KB of rich text in lines of mixed formatting.
+QByteArray tenKBText() {
+    QByteArray rtf = "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}}\\f0\\fs20 ";
+    while (rtf.size() < 10 * 1024) {
+        rtf +=
+            "The quick brown fox jumps over the lazy dog. \\b bold\\b0  and \\i italic\\i0 .\\par ";
+    }
+    rtf += "}";
+    return rtf;
+}
+
+// Lets the window lay out and paint what it shows.
+void settle(frmDocument &w) {
+    QApplication::processEvents();
+    w.trvOutline()->viewport()->repaint();
+    QApplication::processEvents();
+}
+
+void BM_ShowLargeTree(benchmark::State &state) {
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto w = std::make_unique<frmDocument>();
+        w->resize(800, 600);
+        buildLargeTree(*w);
+        state.ResumeTiming();
+        w->show();
+        settle(*w);
+        state.PauseTiming();
+        w.reset();
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(BM_ShowLargeTree)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+void BM_ExpandCollapseAll(benchmark::State &state) {
+    const bool expand = state.range(0) != 0;
+    frmDocument w;
+    w.resize(800, 600);
+    Node *root = buildLargeTree(w);
+    w.show();
+    settle(w);
+    for (auto _ : state) {
+        state.PauseTiming();
+        if (expand) {
+            NodeCollapseAll(root);
+        } else {
+            NodeExpandAll(root);
+        }
+        settle(w);
+        state.ResumeTiming();
+        if (expand) {
+            NodeExpandAll(root);
+        } else {
+            NodeCollapseAll(root);
+        }
+        settle(w);
+    }
+    if (w.trvOutline()->isExpanded(w.model()->indexFromNode(root)) != expand) {
+        state.SkipWithError("the outline is out of step with the tree");
+    }
+}
+BENCHMARK(BM_ExpandCollapseAll)
+    ->ArgName("expand")
+    ->Arg(1)
+    ->Arg(0)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(5);
+
+void BM_SelectEntryWith10KBText(benchmark::State &state) {
+    frmDocument w;
+    w.resize(800, 600);
+    Node *root = buildLargeTree(w);
+    NodeExpandAll(root);
+    w.show();
+    settle(w);
+    // Two entries with about 10 KB of text each.
+    Node *first = root->Child()->Child();
+    Node *second = root->Child()->Next()->Child();
+    const QByteArray rtf = tenKBText();
+    QByteArray stored;
+    NodeTextCompressIfRequired(rtf, stored);
+    first->setTag(stored);
+    second->setTag(stored);
+    bool toFirst = false;
+    for (auto _ : state) {
+        Node *target = toFirst ? first : second;
+        w.trvOutline()->setCurrentIndex(w.model()->indexFromNode(target));
+        settle(w);
+        toFirst = !toFirst;
+        if (w.document().trvOutline().SelectedItem() != target) {
+            state.SkipWithError("the selection did not follow");
+            break;
+        }
+    }
+}
+BENCHMARK(BM_SelectEntryWith10KBText)->Unit(benchmark::kMillisecond)->MinTime(1.0);
+
+// The part of the above spent in the buffer: decoding and reading the stored text.
+void BM_BufferLoad10KBText(benchmark::State &state) {
+    RichTextBuffer buffer;
+    const QByteArray rtf = tenKBText();
+    for (auto _ : state) {
+        buffer.SetTextRTF(rtf);
+    }
+}
+BENCHMARK(BM_BufferLoad10KBText)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char **argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,866 @@
+#include "editor/frmDocument.h"
+
+#include "app/modMain.h"
+#include "editor/OutlineModel.h"
+#include "editor/RichTextBuffer.h"
+#include "editor/clsFont.h"
+#include "outline/modNodes.h"
+
+#include <QAbstractItemDelegate>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QFrame>
+#include <QHash>
+#include <QHeaderView>
+#include <QIcon>
+#include <QKeyEvent>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QPainter>
+#include <QPainterPath>
+#include <QScreen>
+#include <QScrollBar>
+#include <QTextCursor>
+#include <QTextEdit>
+#include <QTreeView>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace modNodes;
+
+// The outline: a tree view that can put off laying out its rows until the next paint, so that
+// a run of expansions costs one layout.
+class OutlineTreeView : public QTreeView {
+public:
+    using QTreeView::QTreeView;
+    void scheduleLayout() { scheduleDelayedItemsLayout(); }
+};
+
+// The document's text pane as the window shows it. A new text is read in one edit block, so
+// that the pane's layout, which lives on the document, runs once for the whole text instead of
+// once per piece the reader inserts.
+class WindowTextBuffer : public RichTextBuffer {
+public:
+    using RichTextBuffer::RichTextBuffer;
+    void SetTextRTF(const QByteArray &rtf) override {
+        QTextCursor block(document());
+        block.beginEditBlock();
+        RichTextBuffer::SetTextRTF(rtf);
+        block.endEditBlock();
+    }
+};
+
+namespace {
+
+// Splitter constants (twips).
+constexpr double kMargin = 1500;
+constexpr double kTextOffset = 40;
+constexpr double kWidthAllowance = 140;
+constexpr double kKeyboardStep = 100;
+constexpr double kFitStep = 100;
+constexpr double kGripWidth = 40;
+
+bool g_bAutoFitSplit = false;
+bool g_bClickToRename = false;
+QList<frmDocument *> g_windows;
+
+// The outline's icons: the theme's folders when it has them, else drawn here; a tagged entry's
+// folder carries a red tag.
+QIcon drawnFolder(bool open, bool tagged) {
+    QPixmap pm(16, 16);
+    pm.fill(Qt::transparent);
+    QPainter p(&pm);
+    p.setRenderHint(QPainter::Antialiasing);
+    const QIcon theme =
+        QIcon::fromTheme(open ? QStringLiteral("folder-open") : QStringLiteral("folder"));
+    if (!theme.isNull()) {
+        p.drawPixmap(0, 0, theme.pixmap(16, 16));
+    } else {
+        p.setPen(QColor(150, 110, 20));
+        p.setBrush(QColor(open ? 250 : 235, open ? 215 : 190, open ? 110 : 70));
+        QPainterPath path;
+        path.moveTo(1.5, 3.5);
+        path.lineTo(6.5, 3.5);
+        path.lineTo(8, 5.5);
+        path.lineTo(14.5, 5.5);
+        path.lineTo(14.5, 13.5);
+        path.lineTo(1.5, 13.5);
+        path.closeSubpath();
+        p.drawPath(path);
+        if (open) {
+            p.setBrush(QColor(255, 235, 160));
+            QPainterPath flap;
+            flap.moveTo(1.5, 13.5);
+            flap.lineTo(4, 8);
+            flap.lineTo(15.5, 8);
+            flap.lineTo(14.5, 13.5);
+            flap.closeSubpath();
+            p.drawPath(flap);
+        }
+    }
+    if (tagged) {
+        p.setPen(QColor(120, 0, 0));
+        p.setBrush(QColor(220, 30, 30));
+        p.drawEllipse(QRectF(9, 0.5, 6.5, 6.5));
+    }
+    return QIcon(pm);
+}
+
+QIcon folderIcon(const QString &key) {
+    static QHash<QString, QIcon> cache;
+    auto it = cache.find(key);
+    if (it == cache.end()) {
+        const bool open = key.endsWith(QLatin1String("Selected"));
+        const bool tagged = key.contains(QLatin1String("Tagged"));
+        it = cache.insert(key, drawnFolder(open, tagged));
+    }
+    return *it;
+}
+
+} // namespace
+
+frmDocument::Hooks &frmDocument::hooks() {
+    static Hooks h;
+    return h;
+}
+
+bool frmDocument::autoFitSplit() {
+    return g_bAutoFitSplit;
+}
+
+void frmDocument::setAutoFitSplit(bool on) {
+    g_bAutoFitSplit = on;
+}
+
+void frmDocument::setClickToRename(bool on) {
+    g_bClickToRename = on;
+    for (frmDocument *w : std::as_const(g_windows)) {
+        w->m_pTree->setEditTriggers(on ? QAbstractItemView::SelectedClicked
+                                       : QAbstractItemView::NoEditTriggers);
+    }
+}
+
+const QList<frmDocument *> &frmDocument::windows() {
+    return g_windows;
+}
+
+frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
+    PROC("frmDocument Form_Load");
+    setObjectName(QStringLiteral("frmDocument"));
+    OutlineModel::setIconProvider(folderIcon);
+
+    m_pModel = new OutlineModel(m_doc.trvOutline(), this);
+    m_pTree = new OutlineTreeView(this);
+    m_pTree->setObjectName(QStringLiteral("trvOutline"));
+    m_pTree->setUniformRowHeights(true);
+    m_pTree->setHeaderHidden(true);
+    m_pTree->setModel(m_pModel);
+    m_pTree->setSelectionMode(QAbstractItemView::SingleSelection);
+    // The view scrolls only where the tree asks: scrolling to a selection inside a collapsed
+    // branch would expand the branch behind the tree's back.
+    m_pTree->setAutoScroll(false);
+    m_pTree->setEditTriggers(g_bClickToRename ? QAbstractItemView::SelectedClicked
+                                              : QAbstractItemView::NoEditTriggers);
+    // The one column fills the outline. (Sizing it to its contents would measure rows on every
+    // change, which a large outline cannot afford; the splitter fitting measures labels itself.)
+    m_pTree->header()->setStretchLastSection(true);
+
+    auto buffer = std::make_unique<WindowTextBuffer>();
+    m_pBuffer = buffer.get();
+    m_doc.setTextPane(std::move(buffer));
+    m_pText = new QTextEdit(this);
+    m_pText->setObjectName(QStringLiteral("txtRTF"));
+    m_pText->setDocument(m_pBuffer->document());
+
+    m_pGrip = new QWidget(this);
+    m_pGrip->setObjectName(QStringLiteral("imgSplitter"));
+    m_pGrip->setCursor(Qt::SplitHCursor);
+    m_pBar = new QFrame(this);
+    m_pBar->setObjectName(QStringLiteral("picSplitter"));
+    m_pBar->setAutoFillBackground(true);
+    QPalette pal = m_pBar->palette();
+    pal.setColor(QPalette::Window, QColor(96, 96, 96));
+    m_pBar->setPalette(pal);
+    m_pBar->setFocusPolicy(Qt::ClickFocus);
+    m_pBar->hide();
+
+    m_pTree->installEventFilter(this);
+    m_pText->installEventFilter(this);
+    m_pBar->installEventFilter(this);
+    m_pGrip->installEventFilter(this);
+
+    connect(m_pModel, &OutlineModel::nodeExpandedChanged, this,
+            &frmDocument::onNodeExpandedChanged);
+    connect(m_pModel, &OutlineModel::nodeSelected, this, &frmDocument::onNodeSelected);
+    connect(m_pModel, &OutlineModel::ensureVisibleRequested, this, &frmDocument::onEnsureVisible);
+    connect(m_pModel, &OutlineModel::batchEnded, this, &frmDocument::onBatchEnded);
+    connect(m_pTree, &QTreeView::expanded, this, [this](const QModelIndex &index) {
+        if (!m_bSyncing) {
+            trvOutline_Expand(m_pModel->nodeFromIndex(index));
+        }
+    });
+    connect(m_pTree, &QTreeView::collapsed, this, [this](const QModelIndex &index) {
+        if (!m_bSyncing) {
+            trvOutline_Collapse(m_pModel->nodeFromIndex(index));
+        }
+    });
+    connect(m_pTree->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex &current) {
+                if (!m_bSyncing && current.isValid()) {
+                    m_pTree->scrollTo(current);
+                    trvOutline_NodeClick(m_pModel->nodeFromIndex(current));
+                }
+            });
+    connect(m_pTree->itemDelegate(), &QAbstractItemDelegate::closeEditor, this,
+            [this] { trvOutline_AfterLabelEdit(); });
+    connect(m_pBuffer, &RichTextBuffer::Change, this, [this] { txtRTF_Change(); });
+    // The buffer's selection follows the pane's cursor, for the commands that act on it.
+    connect(m_pText, &QTextEdit::cursorPositionChanged, this, [this] {
+        const QTextCursor c = m_pText->textCursor();
+        m_pBuffer->Select(c.anchor(), c.position());
+    });
+
+    m_doc.setView(this);
+    m_doc.m_fntOutlineFont = clsFont();
+    m_doc.m_fntTextFont = clsFont();
+    g_windows.append(this);
+    if (!Documents::Active()) {
+        Documents::SetActive(&m_doc);
+    }
+    resize(640, 420);
+}
+
+frmDocument::~frmDocument() {
+    g_windows.removeAll(this);
+    m_doc.setView(nullptr);
+    // The model lets go of the tree before the document (and its tree) goes.
+    m_pTree->setModel(nullptr);
+    delete m_pModel;
+    m_pModel = nullptr;
+    m_pText->setDocument(nullptr);
+    if (Documents::Active() == &m_doc) {
+        Documents::SetActive(nullptr);
+    }
+}
+
+QTreeView *frmDocument::trvOutline() const {
+    return m_pTree;
+}
+
+bool frmDocument::busy() const {
+    return g_bDocTransfer;
+}
+
+bool frmDocument::runCommand(const QString &command, const QString &menuItem) {
+    const auto &run = hooks().runCommand;
+    return run ? run(command, menuItem) : false;
+}
+
+// Twips.
+
+double frmDocument::twipsPerPixel() const {
+    const double dpi = logicalDpiX();
+    return dpi > 0 ? 1440.0 / dpi : 15.0;
+}
+
+int frmDocument::toPixels(double twips) const {
+    return static_cast<int>(std::lround(twips / twipsPerPixel()));
+}
+
+double frmDocument::toTwips(int pixels) const {
+    return pixels * twipsPerPixel();
+}
+
+double frmDocument::innerWidth() const {
+    return toTwips(width());
+}
+
+double frmDocument::innerHeight() const {
+    return toTwips(height());
+}
+
+double frmDocument::outlineWidth() const {
+    return m_fSplit;
+}
+
+double frmDocument::textLeft() const {
+    return m_fSplit + kTextOffset;
+}
+
+double frmDocument::textWidth() const {
+    return std::max(0.0, innerWidth() - (m_fSplit + kWidthAllowance));
+}
+
+double frmDocument::gripLeft() const {
+    return toTwips(m_pGrip->x());
+}
+
+double frmDocument::barLeft() const {
+    return toTwips(m_pBar->x());
+}
+
+// The splitter.
+
+void frmDocument::SplitCheckPosition(double &position) const {
+    if (position < kMargin) {
+        position = kMargin;
+    }
+    if (position > innerWidth() - kMargin) {
+        position = innerWidth() - kMargin;
+    }
+}
+
+void frmDocument::SplitSizeControls(double position) {
+    PROC("modSplit SplitSizeControls");
+    SplitCheckPosition(position);
+    m_fSplit = position;
+    const int h = height();
+    const int left = toPixels(position);
+    m_pTree->setGeometry(0, 0, std::max(0, left), h);
+    m_pGrip->setGeometry(left, 0, std::max(1, toPixels(kGripWidth)), h);
+    m_pBar->move(left, m_pBar->y());
+    m_pText->setGeometry(toPixels(position + kTextOffset), 0, toPixels(textWidth()), h);
+}
+
+void frmDocument::SplitMoveStart() {
+    PROC("modSplit SplitMoveStart");
+    m_doc.m_fSplitPosition = static_cast<float>(m_fSplit);
+    m_fBarTwips = m_fSplit;
+    const int gripW = m_pGrip->width();
+    m_pBar->setGeometry(m_pGrip->x(), m_pGrip->y(), std::max(2, gripW / 2),
+                        std::max(1, m_pGrip->height() - toPixels(20)));
+    m_pBar->show();
+    m_pBar->raise();
+    m_doc.m_bMovingSplit = true;
+    m_pBar->setFocus(Qt::OtherFocusReason);
+}
+
+void frmDocument::SplitMove(double position) {
+    if (!m_doc.m_bMovingSplit) {
+        return;
+    }
+    SplitCheckPosition(position);
+    m_pBar->move(toPixels(position), m_pBar->y());
+    m_fBarTwips = position;
+}
+
+void frmDocument::SplitMoveEnd() {
+    if (!m_doc.m_bMovingSplit) {
+        return;
+    }
+    m_doc.m_bMovingSplit = false;
+    SplitSizeControls(m_fBarTwips);
+    m_pBar->hide();
+}
+
+void frmDocument::SplitMoveCancel() {
+    if (!m_doc.m_bMovingSplit) {
+        return;
+    }
+    m_doc.m_bMovingSplit = false;
+    m_pGrip->move(toPixels(m_doc.m_fSplitPosition), m_pGrip->y());
+    m_pBar->hide();
+}
+
+// The View menu's layout commands.
+
+void frmDocument::ViewInitialise() {
+    SplitSizeControls((textWidth() + outlineWidth()) / 2);
+}
+
+void frmDocument::ViewEqualiseLeftAndRight() {
+    ViewInitialise();
+}
+
+void frmDocument::ViewMaximiseLeft() {
+    SplitSizeControls(innerWidth());
+}
+
+void frmDocument::ViewMaximiseRight() {
+    SplitSizeControls(0);
+}
+
+void frmDocument::ViewMoveSplit() {
+    SplitMoveStart();
+}
+
+void frmDocument::ViewGoToOutline() {
+    if (m_pTree->isEnabled()) {
+        m_pTree->setFocus(Qt::OtherFocusReason);
+    }
+}
+
+void frmDocument::ViewGoToText() {
+    if (m_pText->isEnabled()) {
+        m_pText->setFocus(Qt::OtherFocusReason);
+    }
+}
+
+double frmDocument::requiredOutlineWidth() const {
+    const QFontMetrics fm(m_pTree->font());
+    const int indent = m_pTree->indentation();
+    const int icon = m_pTree->iconSize().isValid() ? m_pTree->iconSize().width()
+                                                   : style()->pixelMetric(QStyle::PM_SmallIconSize);
+    int widest = 0;
+    // Walks the showing rows only: the children of expanded entries.
+    std::vector<std::pair<Node *, int>> stack;
+    const auto &top = m_doc.trvOutline().topNodes();
+    for (auto it = top.rbegin(); it != top.rend(); ++it) {
+        stack.emplace_back(*it, 0);
+    }
+    while (!stack.empty()) {
+        auto [node, depth] = stack.back();
+        stack.pop_back();
+        const int w = (depth + 1) * indent + icon + 8 + fm.horizontalAdvance(node->Text());
+        widest = std::max(widest, w);
+        if (node->Expanded()) {
+            const auto &children = node->childList();
+            for (auto it = children.rbegin(); it != children.rend(); ++it) {
+                stack.emplace_back(*it, depth + 1);
+            }
+        }
+    }
+    const QScrollBar *vbar = m_pTree->verticalScrollBar();
+    const int frame = 2 * m_pTree->frameWidth() + (vbar && vbar->isVisible() ? vbar->width() : 0);
+    return toTwips(widest + frame);
+}
+
+void frmDocument::ViewFitSplit() {
+    modMain::Guarded([&] {
+        PROC("modView ViewFitSplit");
+        const double needed = requiredOutlineWidth();
+        double width = -kFitStep;
+        double previous;
+        do {
+            previous = width;
+            width += kFitStep;
+            SplitCheckPosition(width);
+        } while (needed > width && width != previous);
+        SplitSizeControls(width);
+    });
+}
+
+// DocumentView.
+
+void frmDocument::SetOutlineVisible(bool visible) {
+    // The outline keeps its place and the focus; only its drawing stops.
+    m_pTree->setUpdatesEnabled(visible);
+}
+
+void frmDocument::StartLabelEdit(Node *node) {
+    if (!node || node->isRemoved() || !m_pModel->editable()) {
+        return;
+    }
+    if (m_pModel->inBatch()) {
+        // The rebuild at the end of the batch would close the editor: open it after that.
+        m_nodPendingEdit = node;
+        return;
+    }
+    node->EnsureVisible();
+    const QModelIndex index = m_pModel->indexFromNode(node);
+    const bool was = m_bSyncing;
+    m_bSyncing = true;
+    m_pTree->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    m_bSyncing = was;
+    m_pTree->scrollTo(index);
+    m_pTree->edit(index);
+}
+
+void frmDocument::ViewAutoFitSplit() {
+    if (busy() || !g_bAutoFitSplit || g_iActionDepth > 0) {
+        return;
+    }
+    ViewFitSplit();
+}
+
+void frmDocument::UpdateStatusBar(Node *node) {
+    if (const auto &f = hooks().updateStatusBar) {
+        f(this, node);
+    }
+}
+
+void frmDocument::MenuEnableDynamic() {
+    if (const auto &f = hooks().menuEnableDynamic) {
+        f();
+    }
+}
+
+// Keeping the view in step with the tree.
+
+void frmDocument::onNodeExpandedChanged(const QModelIndex &index, bool expanded) {
+    const bool was = m_bSyncing;
+    m_bSyncing = true;
+    m_pTree->scheduleLayout();
+    m_pTree->setExpanded(index, expanded);
+    m_bSyncing = was;
+}
+
+void frmDocument::onNodeSelected(const QModelIndex &index) {
+    const bool was = m_bSyncing;
+    m_bSyncing = true;
+    if (index.isValid()) {
+        m_pTree->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    } else {
+        m_pTree->selectionModel()->clear();
+    }
+    m_bSyncing = was;
+}
+
+void frmDocument::onEnsureVisible(const QModelIndex &index) {
+    if (index.isValid()) {
+        m_pTree->scrollTo(index);
+    }
+}
+
+void frmDocument::onBatchEnded() {
+    const bool was = m_bSyncing;
+    m_bSyncing = true;
+    m_pTree->scheduleLayout();
+    for (Node *node : m_doc.trvOutline()) {
+        if (node->Expanded() && node->Children() > 0) {
+            m_pTree->setExpanded(m_pModel->indexFromNode(node), true);
+        }
+    }
+    if (Node *selected = m_doc.trvOutline().SelectedItem()) {
+        const QModelIndex index = m_pModel->indexFromNode(selected);
+        m_pTree->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+        bool showing = true;
+        for (Node *p = selected->Parent(); p && showing; p = p->Parent()) {
+            showing = p->Expanded();
+        }
+        if (showing) {
+            m_pTree->scrollTo(index);
+        }
+    }
+    m_bSyncing = was;
+    if (Node *edit = m_nodPendingEdit.get()) {
+        m_nodPendingEdit.reset();
+        StartLabelEdit(edit);
+    }
+}
+
+// Events.
+
+void frmDocument::Form_Activate() {
+    PROC("frmDocument Form_Activate");
+    if (busy()) {
+        return;
+    }
+    UpdateStatusBar(m_doc.trvOutline().SelectedItem());
+    ViewAutoFitSplit();
+}
+
+void frmDocument::trvOutline_NodeClick(Node *node) {
+    modMain::Guarded([&] {
+        PROC("frmDocument trvOutline_NodeClick");
+        if (busy() || !node) {
+            return;
+        }
+        m_doc.m_bDataChanged = true;
+        NodeSelect(&m_doc, node);
+        ViewAutoFitSplit();
+    });
+}
+
+void frmDocument::trvOutline_Expand(Node *node) {
+    modMain::Guarded([&] {
+        PROC("frmDocument trvOutline_Expand");
+        if (node) {
+            node->setExpanded(true);
+        }
+        if (busy()) {
+            return;
+        }
+        m_doc.m_bDataChanged = true;
+        m_doc.m_iExpansionLevel = -1;
+        MenuEnableDynamic();
+        ViewAutoFitSplit();
+    });
+}
+
+void frmDocument::trvOutline_Collapse(Node *node) {
+    modMain::Guarded([&] {
+        PROC("frmDocument trvOutline_Collapse");
+        if (node) {
+            node->setExpanded(false);
+        }
+        if (busy() || !node) {
+            return;
+        }
+        m_doc.m_bDataChanged = true;
+        NodeSelect(&m_doc, node);
+        if (node->Parent()) {
+            m_doc.m_iExpansionLevel = -1;
+        }
+        MenuEnableDynamic();
+        ViewAutoFitSplit();
+    });
+}
+
+void frmDocument::trvOutline_AfterLabelEdit() {
+    PROC("frmDocument trvOutline_AfterLabelEdit");
+    ViewAutoFitSplit();
+}
+
+void frmDocument::trvOutline_GotFocus() {
+    PROC("frmDocument trvOutline_GotFocus");
+    m_doc.m_bOutlineHasFocus = true;
+    m_doc.m_bTextHasFocus = false;
+    MenuEnableDynamic();
+}
+
+void frmDocument::txtRTF_Change() {
+    modMain::Guarded([&] {
+        PROC("frmDocument txtRTF_Change");
+        if (busy() || g_bLoadingText) {
+            return;
+        }
+        m_doc.m_bDataChanged = true;
+        NodeTextPut(&m_doc, m_doc.trvOutline().SelectedItem());
+    });
+}
+
+void frmDocument::txtRTF_GotFocus() {
+    PROC("frmDocument txtRTF_GotFocus");
+    m_doc.m_bOutlineHasFocus = false;
+    m_doc.m_bTextHasFocus = true;
+    MenuEnableDynamic();
+}
+
+bool frmDocument::Form_KeyDown(QKeyEvent *event) {
+    PROC("frmDocument Form_KeyDown");
+    const int key = event->key();
+    const Qt::KeyboardModifiers mods =
+        event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier);
+
+    if (m_doc.m_bMovingSplit) {
+        if (key == Qt::Key_Left && mods == Qt::NoModifier) {
+            SplitMove(m_fBarTwips - kKeyboardStep);
+            return true;
+        }
+        if (key == Qt::Key_Right && mods == Qt::NoModifier) {
+            SplitMove(m_fBarTwips + kKeyboardStep);
+            return true;
+        }
+        if (key == Qt::Key_Escape) {
+            SplitMoveCancel();
+            return true;
+        }
+        SplitMoveEnd();
+    }
+
+    if (mods == Qt::NoModifier) {
+        const bool keypad = event->modifiers() & Qt::KeypadModifier;
+        switch (key) {
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            SplitMoveEnd();
+            return false;
+        case Qt::Key_Plus:
+            if (!keypad) {
+                return false;
+            }
+            runCommand(QStringLiteral("OutlineExpand"), QStringLiteral("mnuOutlineExpand"));
+            return true;
+        case Qt::Key_Minus:
+            if (!keypad) {
+                return false;
+            }
+            runCommand(QStringLiteral("OutlineCollapse"), QStringLiteral("mnuOutlineCollapse"));
+            return true;
+        case Qt::Key_F2:
+            if (!runCommand(QStringLiteral("OutlineRename"), QStringLiteral("mnuOutlineRename")) &&
+                !hooks().runCommand && !m_doc.bReadOnly) {
+                // Without a main window the rename is the label edit of the selected entry.
+                StartLabelEdit(m_doc.trvOutline().SelectedItem());
+            }
+            return true;
+        default:
+            return false;
+        }
+    }
+
+    if (mods == Qt::AltModifier) {
+        static const struct {
+            int key;
+            const char *command;
+        } altKeys[] = {
+            {Qt::Key_A, "OutlineInsertAbove"},  {Qt::Key_B, "OutlineInsertBelow"},
+            {Qt::Key_I, "OutlineInsertChild"},  {Qt::Key_C, "OutlineCopy"},
+            {Qt::Key_P, "OutlinePaste"},        {Qt::Key_T, "OutlineTaggedEntry"},
+            {Qt::Key_Right, "OutlineIndent"},   {Qt::Key_Left, "OutlineUnindent"},
+            {Qt::Key_Up, "OutlineMoveUp"},      {Qt::Key_Down, "OutlineMoveDown"},
+            {Qt::Key_Home, "OutlineMoveFirst"}, {Qt::Key_End, "OutlineMoveLast"},
+            {Qt::Key_Delete, "OutlineDelete"},
+        };
+        for (const auto &k : altKeys) {
+            if (k.key == key) {
+                const QString command = QString::fromLatin1(k.command);
+                runCommand(command, QStringLiteral("mnu") + command);
+                return true;
+            }
+        }
+        return false;
+    }
+
+    if (mods == Qt::ControlModifier) {
+        switch (key) {
+        case Qt::Key_D:
+            runCommand(QStringLiteral("EditInsertShortDate"),
+                       QStringLiteral("mnuEditInsertShortDate"));
+            return true;
+        case Qt::Key_M:
+            runCommand(QStringLiteral("EditInsertTime"), QStringLiteral("mnuEditInsertTime"));
+            return true;
+        case Qt::Key_F6:
+            activateNextDocument();
+            return true;
+        default:
+            return false;
+        }
+    }
+
+    if (mods == (Qt::ControlModifier | Qt::ShiftModifier)) {
+        // Both keys pass False: the key is dropped before they are told apart.
+        if (key == Qt::Key_Comma || key == Qt::Key_Period || key == Qt::Key_Less ||
+            key == Qt::Key_Greater) {
+            if (m_pText->textCursor().hasSelection()) {
+                runCommand(QStringLiteral("ChangeSelectedFontSize False"), QString());
+            }
+            return true;
+        }
+    }
+    return false;
+}
+
+void frmDocument::activateNextDocument() {
+    PROC("frmDocument activateNextDocument");
+    const qsizetype self = g_windows.indexOf(this);
+    frmDocument *next = nullptr;
+    for (qsizetype i = self + 1; i < g_windows.size() && !next; ++i) {
+        next = g_windows[i];
+    }
+    for (qsizetype i = 0; i < g_windows.size() && !next; ++i) {
+        if (g_windows[i] != this) {
+            next = g_windows[i];
+        }
+    }
+    if (!next) {
+        return;
+    }
+    Documents::SetActive(&next->m_doc);
+    if (auto *sub = qobject_cast<QMdiSubWindow *>(next->parentWidget())) {
+        if (QMdiArea *area = sub->mdiArea()) {
+            area->setActiveSubWindow(sub);
+        }
+    } else {
+        next->activateWindow();
+    }
+    next->Form_Activate();
+}
+
+bool frmDocument::Form_QueryUnload() {
+    PROC("frmDocument Form_QueryUnload");
+    if (m_doc.bReadOnly || !m_doc.m_bDataChanged) {
+        return true;
+    }
+    const QString question =
+        QStringLiteral("Do you want to save the file ") + m_doc.m_sFile + QStringLiteral("?");
+    QMessageBox::StandardButton answer;
+    if (const auto &ask = hooks().ask) {
+        answer = ask(this, question);
+    } else {
+        answer = QMessageBox::question(window(), QApplication::applicationName(), question,
+                                       QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+    }
+    if (answer == QMessageBox::Cancel) {
+        return false;
+    }
+    if (answer == QMessageBox::Yes) {
+        runCommand(QStringLiteral("FileSave"), QStringLiteral("mnuFileSave"));
+    }
+    return true;
+}
+
+// Qt events.
+
+void frmDocument::resizeEvent(QResizeEvent *event) {
+    QWidget::resizeEvent(event);
+    if (!m_bLaidOut) {
+        SplitSizeControls(kMargin);
+        ViewInitialise();
+        m_bLaidOut = true;
+        return;
+    }
+    SplitSizeControls(m_fSplit);
+}
+
+void frmDocument::showEvent(QShowEvent *event) {
+    QWidget::showEvent(event);
+    Form_Activate();
+}
+
+void frmDocument::closeEvent(QCloseEvent *event) {
+    if (Form_QueryUnload()) {
+        event->accept();
+    } else {
+        event->ignore();
+    }
+}
+
+bool frmDocument::eventFilter(QObject *watched, QEvent *event) {
+    switch (event->type()) {
+    case QEvent::KeyPress:
+        if (watched == m_pTree || watched == m_pText || watched == m_pBar) {
+            if (Form_KeyDown(static_cast<QKeyEvent *>(event))) {
+                return true;
+            }
+        }
+        break;
+    case QEvent::FocusIn:
+        if (watched == m_pTree) {
+            trvOutline_GotFocus();
+        } else if (watched == m_pText) {
+            txtRTF_GotFocus();
+        }
+        break;
+    case QEvent::FocusOut:
+        if (watched == m_pBar && m_doc.m_bMovingSplit) {
+            SplitMoveEnd();
+        }
+        break;
+    case QEvent::MouseButtonPress:
+        if (watched == m_pGrip && static_cast<QMouseEvent *>(event)->button() == Qt::LeftButton) {
+            SplitMoveStart();
+            return true;
+        }
+        break;
+    case QEvent::MouseMove:
+        if (watched == m_pGrip) {
+            const auto *me = static_cast<QMouseEvent *>(event);
+            SplitMove(toTwips(m_pGrip->mapTo(this, me->position().toPoint()).x()));
+            return true;
+        }
+        break;
+    case QEvent::MouseButtonRelease:
+        if (watched == m_pGrip) {
+            SplitMoveEnd();
+            return true;
+        }
+        break;
+    case QEvent::MouseButtonDblClick:
+        if (watched == m_pGrip) {
+            ViewFitSplit();
+            return true;
+        }
+        break;
+    default:
+        break;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+QWidget *frmDocument::picSplitter() const {
+    return m_pBar;
+}

@@ -1,0 +1,140 @@
+#pragma once
+
+#include "document/Document.h"
+
+#include <QMessageBox>
+#include <QPointer>
+#include <QWidget>
+
+#include <functional>
+
+class OutlineModel;
+class OutlineTreeView;
+class RichTextBuffer;
+class QFrame;
+class QModelIndex;
+class QTextEdit;
+class QTreeView;
+class QKeyEvent;
+
+// One open document: the outline on the left, the selected entry's text on the right and the
+// splitter between them. The window owns its Document and is that document's view.
+// Splitter positions and widths are in twips (1440 per inch at the screen's logical DPI).
+class frmDocument : public QWidget, public DocumentView {
+    Q_OBJECT
+public:
+    // What the window needs of the main window; each hook may be left empty.
+    struct Hooks {
+        // Runs a command for a shortcut: the command procedure's name and the menu item whose
+        // enabled state governs it (empty when none). Returns whether the command ran.
+        std::function<bool(const QString &command, const QString &menuItem)> runCommand;
+        std::function<void(frmDocument *window, Node *node)> updateStatusBar;
+        std::function<void()> menuEnableDynamic;
+        // Asks a Yes/No/Cancel question; unset, a message box titled with the application
+        // name asks it.
+        std::function<QMessageBox::StandardButton(QWidget *owner, const QString &question)> ask;
+    };
+    static Hooks &hooks();
+
+    // The AutoSplit setting, shared by every document window.
+    static bool autoFitSplit();
+    static void setAutoFitSplit(bool on);
+    // The AutoLabelEdit setting: a click on the selected entry starts editing its label.
+    static void setClickToRename(bool on);
+
+    // Document windows in the order they were opened.
+    static const QList<frmDocument *> &windows();
+
+    explicit frmDocument(QWidget *parent = nullptr);
+    ~frmDocument() override;
+
+    Document &document() { return m_doc; }
+    OutlineModel *model() const { return m_pModel; }
+    QTreeView *trvOutline() const;
+    QTextEdit *txtRTF() const { return m_pText; }
+    RichTextBuffer *buffer() const { return m_pBuffer; }
+    QWidget *imgSplitter() const { return m_pGrip; }
+    QWidget *picSplitter() const;
+
+    // Twips and pixels of this window's screen.
+    double twipsPerPixel() const;
+    int toPixels(double twips) const;
+    double toTwips(int pixels) const;
+    double innerWidth() const;  // twips
+    double innerHeight() const; // twips
+    double outlineWidth() const;
+    double textLeft() const;
+    double textWidth() const;
+    double gripLeft() const;
+    double barLeft() const;
+
+    // The splitter.
+    void SplitCheckPosition(double &position) const;
+    void SplitSizeControls(double position);
+    void SplitMoveStart();
+    void SplitMove(double position);
+    void SplitMoveEnd();
+    void SplitMoveCancel();
+
+    // The layout commands of the View menu, on this window.
+    void ViewInitialise();
+    void ViewEqualiseLeftAndRight();
+    void ViewMaximiseLeft();
+    void ViewMaximiseRight();
+    void ViewMoveSplit();
+    void ViewGoToOutline();
+    void ViewGoToText();
+    void ViewFitSplit();
+    // The width (twips) that the showing labels need, with indentation, icon and scroll bar.
+    double requiredOutlineWidth() const;
+
+    // The window's keyboard shortcuts; true when the key was consumed.
+    bool Form_KeyDown(QKeyEvent *event);
+    // The closing question; true when the window may close.
+    bool Form_QueryUnload();
+    // Activates the next document window after this one (Ctrl+F6).
+    void activateNextDocument();
+
+    // DocumentView
+    void SetOutlineVisible(bool visible) override;
+    void StartLabelEdit(Node *node) override;
+    void ViewAutoFitSplit() override;
+    void UpdateStatusBar(Node *node) override;
+    void MenuEnableDynamic() override;
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void Form_Activate();
+    void trvOutline_NodeClick(Node *node);
+    void trvOutline_Expand(Node *node);
+    void trvOutline_Collapse(Node *node);
+    void trvOutline_AfterLabelEdit();
+    void trvOutline_GotFocus();
+    void txtRTF_Change();
+    void txtRTF_GotFocus();
+
+    void onNodeExpandedChanged(const QModelIndex &index, bool expanded);
+    void onNodeSelected(const QModelIndex &index);
+    void onEnsureVisible(const QModelIndex &index);
+    void onBatchEnded();
+    bool runCommand(const QString &command, const QString &menuItem);
+    bool busy() const;
+
+    Document m_doc;
+    OutlineModel *m_pModel = nullptr;
+    OutlineTreeView *m_pTree = nullptr;
+    QTextEdit *m_pText = nullptr;
+    RichTextBuffer *m_pBuffer = nullptr; // owned by the document as its text pane
+    QWidget *m_pGrip = nullptr;
+    QFrame *m_pBar = nullptr;
+    double m_fSplit = 1500;    // current splitter position (twips)
+    double m_fBarTwips = 1500; // the moving bar's position (twips)
+    bool m_bLaidOut = false;
+    bool m_bSyncing = false;  // the view is being put in step with the tree
+    NodeRef m_nodPendingEdit; // label edit asked for during a batch
+};

@@ -1,0 +1,451 @@
+// The document window: outline, text pane and splitter kept in step with the entry tree.
+
+#include "editor/OutlineModel.h"
+#include "editor/RichTextBuffer.h"
+#include "editor/frmDocument.h"
+#include "outline/modNodes.h"
+#include "support/FakeDocument.h"
+
+#include <QAbstractItemModelTester>
+#include <QLineEdit>
+#include <QTest>
+#include <QTextEdit>
+#include <QTreeView>
+
+using namespace modNodes;
+
+namespace {
+
+Node *find(Nodes &nodes, const QString &label) {
+    for (Node *n : nodes) {
+        if (n->Text() == label) {
+            return n;
+        }
+    }
+    return nullptr;
+}
+
+void putText(Node *node, const QByteArray &plain) {
+    QByteArray stored;
+    NodeTextCompressIfRequired("{\\rtf1\\ansi " + plain + "}", stored);
+    node->setTag(stored);
+}
+
+QString storedPlain(Node *node) {
+    QByteArray rtf;
+    NodeTextDecompressIfRequired(node->Tag(), rtf);
+    RichTextBuffer b;
+    b.SetTextRTF(rtf);
+    return b.Text().trimmed();
+}
+
+// The labels of the rows the outline shows, top to bottom, indented two blanks per level.
+QStringList shownRows(QTreeView *view) {
+    QStringList out;
+    for (QModelIndex i = view->model()->index(0, 0); i.isValid(); i = view->indexBelow(i)) {
+        int depth = 0;
+        for (QModelIndex p = i.parent(); p.isValid(); p = p.parent()) {
+            ++depth;
+        }
+        out << QString(depth * 2, QLatin1Char(' ')) + i.data().toString();
+    }
+    return out;
+}
+
+// The rows the tree says are showing: the children of expanded entries.
+void treeRows(Node *node, int depth, QStringList &out) {
+    for (; node; node = node->Next()) {
+        out << QString(depth * 2, QLatin1Char(' ')) + node->Text();
+        if (node->Expanded()) {
+            treeRows(node->Child(), depth + 1, out);
+        }
+    }
+}
+
+// A shown document window holding a small outline, the active document.
+struct Window {
+    frmDocument w;
+    std::vector<Node *> nodes;
+    explicit Window(const QString &outline = "root\n  a\n    a1\n  b\n  c\n") {
+        nodes = BuildOutline(w.document(), outline);
+        w.resize(600, 300);
+        w.show();
+        Documents::SetActive(&w.document());
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+    }
+    Nodes &tree() { return w.document().trvOutline(); }
+    QModelIndex index(const QString &label) {
+        return w.model()->indexFromNode(find(tree(), label));
+    }
+};
+
+struct Calls {
+    QStringList commands;
+    Calls() {
+        frmDocument::hooks().runCommand = [this](const QString &command, const QString &menu) {
+            commands << command + "|" + menu;
+            return true;
+        };
+    }
+    ~Calls() { frmDocument::hooks() = {}; }
+};
+
+} // namespace
+
+class TestDocumentWindow : public QObject {
+    Q_OBJECT
+private slots:
+    void cleanup() { frmDocument::hooks() = {}; }
+    void selectionAndTextInStep();
+    void labelEditRenames();
+    void expandCollapseInStep_data();
+    void expandCollapseInStep();
+    void splitterClamps_data();
+    void splitterClamps();
+    void splitterKeyboardMove_data();
+    void splitterKeyboardMove();
+    void fitSplit_data();
+    void fitSplit();
+    void batchShowsRightTree();
+    void shortcuts_data();
+    void shortcuts();
+    void closeQuestion_data();
+    void closeQuestion();
+};
+
+void TestDocumentWindow::selectionAndTextInStep() {
+    Window t;
+    putText(find(t.tree(), "b"), "text of b");
+    putText(find(t.tree(), "a1"), "text of a1");
+
+    // Clicking an entry selects it, loads its text and marks the document changed.
+    t.w.document().m_bDataChanged = false;
+    t.w.trvOutline()->setCurrentIndex(t.index("b"));
+    QCOMPARE(t.tree().SelectedItem(), find(t.tree(), "b"));
+    QCOMPARE(t.w.buffer()->Text().trimmed(), QString("text of b"));
+    QVERIFY(t.w.document().m_bDataChanged);
+
+    // Selecting through the tree moves the view's selection and shows a hidden entry.
+    NodeSelectFull(&t.w.document(), find(t.tree(), "a1"));
+    QCOMPARE(t.w.trvOutline()->currentIndex(), t.index("a1"));
+    QVERIFY(t.w.trvOutline()->isExpanded(t.index("a")));
+    QCOMPARE(t.w.buffer()->Text().trimmed(), QString("text of a1"));
+
+    // Typing stores the text back into the selected entry; the other entry keeps its own.
+    QTextCursor c = t.w.txtRTF()->textCursor();
+    c.movePosition(QTextCursor::End);
+    t.w.txtRTF()->setTextCursor(c);
+    QTest::keyClicks(t.w.txtRTF(), " more");
+    QCOMPARE(storedPlain(find(t.tree(), "a1")), QString("text of a1 more"));
+    QCOMPARE(storedPlain(find(t.tree(), "b")), QString("text of b"));
+
+    // While a document is being transferred, changes are neither stored nor marked.
+    t.w.document().m_bDataChanged = false;
+    g_bDocTransfer = true;
+    QTest::keyClicks(t.w.txtRTF(), "X");
+    g_bDocTransfer = false;
+    QVERIFY(!t.w.document().m_bDataChanged);
+    QCOMPARE(storedPlain(find(t.tree(), "a1")), QString("text of a1 more"));
+}
+
+void TestDocumentWindow::labelEditRenames() {
+    Window t;
+    Node *b = find(t.tree(), "b");
+    t.w.StartLabelEdit(b);
+    auto *editor = t.w.trvOutline()->findChild<QLineEdit *>();
+    QVERIFY(editor);
+    editor->selectAll();
+    QTest::keyClicks(editor, "Renamed");
+    QTest::keyClick(editor, Qt::Key_Return);
+    // The delegate commits on the next turn of the event loop.
+    QTRY_COMPARE(b->Text(), QString("Renamed"));
+    QCOMPARE(t.index("Renamed").data().toString(), QString("Renamed"));
+
+    // A read-only document offers no label edit.
+    t.w.model()->setEditable(false);
+    t.w.StartLabelEdit(b);
+    QTest::qWait(0);
+    auto *again = t.w.trvOutline()->findChild<QLineEdit *>();
+    QVERIFY(!again || !again->isVisible());
+}
+
+void TestDocumentWindow::expandCollapseInStep_data() {
+    QTest::addColumn<bool>("fromView");
+    QTest::newRow("tree to view") << false;
+    QTest::newRow("view to tree") << true;
+}
+
+void TestDocumentWindow::expandCollapseInStep() {
+    QFETCH(bool, fromView);
+    Window t;
+    QTreeView *view = t.w.trvOutline();
+    Node *root = find(t.tree(), "root");
+    Node *a = find(t.tree(), "a");
+    t.w.document().m_bDataChanged = false;
+    t.w.document().m_iExpansionLevel = 3;
+
+    if (fromView) {
+        view->expand(t.index("root"));
+        view->expand(t.index("a"));
+    } else {
+        root->setExpanded(true);
+        a->setExpanded(true);
+    }
+    QVERIFY(root->Expanded() && a->Expanded());
+    QVERIFY(view->isExpanded(t.index("root")) && view->isExpanded(t.index("a")));
+    QCOMPARE(shownRows(view), QStringList({"root", "  a", "    a1", "  b", "  c"}));
+    // Only the user's expansion is an event of the window.
+    QCOMPARE(t.w.document().m_bDataChanged, fromView);
+    QCOMPARE(t.w.document().m_iExpansionLevel, fromView ? -1 : 3);
+
+    NodeSelectFull(&t.w.document(), find(t.tree(), "a1"));
+    if (fromView) {
+        view->collapse(t.index("a"));
+        // Collapsing takes the selection out of the hidden branch.
+        QCOMPARE(t.tree().SelectedItem(), a);
+    } else {
+        a->setExpanded(false);
+    }
+    QVERIFY(!a->Expanded());
+    QVERIFY(!view->isExpanded(t.index("a")));
+    QCOMPARE(shownRows(view), QStringList({"root", "  a", "  b", "  c"}));
+
+    NodeExpandAll(root);
+    QStringList expected;
+    treeRows(root, 0, expected);
+    QCOMPARE(shownRows(view), expected);
+    NodeCollapseAll(root);
+    QCOMPARE(shownRows(view), QStringList({"root"}));
+}
+
+void TestDocumentWindow::splitterClamps_data() {
+    QTest::addColumn<double>("widthTwips");
+    QTest::addColumn<double>("position");
+    QTest::addColumn<QString>("expected"); // "low" 1500, "high" inner - 1500, "same"
+    QTest::newRow("wide, in range") << 9000.0 << 4000.0 << "same";
+    QTest::newRow("wide, too far left") << 9000.0 << 200.0 << "low";
+    QTest::newRow("wide, zero") << 9000.0 << 0.0 << "low";
+    QTest::newRow("wide, too far right") << 9000.0 << 8800.0 << "high";
+    QTest::newRow("narrow window, right rule wins") << 2000.0 << 1600.0 << "high";
+    QTest::newRow("narrow window, low position") << 2000.0 << 0.0 << "high";
+}
+
+void TestDocumentWindow::splitterClamps() {
+    QFETCH(double, widthTwips);
+    QFETCH(double, position);
+    QFETCH(QString, expected);
+    Window t;
+    t.w.resize(t.w.toPixels(widthTwips), 300);
+    const double inner = t.w.innerWidth();
+    t.w.SplitSizeControls(position);
+    const double want = expected == "low" ? 1500 : expected == "high" ? inner - 1500 : position;
+    QCOMPARE(t.w.outlineWidth(), want);
+    QCOMPARE(t.w.trvOutline()->width(), std::max(0, t.w.toPixels(want)));
+    QCOMPARE(t.w.txtRTF()->x(), t.w.toPixels(want + 40));
+    QCOMPARE(t.w.textWidth(), std::max(0.0, inner - (want + 140)));
+
+    // The maximising commands go to the clamped ends.
+    t.w.ViewMaximiseLeft();
+    QCOMPARE(t.w.outlineWidth(), inner - 1500);
+    t.w.ViewMaximiseRight();
+    QCOMPARE(t.w.outlineWidth(), inner < 3000 ? inner - 1500 : 1500.0);
+}
+
+void TestDocumentWindow::splitterKeyboardMove_data() {
+    QTest::addColumn<QList<int>>("keys");
+    QTest::addColumn<double>("barMove"); // the bar's move, in twips, before the last key
+    QTest::addColumn<bool>("applied");   // the panes follow the bar
+    QTest::addColumn<bool>("stillMoving");
+    QTest::newRow("right twice, enter")
+        << QList<int>{Qt::Key_Right, Qt::Key_Right, Qt::Key_Return} << 200.0 << true << false;
+    QTest::newRow("left, other key")
+        << QList<int>{Qt::Key_Left, Qt::Key_X} << -100.0 << true << false;
+    QTest::newRow("right, escape")
+        << QList<int>{Qt::Key_Right, Qt::Key_Escape} << 100.0 << false << false;
+    QTest::newRow("right only") << QList<int>{Qt::Key_Right} << 100.0 << false << true;
+}
+
+void TestDocumentWindow::splitterKeyboardMove() {
+    QFETCH(QList<int>, keys);
+    QFETCH(double, barMove);
+    QFETCH(bool, applied);
+    QFETCH(bool, stillMoving);
+    Window t;
+    t.w.SplitSizeControls(3000);
+    const double start = t.w.outlineWidth();
+    const int startGrip = t.w.imgSplitter()->x();
+    t.w.ViewMoveSplit();
+    QVERIFY(t.w.document().m_bMovingSplit);
+    QVERIFY(t.w.picSplitter()->isVisible());
+    for (int i = 0; i < keys.size(); ++i) {
+        if (i == keys.size() - 1 && keys.size() > 1) {
+            QCOMPARE(t.w.barLeft(), t.w.toTwips(t.w.toPixels(start + barMove)));
+        }
+        QTest::keyClick(t.w.picSplitter(), Qt::Key(keys[i]));
+    }
+    QCOMPARE(t.w.document().m_bMovingSplit, stillMoving);
+    QCOMPARE(t.w.picSplitter()->isVisible(), stillMoving);
+    QCOMPARE(t.w.outlineWidth(), applied ? start + barMove : start);
+    if (!applied) {
+        QCOMPARE(t.w.imgSplitter()->x(), startGrip);
+    }
+}
+
+void TestDocumentWindow::fitSplit_data() {
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("short labels") << "x"
+                                  << "low";
+    QTest::newRow("very long label") << QString(400, QLatin1Char('W')) << "high";
+    QTest::newRow("medium label") << QString(40, QLatin1Char('m')) << "between";
+}
+
+void TestDocumentWindow::fitSplit() {
+    QFETCH(QString, label);
+    QFETCH(QString, expected);
+    Window t;
+    t.w.resize(t.w.toPixels(12000), 300);
+    find(t.tree(), "b")->setText(label);
+    find(t.tree(), "root")->setExpanded(true);
+    t.w.ViewFitSplit();
+    const double inner = t.w.innerWidth();
+    const double got = t.w.outlineWidth();
+    if (expected == "low") {
+        QCOMPARE(got, 1500.0);
+    } else if (expected == "high") {
+        QCOMPARE(got, inner - 1500);
+    } else {
+        // The narrowest width in steps of 100 that holds every showing label.
+        QVERIFY(got > 1500 && got < inner - 1500);
+        QCOMPARE(std::fmod(got, 100.0), 0.0);
+        QVERIFY(t.w.requiredOutlineWidth() <= got);
+        QVERIFY(t.w.requiredOutlineWidth() > got - 100);
+    }
+    // With the option on, expanding by hand re-fits; while it is off nothing moves.
+    t.w.SplitSizeControls(5000);
+    frmDocument::setAutoFitSplit(false);
+    t.w.trvOutline()->collapse(t.index("root"));
+    QCOMPARE(t.w.outlineWidth(), 5000.0);
+    frmDocument::setAutoFitSplit(true);
+    t.w.trvOutline()->expand(t.index("root"));
+    frmDocument::setAutoFitSplit(false);
+    QCOMPARE(t.w.outlineWidth(), got);
+}
+
+void TestDocumentWindow::batchShowsRightTree() {
+    Window t("root\n  a\n  b\n");
+    QAbstractItemModelTester tester(t.w.model(),
+                                    QAbstractItemModelTester::FailureReportingMode::QtTest);
+    Node *root = find(t.tree(), "root");
+    NodeSelectFull(&t.w.document(), find(t.tree(), "b"));
+
+    NodeActionStart();
+    QVERIFY(!t.w.trvOutline()->updatesEnabled());
+    Node *parent = root;
+    for (int i = 0; i < 3000; ++i) {
+        Node *n = NodeInsert(&t.w.document(), i % 50 == 0 ? relChild : relLast,
+                             i % 50 == 0 ? root : parent);
+        n->setText(QString("n%1").arg(i));
+        if (i % 50 == 0) {
+            parent = n->Child() ? n->Child() : n;
+            NodeInsert(&t.w.document(), relChild, n)->setText(QString("n%1 child").arg(i));
+            parent = n->Child();
+        }
+    }
+    NodeDelete(&t.w.document(), find(t.tree(), "a"));
+    NodeExpandAll(root);
+    find(t.tree(), "n50")->setExpanded(false);
+    NodeSelectFull(&t.w.document(), find(t.tree(), "n2999"));
+    NodeActionEnd();
+
+    QVERIFY(t.w.trvOutline()->updatesEnabled());
+    QStringList expected;
+    treeRows(root, 0, expected);
+    QCOMPARE(shownRows(t.w.trvOutline()), expected);
+    QCOMPARE(t.w.trvOutline()->currentIndex(), t.index("n2999"));
+    QVERIFY(!t.w.trvOutline()->isExpanded(t.index("n50")));
+}
+
+void TestDocumentWindow::shortcuts_data() {
+    QTest::addColumn<int>("key");
+    QTest::addColumn<int>("modifiers");
+    QTest::addColumn<bool>("selectText");
+    QTest::addColumn<QString>("call"); // empty: no command
+    QTest::addColumn<bool>("consumed");
+    const int alt = Qt::AltModifier, ctrl = Qt::ControlModifier,
+              cs = Qt::ControlModifier | Qt::ShiftModifier;
+    QTest::newRow("Alt+A") << int(Qt::Key_A) << alt << false
+                           << "OutlineInsertAbove|mnuOutlineInsertAbove" << true;
+    QTest::newRow("Alt+Delete") << int(Qt::Key_Delete) << alt << false
+                                << "OutlineDelete|mnuOutlineDelete" << true;
+    QTest::newRow("Alt+Up") << int(Qt::Key_Up) << alt << false << "OutlineMoveUp|mnuOutlineMoveUp"
+                            << true;
+    QTest::newRow("Alt+X") << int(Qt::Key_X) << alt << false << "" << false;
+    QTest::newRow("keypad +") << int(Qt::Key_Plus) << int(Qt::KeypadModifier) << false
+                              << "OutlineExpand|mnuOutlineExpand" << true;
+    QTest::newRow("plain +") << int(Qt::Key_Plus) << 0 << false << "" << false;
+    QTest::newRow("F2") << int(Qt::Key_F2) << 0 << false << "OutlineRename|mnuOutlineRename"
+                        << true;
+    QTest::newRow("Ctrl+D") << int(Qt::Key_D) << ctrl << false
+                            << "EditInsertShortDate|mnuEditInsertShortDate" << true;
+    QTest::newRow("Ctrl+Shift+< selected")
+        << int(Qt::Key_Less) << cs << true << "ChangeSelectedFontSize False|" << true;
+    QTest::newRow("Ctrl+Shift+> selected")
+        << int(Qt::Key_Greater) << cs << true << "ChangeSelectedFontSize False|" << true;
+    QTest::newRow("Ctrl+Shift+> nothing selected")
+        << int(Qt::Key_Greater) << cs << false << "" << true;
+    QTest::newRow("Ctrl+F6 alone") << int(Qt::Key_F6) << ctrl << false << "" << true;
+}
+
+void TestDocumentWindow::shortcuts() {
+    QFETCH(int, key);
+    QFETCH(int, modifiers);
+    QFETCH(bool, selectText);
+    QFETCH(QString, call);
+    QFETCH(bool, consumed);
+    Window t;
+    Calls calls;
+    putText(find(t.tree(), "b"), "some text");
+    NodeSelectFull(&t.w.document(), find(t.tree(), "b"));
+    if (selectText) {
+        t.w.txtRTF()->selectAll();
+    }
+    QKeyEvent press(QEvent::KeyPress, key, Qt::KeyboardModifiers(modifiers));
+    QCOMPARE(t.w.Form_KeyDown(&press), consumed);
+    QCOMPARE(calls.commands, call.isEmpty() ? QStringList() : QStringList{call});
+    QCOMPARE(Documents::Active(), &t.w.document());
+}
+
+void TestDocumentWindow::closeQuestion_data() {
+    QTest::addColumn<bool>("changed");
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<bool>("asked");
+    QTest::addColumn<bool>("closes");
+    QTest::addColumn<bool>("saved");
+    QTest::newRow("unchanged") << false << int(QMessageBox::Cancel) << false << true << false;
+    QTest::newRow("changed, cancel") << true << int(QMessageBox::Cancel) << true << false << false;
+    QTest::newRow("changed, no") << true << int(QMessageBox::No) << true << true << false;
+    QTest::newRow("changed, yes") << true << int(QMessageBox::Yes) << true << true << true;
+}
+
+void TestDocumentWindow::closeQuestion() {
+    QFETCH(bool, changed);
+    QFETCH(int, answer);
+    QFETCH(bool, asked);
+    QFETCH(bool, closes);
+    QFETCH(bool, saved);
+    Window t;
+    Calls calls;
+    QStringList questions;
+    frmDocument::hooks().ask = [&](QWidget *, const QString &q) {
+        questions << q;
+        return QMessageBox::StandardButton(answer);
+    };
+    t.w.document().m_bDataChanged = changed;
+    QCOMPARE(t.w.close(), closes);
+    QCOMPARE(questions, asked ? QStringList{"Do you want to save the file ?"} : QStringList());
+    QCOMPARE(calls.commands.contains("FileSave|mnuFileSave"), saved);
+}
+
+QTEST_MAIN(TestDocumentWindow)
+#include "tst_documentwindow.moc"
