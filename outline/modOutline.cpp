@@ -1,7 +1,7 @@
 #include "outline/modOutline.h"
 
-#include "app/modMain.h"
 #include "app/MainWindowHost.h"
+#include "app/modMain.h"
 #include "document/Document.h"
 #include "editor/clsFont.h"
 #include "outline/BusyPointer.h"

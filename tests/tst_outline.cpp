@@ -1,8 +1,8 @@
 // The outline commands and dragged entries: inserts, deletes with each answer, copy and paste,
 // tags, moves with their climbing rules, indent and unindent, sorting once, expansion levels,
 // the drop rules and drops with each placement.
-#include "app/modMain.h"
 #include "app/MainWindowHost.h"
+#include "app/modMain.h"
 #include "document/Document.h"
 #include "outline/modDrag.h"
 #include "outline/modNodes.h"
