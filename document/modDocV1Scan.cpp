@@ -144,7 +144,8 @@ void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &
             rec.KeyPosition = p;
             pending = true;
             start = close + 1;
-        } else if (modDoc::DocLoadTagAtPosition(text, "nodelabel", p, close, rec.Label)) {
+        } else if (modDoc::DocLoadTagAtPosition(text, "nodelabel", p, close, value)) {
+            rec.Label = value;
             start = close + 1;
         } else if (modDoc::DocLoadTagAtPosition(text, "nodetagged", p, close, value)) {
             rec.Tagged = value == "True";
