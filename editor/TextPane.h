@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+class clsFont;
+
 // What the entry texts need of a document's text pane: its whole content as rich text, and
 // whether it is drawn. The rich-text buffer implements it; the window shows that buffer.
 // Rich text is held as bytes: RTF is 7-bit markup, and any byte above 0x7F is a character of the
@@ -15,4 +17,9 @@ public:
 
     virtual bool Visible() const = 0;
     virtual void SetVisible(bool visible) = 0;
+
+    // Sets the base font of the pane, in which new text is typed.
+    virtual void SetBaseFont(const clsFont &font) = 0;
+    // Applies the font to the whole of the current text (every character, all six attributes).
+    virtual void ApplyFontToAll(const clsFont &font) = 0;
 };
