@@ -7,6 +7,8 @@
 
 #include <functional>
 
+#include "editor/clsFont.h"
+
 class Document;
 
 // Creating documents and moving them between the model and files: the choice of format (by the
@@ -38,6 +40,18 @@ QString TextFormatWarning();
 int OpenDocumentCount();
 void DocumentClosed();
 
+// Who makes document windows: the application sets a factory that builds the window with its
+// document (text pane and view included) and returns the document. Without one, documents are
+// headless and owned here until DocClose.
+using DocumentFactory = std::function<Document *()>;
+void SetDocumentFactory(DocumentFactory factory);
+// Records a file just opened or saved in the recently used files (the application sets it).
+void SetRecentFileRule(std::function<void(const QString &path)> rule);
+// The application's default outline and text fonts, given to new documents.
+void SetDefaultFonts(const clsFont &outline, const clsFont &text);
+// Lowers the counter and, for a headless document, destroys it.
+void DocClose(Document *doc);
+
 // A new document window, captioned "Document n"; it becomes the active document.
 Document *DocInit();
 // A new, empty document: default fonts, marked changed, native format.
@@ -45,6 +59,12 @@ Document *DocNew();
 // Opens a file into a new document (nothing happens when the file does not exist). Returns the
 // new document, or null.
 Document *DocLoad(const QString &path);
+// Loads a file's bytes into a fresh document whose m_sFile is set: the format by the extension,
+// then by the "formatversion" tag; finishes the document (caption, read-only state, showing and
+// tagged entries, selection).
+void DocLoadBytes(Document &doc, const QByteArray &bytes);
+void DocFinishLoad(Document &doc, const QString &selectedKey, const QList<bool> &taggedByIndex,
+                   const QList<bool> &showingByIndex);
 // Saves the active document under `path`. Returns true when the file was written.
 bool DocSave(const QString &path);
 // Saves a given document (the active one is not consulted). `backupAndAsk` false skips the backup

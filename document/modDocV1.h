@@ -4,6 +4,7 @@
 #include <QByteArrayView>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -61,6 +62,11 @@ void DocSaveNodeAll(Node *node, QByteArray &out);
 // the session log and the load goes on with what can be read.
 QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &taggedByIndex,
                        QList<bool> &showingByIndex);
+
+// Gives a freshly inserted entry its label and stored text, selects it and records its tagged and
+// showing marks at its index (growing the lists as needed).
+void DocLoadVersionNodeSet(Document *doc, Node *node, EntryRecord &rec, QList<bool> &taggedByIndex,
+                           QList<bool> &showingByIndex);
 
 // A damage report of a native file, without building a document.
 struct CheckReport {
