@@ -197,7 +197,7 @@ public:
 
     private:
         friend class Nodes;
-        const_iterator(const std::vector<Node *> *slots, size_t i) : m_slots(slots), m_i(i) {
+        const_iterator(const std::vector<Node *> *slotList, size_t i) : m_slots(slotList), m_i(i) {
             skip();
         }
         void skip() {
