@@ -15,6 +15,9 @@ QString PlainText(const QByteArray &storedText) {
     PROC("modDocText PlainText");
     QByteArray rtf;
     modNodes::NodeTextDecompressIfRequired(storedText, rtf);
+    if (rtf.isEmpty()) {
+        return {};
+    }
 #ifdef MAVROLEN_HAVE_RICH_TEXT_BUFFER
     static RichTextBuffer buffer;
     buffer.SetTextRTF(rtf);

@@ -107,7 +107,7 @@ void WriteWholeFile(const QString &path, const QByteArray &bytes) {
     }
     QSaveFile file(path);
     errno = 0;
-    if (!file.open(QIODevice::WriteOnly)) {
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         raiseForSaveFile(file, errno);
     }
     // Written in slices so that a failure is seen where it happens.
