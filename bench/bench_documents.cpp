@@ -144,6 +144,16 @@ void BM_Save(benchmark::State &state) {
     modDoc::DocClose(doc);
 }
 
+// The file's bytes alone, without the disk.
+void BM_SaveBytes(benchmark::State &state) {
+    const QString path = documentFile(int(state.range(0)));
+    Document *doc = modDoc::DocLoad(path);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(modDocV1::DocSaveVersion(*doc));
+    }
+    modDoc::DocClose(doc);
+}
+
 void BM_ExportText(benchmark::State &state) {
     const QString path = documentFile(int(state.range(0)));
     Document *doc = modDoc::DocLoad(path);
@@ -161,6 +171,7 @@ void BM_ExportText(benchmark::State &state) {
 
 BENCHMARK(BM_Load)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_Save)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_SaveBytes)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_ExportText)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(1);
 
 int main(int argc, char **argv) {
