@@ -81,6 +81,8 @@ public:
     const std::vector<Node *> &childList() const { return m_children; }
 
     bool isRemoved() const { return m_pTree == nullptr; }
+    // Raises errNodeRemoved for a removed node.
+    void checkAlive() const;
     Nodes *tree() const { return m_pTree; }
 
 private:
@@ -89,7 +91,6 @@ private:
     Node() = default;
     ~Node() = default;
 
-    void checkAlive() const;
     void repairRows() const;
 
     Nodes *m_pTree = nullptr;
@@ -197,7 +198,7 @@ public:
 
     private:
         friend class Nodes;
-        const_iterator(const std::vector<Node *> *slotList, size_t i) : m_slots(slotList), m_i(i) {
+        const_iterator(const std::vector<Node *> *list, size_t i) : m_slots(list), m_i(i) {
             skip();
         }
         void skip() {

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -117,6 +118,9 @@ qint32 toLong(double value) {
     }
     return qint32(r);
 }
+
+int s_iDuplicateDepth = 0;
+std::unordered_set<const Node *> s_made;
 
 void expandToLevel(Node *node, int level, int depth) {
     if (node->Children() == 0) {
@@ -234,7 +238,21 @@ Node *NodeDuplicate(Document *document, Node *source, Node *target, int relation
             return nullptr;
         }
         NodeActionStart();
+        source->checkAlive();
         const bool tagged = NodeTagged(source);
+        // The children as they are before the copy exists: a copy placed inside its own source
+        // is not copied again.
+        const std::vector<Node *> children = source->childList();
+        // Copies made by this duplication are never sources themselves, else a node copied
+        // into its own subtree would be copied again and again.
+        struct Depth {
+            Depth() { ++s_iDuplicateDepth; }
+            ~Depth() {
+                if (--s_iDuplicateDepth == 0) {
+                    s_made.clear();
+                }
+            }
+        } depth;
         Node *copy = nullptr;
         if (!target) {
             if (relationship == relFirst) {
@@ -248,15 +266,14 @@ Node *NodeDuplicate(Document *document, Node *source, Node *target, int relation
             return nullptr;
         }
         NodeRef keep(copy); // the copy may be removed by a failure below
+        s_made.insert(copy);
         const bool expanded = source->Expanded();
         const QString label = source->Text();
         const QByteArray stored = source->Tag();
-        const int count = source->Children();
-        Node *child = source->Child();
-        for (int i = 0; i < count && child; ++i) {
-            Node *next = child->Next();
-            NodeDuplicate(document, child, copy, relChild);
-            child = next;
+        for (Node *child : children) {
+            if (!s_made.contains(child)) {
+                NodeDuplicate(document, child, copy, relChild);
+            }
         }
         NodeSelect(document, copy);
         copy->setText(label);
