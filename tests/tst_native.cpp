@@ -6,6 +6,7 @@
 #include "document/modDocV1.h"
 #include "outline/modNodes.h"
 #include "support/DocTestSupport.h"
+#include "support/FakeDocument.h"
 #include "support/TestSupport.h"
 
 #include <QFile>
@@ -31,6 +32,7 @@ private Q_SLOTS:
     void damaged_data();
     void damaged();
     void fontsAndSelection();
+    void paneAfterLoad();
     void loadDispatch_data();
     void loadDispatch();
     void saveDispatchAndWarning_data();
@@ -237,6 +239,20 @@ void TestNative::fontsAndSelection() {
     Document *d2 = loadBytes(late, "g.mvd");
     QCOMPARE(d2->trvOutline().SelectedItem()->Text(), QString("Projects"));
     QCOMPARE(d2->m_fntTextFont.Name(), QString("Times New Roman"));
+}
+
+void TestNative::paneAfterLoad() {
+    // The pane's base font after loading is the outline font, not the text font; the selected
+    // entry's text is in the pane and the load's busy flag is off again.
+    TestDocument t;
+    t.doc.m_sFile = "p.mvd";
+    modDoc::DocLoadBytes(t.doc, exampleFile());
+    QCOMPARE(t.pane->baseFont.Name(), QString("Arial"));
+    QCOMPARE(t.doc.m_fntTextFont.Name(), QString("Times New Roman"));
+    QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1\\ansi Paint the hall\\par }"));
+    QVERIFY(t.view.outlineVisible);
+    QVERIFY(t.pane->Visible());
+    QVERIFY(!modNodes::g_bDocTransfer);
 }
 
 void TestNative::loadDispatch_data() {
