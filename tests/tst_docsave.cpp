@@ -24,7 +24,6 @@ private Q_SLOTS:
     void backupRule_data();
     void backupRule();
     void readOnlyRule();
-    void readMissingFile();
 };
 
 static QByteArray readAll(const QString &path) {
@@ -45,8 +44,6 @@ void TestDocSave::versionFromExtension_data() {
                             << "1";
     QTest::newRow("native upper case") << "/x/notes.MVD"
                                        << "1";
-    QTest::newRow("native mixed case") << "notes.mVd"
-                                       << "1";
     QTest::newRow("text") << "notes.txt"
                           << "-1";
     QTest::newRow("text upper case") << "notes.TXT"
@@ -55,8 +52,6 @@ void TestDocSave::versionFromExtension_data() {
                                      << "-1";
     QTest::newRow("no extension") << "notes"
                                   << "-1";
-    QTest::newRow("dot in folder only") << "/a.mvd/notes"
-                                        << "-1";
     QTest::newRow("double extension") << "notes.mvd.txt"
                                       << "-1";
 }
@@ -168,17 +163,6 @@ void TestDocSave::readOnlyRule() {
     QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::ReadGroup);
     QVERIFY(modDoc::FileReadOnly(path));
     QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-}
-
-void TestDocSave::readMissingFile() {
-    QTemporaryDir dir;
-    int raised = 0;
-    try {
-        modDoc::ReadWholeFile(dir.filePath("none.mvd"));
-    } catch (const modMain::RuntimeError &e) {
-        raised = e.Number;
-    }
-    QCOMPARE(raised, int(modMain::errFileNotFound));
 }
 
 QTEST_GUILESS_MAIN(TestDocSave)

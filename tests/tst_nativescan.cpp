@@ -11,8 +11,6 @@ class TestNativeScan : public QObject {
 private Q_SLOTS:
     void loadTag_data();
     void loadTag();
-    void loadTagAtPosition_data();
-    void loadTagAtPosition();
     void scanEntries_data();
     void scanEntries();
     void check_data();
@@ -63,41 +61,6 @@ void TestNativeScan::loadTag() {
     QFETCH(QByteArray, name);
     QFETCH(QByteArray, value);
     QCOMPARE(modDoc::DocLoadTag(text, name), value);
-}
-
-void TestNativeScan::loadTagAtPosition_data() {
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<qsizetype>("position");
-    QTest::addColumn<bool>("found");
-    QTest::addColumn<qsizetype>("close");
-    QTest::addColumn<QByteArray>("value");
-    QTest::newRow("at start") << QByteArray("{\\ttf_nodelabel a}b}") << qsizetype(0) << true
-                              << qsizetype(17) << QByteArray("a");
-    QTest::newRow("later") << QByteArray("xx{\\ttf_nodelabel Ab}") << qsizetype(2) << true
-                           << qsizetype(20) << QByteArray("Ab");
-    QTest::newRow("off by one") << QByteArray("xx{\\ttf_nodelabel Ab}") << qsizetype(1) << false
-                                << qsizetype(-7) << QByteArray();
-    QTest::newRow("other tag") << QByteArray("{\\ttf_nodekey 0}") << qsizetype(0) << false
-                               << qsizetype(-7) << QByteArray();
-    QTest::newRow("cut short") << QByteArray("{\\ttf_nodelabel abc") << qsizetype(0) << true
-                               << qsizetype(19) << QByteArray("abc");
-    QTest::newRow("name only") << QByteArray("{\\ttf_nodelabel") << qsizetype(0) << false
-                               << qsizetype(-7) << QByteArray();
-    QTest::newRow("beyond end") << QByteArray("{") << qsizetype(5) << false << qsizetype(-7)
-                                << QByteArray();
-}
-
-void TestNativeScan::loadTagAtPosition() {
-    QFETCH(QByteArray, text);
-    QFETCH(qsizetype, position);
-    QFETCH(bool, found);
-    QFETCH(qsizetype, close);
-    QFETCH(QByteArray, value);
-    qsizetype gotClose = -7;
-    QByteArray got = "junk";
-    QCOMPARE(modDoc::DocLoadTagAtPosition(text, "nodelabel", position, gotClose, got), found);
-    QCOMPARE(gotClose, close);
-    QCOMPARE(got, value);
 }
 
 void TestNativeScan::scanEntries_data() {
