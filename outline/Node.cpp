@@ -37,15 +37,20 @@ void Node::checkAlive() const {
     }
 }
 
-void Node::repairRows() const {
-    if (m_iDirtyFrom == INT32_MAX) {
-        return;
-    }
+int Node::repairRowsUpTo(const Node *child) const {
+    // Rows before m_iDirtyFrom are right; renumber from there up to the child only, so that a
+    // walk from front to back (deleting tagged entries, say) repairs each row once.
     const int n = int(m_children.size());
     for (int i = m_iDirtyFrom; i < n; ++i) {
-        m_children[size_t(i)]->m_iRow = i;
+        Node *c = m_children[size_t(i)];
+        c->m_iRow = i;
+        if (c == child) {
+            m_iDirtyFrom = i + 1 < n ? i + 1 : INT32_MAX;
+            return i;
+        }
     }
     m_iDirtyFrom = INT32_MAX;
+    return -1;
 }
 
 void Node::setText(const QString &text) {
@@ -160,8 +165,11 @@ Node *Node::Child() const {
 
 int Node::row() const {
     checkAlive();
-    m_pParent->repairRows();
-    return m_iRow;
+    const auto &siblings = m_pParent->m_children;
+    if (size_t(m_iRow) < siblings.size() && siblings[size_t(m_iRow)] == this) {
+        return m_iRow;
+    }
+    return m_pParent->repairRowsUpTo(this);
 }
 
 Node *Node::childAt(int row) const {
@@ -530,6 +538,13 @@ void Nodes::setVisible(bool visible) {
     m_bVisible = visible;
     if (m_pObserver) {
         m_pObserver->visibleChanged(visible);
+    }
+}
+
+void Nodes::setSorted(bool sorted) {
+    m_top->m_bSorted = sorted;
+    if (sorted) {
+        sortChildren(m_top);
     }
 }
 

