@@ -1,6 +1,7 @@
 #include "editor/clsFont.h"
 
 #include "app/modMain.h"
+#include "editor/RichTextBuffer.h"
 
 #include <cmath>
 
@@ -39,4 +40,25 @@ void clsFont::SetFont(QFont &font) const {
     }
     font.setStrikeOut(m_bStrikeThrough);
     font.setUnderline(m_bUnderline);
+}
+
+void clsFont::SetRTFSelFont(RichTextBuffer &pane) const {
+    PROC("clsFont SetRTFSelFont");
+    const int start = pane.SelStart();
+    const int length = pane.SelLength();
+    pane.SetSelStart(0);
+    pane.SetSelLength(pane.Text().size());
+    pane.SetSelBold(m_bBold);
+    pane.SetSelItalic(m_bItalic);
+    if (!m_sName.isEmpty()) {
+        pane.SetSelFontName(m_sName);
+    }
+    if (m_lSize > 0) {
+        pane.SetSelFontSize(Size());
+    }
+    pane.SetSelStrikeThru(m_bStrikeThrough);
+    pane.SetSelUnderline(m_bUnderline);
+    PROC("clsFont SetRTFSelFont");
+    pane.SetSelStart(start);
+    pane.SetSelLength(length);
 }

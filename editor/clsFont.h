@@ -3,6 +3,8 @@
 #include <QFont>
 #include <QString>
 
+class RichTextBuffer;
+
 // A plain font description, carried by every document for its outline and its texts and kept in
 // the settings.
 class clsFont {
@@ -28,6 +30,10 @@ public:
     // Writes to a font: bold, italic, the name only when set, the size only when set,
     // strikethrough, underline.
     void SetFont(QFont &font) const;
+    // Writes the six fields to the text pane's whole text through its selection attributes
+    // (the name only when set, the size only when set); the caret position and then the
+    // selection length are restored afterwards.
+    void SetRTFSelFont(RichTextBuffer &pane) const;
 
     bool operator==(const clsFont &) const = default;
 

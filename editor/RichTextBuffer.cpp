@@ -1,0 +1,464 @@
+#include "editor/RichTextBuffer.h"
+
+#include "app/modMain.h"
+#include "editor/RtfReader.h"
+#include "editor/RtfWriter.h"
+#include "editor/clsFont.h"
+#include "util/modString.h"
+
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextDocumentFragment>
+#include <QTextList>
+#include <QUrl>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+bool isBreak(QChar c) {
+    const char16_t u = c.unicode();
+    return u == 0x2029 || u == 0xFDD0 || u == 0xFDD1;
+}
+
+// The document's characters as the plain text shows them.
+QString plainOf(QStringView raw) {
+    QString out;
+    out.reserve(raw.size() + raw.size() / 16);
+    for (QChar c : raw) {
+        if (isBreak(c)) {
+            out += QLatin1String("\r\n");
+        } else if (c.unicode() == 0x2028) {
+            out += QChar(0x0B);
+        } else {
+            out += c;
+        }
+    }
+    return out;
+}
+
+bool isWordChar(QChar c) {
+    return modString::StringAlphanumeric(QString(c));
+}
+
+bool isBold(const QTextCharFormat &f) {
+    return f.fontWeight() >= QFont::DemiBold;
+}
+
+} // namespace
+
+RichTextBuffer::RichTextBuffer(QObject *parent)
+    : QObject(parent), m_doc(new QTextDocument(this)), m_cursor(m_doc) {
+    connect(m_doc, &QTextDocument::contentsChange, this, &RichTextBuffer::onContentsChange);
+}
+
+RichTextBuffer::~RichTextBuffer() = default;
+
+int RichTextBuffer::lastPosition() const {
+    return qMax(0, m_doc->characterCount() - 1);
+}
+
+void RichTextBuffer::onContentsChange(int, int, int) {
+    if (m_quiet == 0) {
+        emit Change();
+        notifySelection();
+    }
+}
+
+void RichTextBuffer::notifySelection() {
+    if (m_cursor.anchor() != m_lastAnchor || m_cursor.position() != m_lastPosition) {
+        m_lastAnchor = m_cursor.anchor();
+        m_lastPosition = m_cursor.position();
+        emit SelChange();
+    }
+}
+
+void RichTextBuffer::setSelection(int anchor, int position) {
+    const int last = lastPosition();
+    m_cursor.setPosition(std::clamp(anchor, 0, last));
+    m_cursor.setPosition(std::clamp(position, 0, last), QTextCursor::KeepAnchor);
+    notifySelection();
+}
+
+void RichTextBuffer::Select(int anchor, int position) {
+    setSelection(anchor, position);
+}
+
+QString RichTextBuffer::Text() const {
+    const QString raw = m_doc->toRawText();
+    return plainOf(QStringView(raw).left(lastPosition()));
+}
+
+QByteArray RichTextBuffer::TextRTF() const {
+    return RtfWriter::write(m_doc);
+}
+
+void RichTextBuffer::SetTextRTF(const QByteArray &rtf) {
+    PROC("RichTextBuffer SetTextRTF");
+    ++m_quiet;
+    const QFont base = m_doc->defaultFont();
+    m_doc->setUndoRedoEnabled(false);
+    RtfReader::readAny(rtf, m_doc);
+    m_doc->setUndoRedoEnabled(true);
+    m_doc->setDefaultFont(base);
+    m_cursor = QTextCursor(m_doc);
+    --m_quiet;
+    emit Change();
+    m_lastAnchor = -1;
+    notifySelection();
+}
+
+int RichTextBuffer::SelStart() const {
+    return m_cursor.selectionStart();
+}
+
+void RichTextBuffer::SetSelStart(int position) {
+    setSelection(position, position);
+}
+
+int RichTextBuffer::SelLength() const {
+    return m_cursor.selectionEnd() - m_cursor.selectionStart();
+}
+
+void RichTextBuffer::SetSelLength(int length) {
+    const int start = SelStart();
+    setSelection(start, start + qMax(0, length));
+}
+
+QString RichTextBuffer::SelText() const {
+    const QString raw = m_doc->toRawText();
+    return plainOf(QStringView(raw).mid(SelStart(), SelLength()));
+}
+
+void RichTextBuffer::SetSelText(const QString &text) {
+    PROC("RichTextBuffer SetSelText");
+    QString t = text;
+    t.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    t.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    t.replace(QChar(0x0B), QChar(QChar::LineSeparator));
+    t.replace(QChar(QChar::ParagraphSeparator), QLatin1Char('\n'));
+    m_cursor.insertText(t);
+    notifySelection();
+}
+
+QByteArray RichTextBuffer::SelRTF() const {
+    return RtfWriter::write(m_doc, m_cursor.selectionStart(), m_cursor.selectionEnd());
+}
+
+void RichTextBuffer::SetSelRTF(const QByteArray &rtf) {
+    PROC("RichTextBuffer SetSelRTF");
+    QTextDocument incoming;
+    incoming.setDefaultFont(m_doc->defaultFont());
+    RtfReader::readAny(rtf, &incoming);
+    // Pictures are resources of their document: carry them over.
+    for (QTextBlock b = incoming.begin(); b.isValid(); b = b.next()) {
+        for (QTextBlock::iterator it = b.begin(); !it.atEnd(); ++it) {
+            const QTextCharFormat f = it.fragment().charFormat();
+            if (f.isImageFormat()) {
+                const QString name = f.toImageFormat().name();
+                const QVariant res = incoming.resource(QTextDocument::ImageResource, QUrl(name));
+                if (res.isValid()) {
+                    m_doc->addResource(QTextDocument::ImageResource, QUrl(name), res);
+                }
+            }
+        }
+    }
+    m_cursor.insertFragment(QTextDocumentFragment(&incoming));
+    notifySelection();
+}
+
+template <class T, class Get> std::optional<T> RichTextBuffer::uniformChar(Get get) const {
+    const int s = m_cursor.selectionStart();
+    const int e = m_cursor.selectionEnd();
+    std::optional<T> value;
+    if (s < e) {
+        for (QTextBlock b = m_doc->findBlock(s); b.isValid() && b.position() < e; b = b.next()) {
+            for (QTextBlock::iterator it = b.begin(); !it.atEnd(); ++it) {
+                const QTextFragment frag = it.fragment();
+                if (frag.position() + frag.length() <= s || frag.position() >= e) {
+                    continue;
+                }
+                const T v = get(frag.charFormat());
+                if (!value) {
+                    value = v;
+                } else if (!(*value == v)) {
+                    return std::nullopt;
+                }
+            }
+        }
+    }
+    if (!value) {
+        value = get(m_cursor.charFormat());
+    }
+    return value;
+}
+
+template <class T, class Get> std::optional<T> RichTextBuffer::uniformBlock(Get get) const {
+    const int s = m_cursor.selectionStart();
+    const int e = m_cursor.selectionEnd();
+    const QTextBlock last = m_doc->findBlock(e > s ? e - 1 : s);
+    std::optional<T> value;
+    for (QTextBlock b = m_doc->findBlock(s); b.isValid(); b = b.next()) {
+        const T v = get(b);
+        if (!value) {
+            value = v;
+        } else if (!(*value == v)) {
+            return std::nullopt;
+        }
+        if (b == last) {
+            break;
+        }
+    }
+    return value;
+}
+
+void RichTextBuffer::mergeSelCharFormat(const QTextCharFormat &format) {
+    m_cursor.mergeCharFormat(format);
+}
+
+std::optional<bool> RichTextBuffer::SelBold() const {
+    return uniformChar<bool>([](const QTextCharFormat &f) { return isBold(f); });
+}
+
+void RichTextBuffer::SetSelBold(bool on) {
+    QTextCharFormat f;
+    f.setFontWeight(on ? QFont::Bold : QFont::Normal);
+    mergeSelCharFormat(f);
+}
+
+std::optional<bool> RichTextBuffer::SelItalic() const {
+    return uniformChar<bool>([](const QTextCharFormat &f) { return f.fontItalic(); });
+}
+
+void RichTextBuffer::SetSelItalic(bool on) {
+    QTextCharFormat f;
+    f.setFontItalic(on);
+    mergeSelCharFormat(f);
+}
+
+std::optional<bool> RichTextBuffer::SelUnderline() const {
+    return uniformChar<bool>([](const QTextCharFormat &f) {
+        return f.underlineStyle() != QTextCharFormat::NoUnderline;
+    });
+}
+
+void RichTextBuffer::SetSelUnderline(bool on) {
+    QTextCharFormat f;
+    f.setFontUnderline(on);
+    mergeSelCharFormat(f);
+}
+
+std::optional<bool> RichTextBuffer::SelStrikeThru() const {
+    return uniformChar<bool>([](const QTextCharFormat &f) { return f.fontStrikeOut(); });
+}
+
+void RichTextBuffer::SetSelStrikeThru(bool on) {
+    QTextCharFormat f;
+    f.setFontStrikeOut(on);
+    mergeSelCharFormat(f);
+}
+
+std::optional<QString> RichTextBuffer::SelFontName() const {
+    const QString base = m_doc->defaultFont().family();
+    return uniformChar<QString>([&base](const QTextCharFormat &f) {
+        const QStringList families = f.property(QTextFormat::FontFamilies).toStringList();
+        if (!families.isEmpty() && !families.first().isEmpty()) {
+            return families.first();
+        }
+        const QString family = f.property(QTextFormat::FontFamily).toString();
+        return family.isEmpty() ? base : family;
+    });
+}
+
+void RichTextBuffer::SetSelFontName(const QString &name) {
+    if (name.isEmpty()) {
+        return;
+    }
+    QTextCharFormat f;
+    f.setFontFamilies(QStringList{name});
+    mergeSelCharFormat(f);
+}
+
+std::optional<double> RichTextBuffer::SelFontSize() const {
+    const double base =
+        m_doc->defaultFont().pointSizeF() > 0 ? m_doc->defaultFont().pointSizeF() : 12.0;
+    return uniformChar<double>([base](const QTextCharFormat &f) {
+        return f.hasProperty(QTextFormat::FontPointSize) && f.fontPointSize() > 0
+                   ? f.fontPointSize()
+                   : base;
+    });
+}
+
+void RichTextBuffer::SetSelFontSize(double points) {
+    PROC("RichTextBuffer SetSelFontSize");
+    if (!std::isfinite(points) || points <= 0 || points > 1638.0) {
+        modMain::Raise(modMain::errInvalidProcedureCall);
+    }
+    QTextCharFormat f;
+    f.setFontPointSize(qMax(0.5, std::round(points * 2.0) / 2.0));
+    mergeSelCharFormat(f);
+}
+
+std::optional<QColor> RichTextBuffer::SelColor() const {
+    return uniformChar<QColor>([](const QTextCharFormat &f) {
+        if (!f.hasProperty(QTextFormat::ForegroundBrush) || f.foreground().style() == Qt::NoBrush) {
+            return QColor(Qt::black);
+        }
+        return QColor(f.foreground().color().rgb());
+    });
+}
+
+void RichTextBuffer::SetSelColor(const QColor &color) {
+    QTextCharFormat f;
+    f.setForeground(QColor(color.rgb()));
+    mergeSelCharFormat(f);
+}
+
+std::optional<bool> RichTextBuffer::SelBullet() const {
+    return uniformBlock<bool>([](const QTextBlock &b) {
+        const QTextList *l = b.textList();
+        if (!l) {
+            return false;
+        }
+        const auto style = l->format().style();
+        return style == QTextListFormat::ListDisc || style == QTextListFormat::ListCircle ||
+               style == QTextListFormat::ListSquare;
+    });
+}
+
+void RichTextBuffer::SetSelBullet(bool on) {
+    PROC("RichTextBuffer SetSelBullet");
+    if (on) {
+        if (SelBullet() == std::optional<bool>(true)) {
+            return;
+        }
+        QTextListFormat lf;
+        lf.setStyle(QTextListFormat::ListDisc);
+        lf.setIndent(0);
+        m_cursor.createList(lf);
+        return;
+    }
+    const int s = m_cursor.selectionStart();
+    const int e = m_cursor.selectionEnd();
+    const QTextBlock last = m_doc->findBlock(e > s ? e - 1 : s);
+    m_cursor.beginEditBlock();
+    for (QTextBlock b = m_doc->findBlock(s); b.isValid(); b = b.next()) {
+        if (QTextList *l = b.textList()) {
+            l->remove(b);
+            QTextCursor c(b);
+            QTextBlockFormat bf = b.blockFormat();
+            bf.setIndent(0);
+            bf.setObjectIndex(-1);
+            c.setBlockFormat(bf);
+        }
+        if (b == last) {
+            break;
+        }
+    }
+    m_cursor.endEditBlock();
+}
+
+std::optional<int> RichTextBuffer::SelIndent() const {
+    return uniformBlock<int>(
+        [](const QTextBlock &b) { return qRound(b.blockFormat().leftMargin() * 15.0); });
+}
+
+void RichTextBuffer::SetSelIndent(int twips) {
+    QTextBlockFormat f;
+    f.setLeftMargin(qMax(0, twips) / 15.0);
+    m_cursor.mergeBlockFormat(f);
+}
+
+std::optional<int> RichTextBuffer::SelAlignment() const {
+    return uniformBlock<int>([](const QTextBlock &b) {
+        switch (b.blockFormat().alignment() & Qt::AlignHorizontal_Mask & ~Qt::AlignAbsolute) {
+        case Qt::AlignRight:
+            return 1;
+        case Qt::AlignHCenter:
+            return 2;
+        case Qt::AlignJustify:
+            return 3;
+        default:
+            return 0;
+        }
+    });
+}
+
+void RichTextBuffer::SetSelAlignment(int alignment) {
+    PROC("RichTextBuffer SetSelAlignment");
+    static const Qt::Alignment kAlign[] = {Qt::AlignLeft, Qt::AlignRight, Qt::AlignHCenter,
+                                           Qt::AlignJustify};
+    if (alignment < 0 || alignment > 3) {
+        modMain::Raise(modMain::errInvalidProcedureCall);
+    }
+    QTextBlockFormat f;
+    f.setAlignment(kAlign[alignment]);
+    m_cursor.mergeBlockFormat(f);
+}
+
+QFont RichTextBuffer::Font() const {
+    return m_doc->defaultFont();
+}
+
+void RichTextBuffer::SetFont(const QFont &font) {
+    m_doc->setDefaultFont(font);
+}
+
+int RichTextBuffer::Find(const QString &text, int start, int end, int options) {
+    PROC("RichTextBuffer Find");
+    if (text.isEmpty()) {
+        return -1;
+    }
+    QString pattern = text;
+    pattern.replace(QLatin1String("\r\n"), QString(QChar(QChar::ParagraphSeparator)));
+    pattern.replace(QLatin1Char('\r'), QChar(QChar::ParagraphSeparator));
+    pattern.replace(QLatin1Char('\n'), QChar(QChar::ParagraphSeparator));
+    pattern.replace(QChar(0x0B), QChar(QChar::LineSeparator));
+
+    const QString raw = m_doc->toRawText();
+    const int length = lastPosition();
+    const int limit = (end < 0 || end > length) ? length : end;
+    const Qt::CaseSensitivity cs =
+        (options & FindMatchCase) ? Qt::CaseSensitive : Qt::CaseInsensitive;
+    const bool wholeWord = options & FindWholeWord;
+    qsizetype from = qMax(0, start);
+    while (from <= limit - pattern.size()) {
+        const qsizetype found = raw.indexOf(pattern, from, cs);
+        if (found < 0 || found + pattern.size() > limit) {
+            return -1;
+        }
+        const qsizetype behind = found + pattern.size();
+        if (!wholeWord || ((found == 0 || !isWordChar(raw[found - 1])) &&
+                           (behind >= length || !isWordChar(raw[behind])))) {
+            if (!(options & FindNoHighlight)) {
+                setSelection(int(found), int(behind));
+            }
+            return int(found);
+        }
+        from = found + 1;
+    }
+    return -1;
+}
+
+void RichTextBuffer::ApplyFontToAll(const clsFont &font) {
+    PROC("RichTextBuffer ApplyFontToAll");
+    QTextCharFormat f;
+    f.setFontWeight(font.Bold() ? QFont::Bold : QFont::Normal);
+    f.setFontItalic(font.Italic());
+    if (!font.Name().isEmpty()) {
+        f.setFontFamilies(QStringList{font.Name()});
+    }
+    if (font.Size() > 0) {
+        f.setFontPointSize(std::round(font.Size() * 2.0) / 2.0);
+    }
+    f.setFontStrikeOut(font.StrikeThrough());
+    f.setFontUnderline(font.Underline());
+    QTextCursor all(m_doc);
+    all.beginEditBlock();
+    all.select(QTextCursor::Document);
+    all.mergeCharFormat(f);
+    all.mergeBlockCharFormat(f);
+    all.endEditBlock();
+    m_cursor.mergeCharFormat(f);
+}

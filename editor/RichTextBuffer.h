@@ -1,0 +1,130 @@
+#pragma once
+
+#include "editor/TextPane.h"
+
+#include <QColor>
+#include <QFont>
+#include <QObject>
+#include <QTextCursor>
+
+#include <optional>
+
+class QTextDocument;
+class clsFont;
+
+// The rich text of the text pane, without a widget: a text document and the selection in it,
+// with the operations of the rich-edit control. A view shows document() and mirrors the
+// selection through Select().
+//
+// Positions (SelStart, SelLength, Find) are 0-based and are the document's cursor positions:
+// every character counts one, and so does every paragraph break (as in rich-edit 2.0 and later).
+// The plain texts (Text, SelText) write each paragraph break as CR LF, so a position p maps to
+// the text index p plus the number of paragraph breaks before p. A line break inside a paragraph
+// (\line) is one position and reads as "\v" (vertical tab); an embedded object or picture is one
+// position and reads as U+FFFC. Table cell boundaries count like paragraph breaks.
+//
+// Sel* attribute reads look at the characters of the selection; with an empty selection (or
+// one made only of paragraph breaks) they give the format that typed text would get. Paragraph
+// attributes look at every paragraph that the selection touches. Mixed values read as nullopt.
+// Writes apply to the whole selection, or to the text typed next when it is empty.
+//
+// Locked only tells the view to refuse the user's edits; the operations here still change the
+// text, as the control's programmatic calls do.
+class RichTextBuffer : public QObject, public TextPane {
+    Q_OBJECT
+public:
+    // Options of Find (a sum of them).
+    enum FindOption { FindWholeWord = 2, FindMatchCase = 4, FindNoHighlight = 8 };
+
+    explicit RichTextBuffer(QObject *parent = nullptr);
+    ~RichTextBuffer() override;
+
+    QTextDocument *document() const { return m_doc; }
+    // The selection as a cursor (anchor and position).
+    const QTextCursor &cursor() const { return m_cursor; }
+    // Selects from anchor to position (clamped to the text); a view mirrors its caret this way.
+    void Select(int anchor, int position);
+
+    // Plain text, paragraph breaks as CR LF, no break after the last paragraph.
+    QString Text() const;
+    QByteArray TextRTF() const override;
+    // Replaces the whole content (RTF, or plain text in the file code page). Emits Change before
+    // it returns; the caret goes to the start.
+    void SetTextRTF(const QByteArray &rtf) override;
+
+    int SelStart() const;
+    // Moves the caret, emptying the selection.
+    void SetSelStart(int position);
+    int SelLength() const;
+    // Extends the selection from SelStart.
+    void SetSelLength(int length);
+    QString SelText() const;
+    // Replaces the selection by plain text (CR LF, CR or LF make paragraph breaks, "\v" a line
+    // break); the caret ends behind the inserted text.
+    void SetSelText(const QString &text);
+    QByteArray SelRTF() const;
+    // Replaces the selection by rich text; the last paragraph of the inserted text joins the text
+    // behind the selection.
+    void SetSelRTF(const QByteArray &rtf);
+
+    std::optional<bool> SelBold() const;
+    void SetSelBold(bool on);
+    std::optional<bool> SelItalic() const;
+    void SetSelItalic(bool on);
+    std::optional<bool> SelUnderline() const;
+    void SetSelUnderline(bool on);
+    std::optional<bool> SelStrikeThru() const;
+    void SetSelStrikeThru(bool on);
+    std::optional<bool> SelBullet() const;
+    void SetSelBullet(bool on);
+    // Left indent of the paragraphs in twips.
+    std::optional<int> SelIndent() const;
+    void SetSelIndent(int twips);
+    // 0 left, 1 right, 2 centre; justified paragraphs read as 3 and 3 sets justified.
+    std::optional<int> SelAlignment() const;
+    void SetSelAlignment(int alignment);
+    std::optional<QString> SelFontName() const;
+    void SetSelFontName(const QString &name);
+    // Points; sizes are kept in half points (as RTF holds them), so a set size may round.
+    std::optional<double> SelFontSize() const;
+    void SetSelFontSize(double points);
+    // Text colour; text without a colour of its own reads as black.
+    std::optional<QColor> SelColor() const;
+    void SetSelColor(const QColor &color);
+
+    // The base font: the default font of the document. Setting it does not rewrite the text.
+    QFont Font() const;
+    void SetFont(const QFont &font);
+    bool Locked() const { return m_locked; }
+    void SetLocked(bool locked) { m_locked = locked; }
+    bool Visible() const override { return m_visible; }
+    void SetVisible(bool visible) override { m_visible = visible; }
+
+    // First match of text in [start, end) (end -1: to the end of the text), or -1. Without
+    // FindNoHighlight a match becomes the selection.
+    int Find(const QString &text, int start = 0, int end = -1, int options = 0);
+
+    // The whole text takes the set fields of the font (name only when set, size only when set).
+    void ApplyFontToAll(const clsFont &font);
+
+signals:
+    void Change();
+    void SelChange();
+
+private:
+    int lastPosition() const;
+    void setSelection(int anchor, int position);
+    void notifySelection();
+    void mergeSelCharFormat(const QTextCharFormat &format);
+    template <class T, class Get> std::optional<T> uniformChar(Get get) const;
+    template <class T, class Get> std::optional<T> uniformBlock(Get get) const;
+    void onContentsChange(int from, int removed, int added);
+
+    QTextDocument *m_doc;
+    QTextCursor m_cursor;
+    bool m_locked = false;
+    bool m_visible = true;
+    int m_quiet = 0; // > 0 while a replacement is under way: one Change at its end
+    int m_lastAnchor = 0;
+    int m_lastPosition = 0;
+};

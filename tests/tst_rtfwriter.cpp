@@ -1,0 +1,367 @@
+// The RTF writer: header and tables, escaping, character and paragraph formatting, lists, links,
+// tables, pictures, ranges, determinism.
+#include "editor/RtfConventions.h"
+#include "editor/RtfWriter.h"
+
+#include <QImage>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextList>
+#include <QTextTable>
+#include <QtTest>
+
+#include <functional>
+
+namespace {
+
+using Build = std::function<void(QTextCursor &)>;
+
+void prepare(QTextDocument &doc) {
+    doc.setDefaultFont(QFont(QStringLiteral("Arial"), 10));
+}
+
+QByteArray written(const Build &build) {
+    QTextDocument doc;
+    prepare(doc);
+    QTextCursor c(&doc);
+    build(c);
+    return RtfWriter::write(&doc);
+}
+
+// The body: what follows "\viewkind4\uc1".
+QByteArray body(const QByteArray &rtf) {
+    const qsizetype at = rtf.indexOf("\\viewkind4\\uc1");
+    return at < 0 ? QByteArray() : rtf.mid(at + 14);
+}
+
+QTextCharFormat fmt(const std::function<void(QTextCharFormat &)> &set) {
+    QTextCharFormat f;
+    set(f);
+    return f;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Build)
+
+class TestRtfWriter : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void emptyDocumentIsComplete();
+    void characters_data();
+    void characters();
+    void characterFormatting_data();
+    void characterFormatting();
+    void fontAndColourTables();
+    void paragraphFormatting_data();
+    void paragraphFormatting();
+    void lists();
+    void linkField();
+    void table();
+    void pictures();
+    void ranges_data();
+    void ranges();
+    void deterministic();
+};
+
+void TestRtfWriter::emptyDocumentIsComplete() {
+    QTextDocument doc;
+    doc.setDefaultFont(QFont(QStringLiteral("Microsoft Sans Serif"), 8));
+    QFont f = doc.defaultFont();
+    f.setPointSizeF(8.25);
+    doc.setDefaultFont(f);
+    QCOMPARE(
+        RtfWriter::write(&doc),
+        QByteArray("{\\rtf1\\ansi\\ansicpg1252\\deff0\\deflang1033{\\fonttbl{\\f0\\fnil\\fcharset0 "
+                   "Microsoft Sans Serif;}}\r\n\\viewkind4\\uc1\\pard\\f0\\fs17\\par\r\n}\r\n"));
+    // No document at all still gives a complete RTF.
+    const QByteArray none = RtfWriter::write(nullptr);
+    QVERIFY(none.startsWith("{\\rtf1\\ansi\\ansicpg1252"));
+    QVERIFY(none.endsWith("\\par\r\n}\r\n"));
+}
+
+void TestRtfWriter::characters_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("expected");
+    QTest::newRow("plain") << "Hello world" << QByteArray("\\fs20 Hello world\\par");
+    QTest::newRow("braces and backslash") << "a{b}\\c" << QByteArray(" a\\{b\\}\\\\c\\par");
+    QTest::newRow("code page") << QString::fromUtf8("caf\u00e9 \u20ac5")
+                               << QByteArray(" caf\\'e9 \\'805\\par");
+    QTest::newRow("outside code page")
+        << QString::fromUtf8("\u03a9\u4e2d") << QByteArray("\\fs20\\u937?\\u20013?\\par");
+    QTest::newRow("surrogate pair")
+        << QString::fromUtf8("\U0001F4A9") << QByteArray("\\fs20\\u-10179?\\u-9047?\\par");
+    QTest::newRow("tab and line") << QString("a\tb") + QChar(QChar::LineSeparator) + "c"
+                                  << QByteArray(" a\\tab b\\line c\\par");
+    QTest::newRow("digits after control word") << "\t12" << QByteArray("\\tab 12\\par");
+    QTest::newRow("control characters dropped")
+        << QString("a") + QChar(1) + "b" << QByteArray(" ab\\par");
+    QTest::newRow("paragraphs") << "one\ntwo" << QByteArray(" one\\par\r\ntwo\\par\r\n}");
+}
+
+void TestRtfWriter::characters() {
+    QFETCH(QString, text);
+    QFETCH(QByteArray, expected);
+    const QByteArray rtf = written([&](QTextCursor &c) { c.insertText(text); });
+    QVERIFY2(body(rtf).contains(expected), rtf.constData());
+    for (char ch : rtf) {
+        QVERIFY(static_cast<unsigned char>(ch) < 0x80); // 7-bit markup only
+    }
+}
+
+void TestRtfWriter::characterFormatting_data() {
+    QTest::addColumn<QTextCharFormat>("format");
+    QTest::addColumn<QByteArray>("on");
+    QTest::addColumn<QByteArray>("off");
+    QTest::newRow("bold") << fmt([](auto &f) { f.setFontWeight(QFont::Bold); })
+                          << QByteArray("x\\b y") << QByteArray("y\\b0  z");
+    QTest::newRow("italic") << fmt([](auto &f) { f.setFontItalic(true); }) << QByteArray("x\\i y")
+                            << QByteArray("y\\i0  z");
+    QTest::newRow("underline") << fmt([](auto &f) { f.setFontUnderline(true); })
+                               << QByteArray("x\\ul y") << QByteArray("y\\ulnone  z");
+    QTest::newRow("strike") << fmt([](auto &f) { f.setFontStrikeOut(true); })
+                            << QByteArray("x\\strike y") << QByteArray("y\\strike0  z");
+    QTest::newRow("super") << fmt([](auto &f) {
+        f.setVerticalAlignment(QTextCharFormat::AlignSuperScript);
+    }) << QByteArray("x\\super y")
+                           << QByteArray("y\\nosupersub  z");
+    QTest::newRow("sub") << fmt([](auto &f) {
+        f.setVerticalAlignment(QTextCharFormat::AlignSubScript);
+    }) << QByteArray("x\\sub y")
+                         << QByteArray("y\\nosupersub  z");
+    QTest::newRow("size 14") << fmt([](auto &f) { f.setFontPointSize(14); })
+                             << QByteArray("x\\fs28 y") << QByteArray("y\\fs20  z");
+    QTest::newRow("size 8.25 rounds") << fmt([](auto &f) { f.setFontPointSize(8.25); })
+                                      << QByteArray("x\\fs17 y") << QByteArray("y\\fs20  z");
+    QTest::newRow("font") << fmt([](auto &f) { f.setFontFamilies({"Courier New"}); })
+                          << QByteArray("x\\f1 y") << QByteArray("y\\f0  z");
+    QTest::newRow("colour") << fmt([](auto &f) { f.setForeground(QColor(255, 0, 0)); })
+                            << QByteArray("x\\cf1 y") << QByteArray("y\\cf0  z");
+    QTest::newRow("highlight") << fmt([](auto &f) { f.setBackground(QColor(255, 255, 0)); })
+                               << QByteArray("x\\highlight1 y") << QByteArray("y\\highlight0  z");
+    QTest::newRow("hidden") << fmt([](auto &f) {
+        f.setProperty(RtfConventions::HiddenProperty, true);
+    }) << QByteArray("x\\v y")
+                            << QByteArray("y\\v0  z");
+}
+
+void TestRtfWriter::characterFormatting() {
+    QFETCH(QTextCharFormat, format);
+    QFETCH(QByteArray, on);
+    QFETCH(QByteArray, off);
+    const QByteArray rtf = written([&](QTextCursor &c) {
+        c.insertText("x");
+        c.insertText("y", format);
+        c.insertText(" z", QTextCharFormat());
+    });
+    const QByteArray b = body(rtf);
+    QVERIFY2(b.contains(on), rtf.constData());
+    QVERIFY2(b.contains(off), rtf.constData());
+    QVERIFY(!b.contains("\\plain"));
+}
+
+void TestRtfWriter::fontAndColourTables() {
+    const QByteArray rtf = written([](QTextCursor &c) {
+        c.insertText("a", fmt([](auto &f) { f.setFontFamilies({"Times New Roman"}); }));
+        c.insertText("b", fmt([](auto &f) { f.setForeground(QColor(0, 0, 255)); }));
+        c.insertText("c", fmt([](auto &f) { f.setBackground(QColor(1, 2, 3)); }));
+        c.insertText("d", fmt([](auto &f) { f.setForeground(QColor(0, 0, 255)); }));
+        c.insertText("e",
+                     fmt([](auto &f) { f.setFontFamilies({QString::fromUtf8("Gr\u00fcn")}); }));
+    });
+    QVERIFY2(rtf.startsWith("{\\rtf1\\ansi\\ansicpg1252\\deff0\\deflang1033{\\fonttbl"
+                            "{\\f0\\fnil\\fcharset0 Arial;}{\\f1\\fnil\\fcharset0 Times New Roman;}"
+                            "{\\f2\\fnil\\fcharset0 Gr\\'fcn;}}\r\n"
+                            "{\\colortbl ;\\red0\\green0\\blue255;\\red1\\green2\\blue3;}\r\n"
+                            "\\viewkind4\\uc1\\pard"),
+             rtf.constData());
+    // Without colours there is no colour table at all.
+    QVERIFY(!written([](QTextCursor &c) { c.insertText("plain"); }).contains("colortbl"));
+}
+
+void TestRtfWriter::paragraphFormatting_data() {
+    QTest::addColumn<QTextBlockFormat>("format");
+    QTest::addColumn<QByteArray>("expected");
+    QTest::addColumn<int>("pards");
+    QTextBlockFormat all;
+    all.setTextIndent(-24);
+    all.setLeftMargin(48);
+    all.setRightMargin(20);
+    all.setTopMargin(8);
+    all.setBottomMargin(13.3333);
+    all.setAlignment(Qt::AlignHCenter);
+    QTest::newRow("all, in order")
+        << all << QByteArray("\\pard\\fi-360\\li720\\ri300\\sb120\\sa200\\qc") << 2;
+    QTextBlockFormat right;
+    right.setAlignment(Qt::AlignRight);
+    QTest::newRow("right") << right << QByteArray("\\pard\\qr\\f0") << 2;
+    QTextBlockFormat justify;
+    justify.setAlignment(Qt::AlignJustify);
+    QTest::newRow("justify") << justify << QByteArray("\\pard\\qj\\f0") << 2;
+    QTextBlockFormat left;
+    left.setAlignment(Qt::AlignLeft);
+    QTest::newRow("left writes nothing") << left << QByteArray("\\pard\\f0") << 1;
+}
+
+void TestRtfWriter::paragraphFormatting() {
+    QFETCH(QTextBlockFormat, format);
+    QFETCH(QByteArray, expected);
+    QFETCH(int, pards);
+    const QByteArray rtf = written([&](QTextCursor &c) {
+        c.setBlockFormat(format);
+        c.insertText("one");
+        c.insertBlock(); // same format: no new \pard
+        c.insertText("two");
+        c.insertBlock(QTextBlockFormat());
+        c.insertText("three");
+    });
+    QVERIFY2(body(rtf).startsWith(expected), rtf.constData());
+    QCOMPARE(rtf.count("\\pard"), pards);
+    QVERIFY(rtf.contains("one\\par\r\ntwo\\par\r\n"));
+    QVERIFY(!rtf.contains("\\ql"));
+}
+
+void TestRtfWriter::lists() {
+    const QByteArray rtf = written([](QTextCursor &c) {
+        c.insertText("Bullet");
+        c.createList(QTextListFormat::ListDisc);
+        c.insertBlock();
+        c.insertText("Bullet 2");
+        c.insertBlock(QTextBlockFormat());
+        c.insertText("List 1");
+        c.createList(QTextListFormat::ListDecimal);
+        c.insertBlock();
+        c.insertText("List 2");
+        c.insertBlock(QTextBlockFormat());
+        c.insertText("end");
+    });
+    const QByteArray b = body(rtf);
+    QVERIFY2(b.contains(
+                 "\\pard{\\pntext\\f1\\'B7\\tab}{\\*\\pn\\pnlvlblt\\pnf1\\pnindent0{\\pntxtb\\'B7}}"
+                 "\\f0\\fs20 Bullet\\par\r\n{\\pntext\\f1\\'B7\\tab}Bullet 2\\par\r\n"),
+             rtf.constData());
+    QVERIFY2(b.contains("\\pard{\\pntext\\f0 1.\\tab}{\\*\\pn\\pnlvlbody\\pnf0\\pnindent0\\pnstart1"
+                        "\\pndec{\\pntxta.}}List 1\\par\r\n{\\pntext\\f0 2.\\tab}List 2\\par\r\n"
+                        "\\pard end\\par"),
+             rtf.constData());
+    QVERIFY(rtf.contains("{\\f1\\fnil\\fcharset2 Symbol;}"));
+}
+
+void TestRtfWriter::linkField() {
+    const QByteArray rtf = written([](QTextCursor &c) {
+        c.insertText("see ");
+        QTextCharFormat link;
+        link.setAnchor(true);
+        link.setAnchorHref("http://example.com/a\"b");
+        link.setFontUnderline(true);
+        link.setForeground(QColor(0, 0, 255));
+        c.insertText("here", link);
+        c.insertText(" now", QTextCharFormat());
+    });
+    QVERIFY2(body(rtf).contains("see {\\field{\\*\\fldinst{HYPERLINK \"http://example.com/a%22b\"}}"
+                                "{\\fldrslt{\\ul\\cf1 here}}} now\\par"),
+             rtf.constData());
+}
+
+void TestRtfWriter::table() {
+    const QByteArray rtf = written([](QTextCursor &c) {
+        c.insertText("before");
+        QTextTable *t = c.insertTable(2, 2);
+        // A table always has a paragraph behind it.
+        t->cellAt(0, 0).firstCursorPosition().insertText("a");
+        t->cellAt(0, 1).firstCursorPosition().insertText("b{");
+        t->cellAt(1, 0).firstCursorPosition().insertText("c");
+        QTextCursor cell = t->cellAt(1, 1).firstCursorPosition();
+        cell.insertText("d1");
+        cell.insertBlock();
+        cell.insertText("d2");
+    });
+    const QByteArray row = "\\trowd\\trgaph108\\trleft-108\\cellx4680\\cellx9360";
+    QVERIFY2(body(rtf).contains(row + "\\pard\\intbl a\\cell b\\{\\cell\\row\r\n" + row +
+                                "\\pard\\intbl c\\cell d1\\par d2\\cell\\row\r\n\\pard\\par\r\n}"),
+             rtf.constData());
+}
+
+void TestRtfWriter::pictures() {
+    const QByteArray rawGroup = "{\\pict\\wmetafile8\\picw10\\pich10 0102}";
+    QImage image(2, 3, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    const QByteArray rtf = written([&](QTextCursor &c) {
+        c.insertText("a");
+        QTextCharFormat placeholder;
+        placeholder.setObjectType(RtfConventions::PlaceholderObjectType);
+        placeholder.setProperty(RtfConventions::RawGroupProperty, rawGroup);
+        placeholder.setProperty(RtfConventions::PlaceholderTextProperty, "Picture");
+        c.insertText(QString(QChar::ObjectReplacementCharacter), placeholder);
+        c.document()->addResource(QTextDocument::ImageResource, QUrl("pasted"), image);
+        QTextImageFormat img;
+        img.setName("pasted");
+        c.insertImage(img);
+        c.insertText("b", QTextCharFormat());
+    });
+    const QByteArray b = body(rtf);
+    QVERIFY2(b.contains(" a" + rawGroup +
+                        "{\\pict\\pngblip\\picw2\\pich3\\picwgoal30\\pichgoal45\r\n"
+                        "89504e47"),
+             rtf.constData());
+    QVERIFY(b.contains("}b\\par"));
+}
+
+void TestRtfWriter::ranges_data() {
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+    QTest::addColumn<QByteArray>("expected");
+    // "abc" "def" "gh": positions a0 b1 c2 |3 d4 e5 f6 |7 g8 h9
+    QTest::newRow("inside one paragraph") << 1 << 3 << QByteArray("\\pard\\f0\\fs20 bc}\r\n");
+    QTest::newRow("across a break") << 2 << 5 << QByteArray("\\pard\\f0\\fs20 c\\par\r\nd}\r\n");
+    QTest::newRow("whole paragraph with break")
+        << 4 << 8 << QByteArray("\\pard\\f0\\fs20 def\\par\r\n}\r\n");
+    QTest::newRow("reversed") << 5 << 2 << QByteArray("\\pard\\f0\\fs20 c\\par\r\nd}\r\n");
+    QTest::newRow("empty") << 4 << 4 << QByteArray("\\uc1}\r\n");
+    QTest::newRow("clamped") << -5 << 1000 << QByteArray("abc\\par\r\ndef\\par\r\ngh}\r\n");
+}
+
+void TestRtfWriter::ranges() {
+    QFETCH(int, from);
+    QFETCH(int, to);
+    QFETCH(QByteArray, expected);
+    QTextDocument doc;
+    prepare(doc);
+    QTextCursor(&doc).insertText("abc\ndef\ngh");
+    const QByteArray rtf = RtfWriter::write(&doc, from, to);
+    QVERIFY2(rtf.endsWith(expected), rtf.constData());
+    QVERIFY(rtf.startsWith("{\\rtf1"));
+}
+
+void TestRtfWriter::deterministic() {
+    const Build build = [](QTextCursor &c) {
+        c.insertText("x", fmt([](auto &f) { f.setForeground(QColor(9, 8, 7)); }));
+        c.insertText("y", fmt([](auto &f) { f.setFontFamilies({"Zeta"}); }));
+        c.insertText("z", fmt([](auto &f) { f.setFontFamilies({"Alpha"}); }));
+        c.insertBlock();
+        c.insertText("w", fmt([](auto &f) { f.setBackground(QColor(1, 1, 1)); }));
+    };
+    QTextDocument doc;
+    prepare(doc);
+    QTextCursor c(&doc);
+    build(c);
+    const QByteArray first = RtfWriter::write(&doc);
+    QCOMPARE(RtfWriter::write(&doc), first);
+    QCOMPARE(written(build), first);
+    std::unique_ptr<QTextDocument> copy(doc.clone());
+    QCOMPARE(RtfWriter::write(copy.get()), first);
+    // An empty paragraph keeps the formatting of its paragraph mark.
+    const QByteArray marks = written([](QTextCursor &c) {
+        c.insertText("a");
+        QTextCharFormat big;
+        big.setFontPointSize(20);
+        c.insertBlock(QTextBlockFormat(), big);
+        c.insertBlock(QTextBlockFormat(), QTextCharFormat());
+        c.insertText("b");
+    });
+    QVERIFY2(body(marks).contains(" a\\par\r\n\\fs40\\par\r\n\\fs20 b\\par"), marks.constData());
+}
+
+QTEST_MAIN(TestRtfWriter)
+#include "tst_rtfwriter.moc"
