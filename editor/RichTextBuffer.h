@@ -105,7 +105,9 @@ public:
     int Find(const QString &text, int start = 0, int end = -1, int options = 0);
 
     // The whole text takes the set fields of the font (name only when set, size only when set).
-    void ApplyFontToAll(const clsFont &font);
+    void ApplyFontToAll(const clsFont &font) override;
+    // The base font takes the set fields of the font (the entry texts' TextPane side of SetFont).
+    void SetBaseFont(const clsFont &font) override;
 
 signals:
     void Change();
