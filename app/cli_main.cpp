@@ -4,6 +4,7 @@
 #include "document/modDoc.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
+#include "editor/RichTextBuffer.h"
 #include "outline/modNodes.h"
 #include "util/modString.h"
 
@@ -12,11 +13,6 @@
 #include <QStringList>
 
 #include <cstdio>
-
-#if __has_include("editor/RichTextBuffer.h")
-#include "editor/RichTextBuffer.h"
-#define MAVROLEN_CLI_COMPACT 1
-#endif
 
 namespace {
 
@@ -134,7 +130,6 @@ int cmdConvert(Document *doc, const QString &target) {
 }
 
 int cmdCompact(Document *doc, const QString &target) {
-#ifdef MAVROLEN_CLI_COMPACT
     RichTextBuffer buffer;
     bool ok = true;
     modDocText::ForEachPreOrder(modDocText::DocRoot(*doc), [&](Node *n) {
@@ -155,11 +150,6 @@ int cmdCompact(Document *doc, const QString &target) {
         return fail(kFailed, QStringLiteral("cannot rewrite the entry texts: ") + lastError());
     }
     return cmdConvert(doc, target);
-#else
-    (void)doc;
-    (void)target;
-    return fail(kFailed, QStringLiteral("compact needs the rich-text buffer, not built in"));
-#endif
 }
 
 int cmdCheck(const QString &path) {

@@ -4,10 +4,7 @@
 #include "app/modMain.h"
 #include "outline/modNodes.h"
 
-#if __has_include("editor/RichTextBuffer.h")
 #include "editor/RichTextBuffer.h"
-#define MAVROLEN_HAVE_RICH_TEXT_BUFFER 1
-#endif
 
 namespace modDocText {
 
@@ -18,14 +15,10 @@ QString PlainText(const QByteArray &storedText) {
     if (rtf.isEmpty()) {
         return {};
     }
-#ifdef MAVROLEN_HAVE_RICH_TEXT_BUFFER
+    // One buffer serves every entry: what the text pane shows of the entry, as plain text.
     static RichTextBuffer buffer;
     buffer.SetTextRTF(rtf);
     return buffer.Text();
-#else
-    modMain::Raise(modMain::errInternal,
-                   QStringLiteral("Plain text of rich text needs the rich-text buffer"));
-#endif
 }
 
 QString PlainTextStripped(const QByteArray &storedText) {

@@ -21,6 +21,7 @@ private Q_SLOTS:
     void convert();
     void convertFailure();
     void exportTextOfEmptyTexts();
+    void richTexts();
     void check_data();
     void check();
 
@@ -156,6 +157,27 @@ void TestCli::exportTextOfEmptyTexts() {
     const Result c = run({"convert", in, "e2.txt"});
     QCOMPARE(c.code, 0);
     QCOMPARE(readFile(m_dir.filePath("e2.txt")), readFile(m_dir.filePath("e.txt")));
+}
+
+void TestCli::richTexts() {
+    const QString in = write("r.mvd", DocTest::exampleFile());
+    const Result cat = run({"cat", in, "0.2"});
+    QCOMPARE(cat.code, 0);
+    QCOMPARE(cat.out, QByteArray("Paint the hall\n"));
+    const QByteArray expected("0 Projects\r\nPlans for the year\r\n\r\n0.1 Garden\r\n\r\n"
+                              "0.2 House\r\nPaint the hall\r\n\r\n");
+    QCOMPARE(run({"export-text", in, "r.txt"}).code, 0);
+    QCOMPARE(readFile(m_dir.filePath("r.txt")), expected);
+    QCOMPARE(run({"convert", in, "r2.txt"}).code, 0);
+    QCOMPARE(readFile(m_dir.filePath("r2.txt")), expected);
+    // Compacting stores every text rewritten and compressed; the texts read the same.
+    QCOMPARE(run({"compact", in, "c.mvd"}).code, 0);
+    const QByteArray compacted = readFile(m_dir.filePath("c.mvd"));
+    QVERIFY(!compacted.contains("{\\ttf_nodetext {\\rtf1"));
+    QCOMPARE(run({"check", m_dir.filePath("c.mvd")}).code, 0);
+    QCOMPARE(run({"cat", m_dir.filePath("c.mvd"), "0.2"}).out, cat.out);
+    QCOMPARE(run({"export-text", m_dir.filePath("c.mvd"), "c.txt"}).code, 0);
+    QCOMPARE(readFile(m_dir.filePath("c.txt")), expected);
 }
 
 void TestCli::check_data() {

@@ -57,6 +57,7 @@ private Q_SLOTS:
     void import();
     void exportWithoutDocumentClears();
     void exportOfEmptyTexts();
+    void exportOfExample();
     void exportWithoutClipboardIsReported();
 
 private:
@@ -110,6 +111,12 @@ void TestClipboardTransfer::exportOfEmptyTexts() {
     QCOMPARE(m_clip.text, QString("0 \r\n0.1 \r\n0.1.1 \r\n0.2 \r\n"));
     QCOMPARE(m_clip.sets, 1);
     QCOMPARE(m_clip.clears, 1);
+}
+
+void TestClipboardTransfer::exportOfExample() {
+    exampleDocument();
+    modDocClipboard::DocExport();
+    QCOMPARE(m_clip.text, QString("0 Plans for the year\r\n0.1 \r\n0.2 Paint the hall\r\n"));
 }
 
 void TestClipboardTransfer::exportWithoutClipboardIsReported() {

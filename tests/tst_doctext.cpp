@@ -24,6 +24,8 @@ private Q_SLOTS:
     void exportLeavesDocumentAlone();
     void exportFailureKeepsOldFile();
     void writeThenReadGivesOneEntry();
+    void exportOfRichTexts_data();
+    void exportOfRichTexts();
 };
 
 static QByteArray readFile(const QString &path) {
@@ -126,6 +128,37 @@ void TestDocText::writeThenReadGivesOneEntry() {
     QCOMPARE(back->trvOutline().Count(), 1);
     QCOMPARE(back->trvOutline().Item(1)->Tag(), QByteArray("0 R\r\n\r\n0.1 A\r\n\r\n"));
     QCOMPARE(back->m_iFileFormatVersion, -1);
+}
+
+void TestDocText::exportOfRichTexts_data() {
+    QTest::addColumn<QByteArray>("rtf");
+    QTest::addColumn<QByteArray>("lines"); // what the entry contributes after its heading
+    QTest::newRow("one paragraph") << QByteArray("{\\rtf1\\ansi Plans for the year\\par }")
+                                   << QByteArray("Plans for the year\r\n\r\n");
+    QTest::newRow("trailing breaks dropped")
+        << QByteArray("{\\rtf1\\ansi abc\\par\\par\\par }") << QByteArray("abc\r\n\r\n");
+    QTest::newRow("inner breaks kept") << QByteArray("{\\rtf1\\ansi a\\par\\par {\\b b}\\par }")
+                                       << QByteArray("a\r\n\r\nb\r\n\r\n");
+    QTest::newRow("code page") << QByteArray("{\\rtf1\\ansi caf\\'e9 \\'80}")
+                               << QByteArray("caf\xe9 \x80\r\n\r\n");
+    QTest::newRow("only breaks") << QByteArray("{\\rtf1\\ansi \\par\\par }") << QByteArray("\r\n");
+    QTest::newRow("plain stored text")
+        << QByteArray("not rich\r\n") << QByteArray("not rich\r\n\r\n");
+}
+
+void TestDocText::exportOfRichTexts() {
+    QFETCH(QByteArray, rtf);
+    QFETCH(QByteArray, lines);
+    for (bool compressed : {false, true}) {
+        Document *doc = newDocument();
+        QByteArray stored = rtf;
+        if (compressed) {
+            modNodes::NodeTextCompressIfRequired(rtf, stored);
+            QVERIFY(stored != rtf);
+        }
+        add(doc, nullptr, "R", stored);
+        QCOMPARE(modDocText::DocSaveVersion(*doc), "0 R\r\n" + lines);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestDocText)
