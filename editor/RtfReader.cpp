@@ -1718,7 +1718,12 @@ bool RtfReader::read(QByteArrayView rtf, QTextDocument *doc) {
         return false;
     }
     Reader reader(rtf, doc);
+    // One edit block around the whole read: inside it the cursors do not lay out the text after
+    // every insertion, which would make reading many texts slow.
+    QTextCursor block(doc);
+    block.beginEditBlock();
     reader.run();
+    block.endEditBlock();
     doc->setUndoRedoEnabled(undo);
     doc->setModified(false);
     return true;
