@@ -200,26 +200,26 @@ int run(const QStringList &args) {
         std::fputs(usage().toUtf8().constData(), stderr);
         return kUsage;
     }
-    struct Spec {
+    struct Command {
         const char *name;
         int arguments;
     };
-    static const Spec specs[] = {{"tree", 1},    {"cat", 2},     {"export-text", 2},
-                                 {"convert", 2}, {"compact", 2}, {"check", 1}};
-    const Spec *spec = nullptr;
-    for (const Spec &s : specs) {
+    static const Command commands[] = {{"tree", 1},    {"cat", 2},     {"export-text", 2},
+                                       {"convert", 2}, {"compact", 2}, {"check", 1}};
+    const Command *known = nullptr;
+    for (const Command &s : commands) {
         if (command == QLatin1String(s.name)) {
-            spec = &s;
+            known = &s;
         }
     }
-    if (!spec) {
+    if (!known) {
         return fail(kUsage, QStringLiteral("unknown command \"%1\" (try --help)").arg(command));
     }
-    if (args.size() - 1 != spec->arguments) {
+    if (args.size() - 1 != known->arguments) {
         return fail(kUsage, QStringLiteral("%1 takes %2 argument%3 (try --help)")
                                 .arg(command)
-                                .arg(spec->arguments)
-                                .arg(spec->arguments == 1 ? "" : "s"));
+                                .arg(known->arguments)
+                                .arg(known->arguments == 1 ? "" : "s"));
     }
     const QString file = args.at(1);
     if (!readable(file)) {

@@ -20,7 +20,7 @@ Node *add(Document *doc, Node *parent, const QString &label, const QByteArray &t
 // One line per entry in pre-order: indentation by depth, label, "*" when tagged, "+" when
 // expanded, then "=" and the stored text.
 QString outline(Document *doc);
-// The design's three-entry example: root Projects with Garden (tagged) and House (selected).
+// The three-entry example document: root Projects with Garden (tagged) and House (selected).
 Document *exampleDocument();
 // The example's native file.
 QByteArray exampleFile();
