@@ -26,6 +26,8 @@ public:
     virtual void UpdateStatusBar(Node *node) = 0;
     // Re-evaluates which commands are enabled.
     virtual void MenuEnableDynamic() = 0;
+    // The caption, the label editing mode or the text lock of the document changed.
+    virtual void DocumentStateChanged() {}
 };
 
 // One open document: its entry tree, its text pane and the state kept with it.
@@ -62,6 +64,12 @@ public:
     bool m_bTextHasFocus = false;
     bool m_bMovingSplit = false;
     float m_fSplitPosition = 0.0f;
+    // The window's caption ("Document 1", or the file name).
+    QString m_sCaption;
+    // Labels are edited by clicking (automatic) or only by the rename command (manual).
+    bool m_bLabelEditAutomatic = true;
+    // The text pane refuses typing (a read-only document).
+    bool m_bTextLocked = false;
 
 private:
     Nodes m_nodes;

@@ -1,0 +1,268 @@
+// mavrolen-cli: documents from the command line, without windows.
+#include "app/modMain.h"
+#include "document/Document.h"
+#include "document/modDoc.h"
+#include "document/modDocText.h"
+#include "document/modDocV1.h"
+#include "editor/RichTextBuffer.h"
+#include "outline/modNodes.h"
+#include "util/modString.h"
+
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QStringList>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int kOk = 0;
+constexpr int kFailed = 1;
+constexpr int kUsage = 2;
+
+void out(const QString &text) {
+    const QByteArray bytes = text.toUtf8();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+}
+
+int fail(int code, const QString &message) {
+    std::fflush(stdout);
+    const QByteArray bytes =
+        (QStringLiteral("mavrolen-cli: ") + message + QLatin1Char('\n')).toUtf8();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
+    return code;
+}
+
+QString usage() {
+    return QStringLiteral(
+        "Usage: mavrolen-cli COMMAND ARGUMENTS\n"
+        "  tree FILE             one line per entry in outline order: key, tab, T (tagged) or -,\n"
+        "                        tab, label\n"
+        "  cat FILE KEY          the plain text of the entry with that key (as `tree` shows it)\n"
+        "  export-text FILE OUT  the document as a plain-text file, as File > Export writes it\n"
+        "  convert IN OUT        saves IN under OUT, in the format OUT's extension gives (.mvd "
+        "native,\n"
+        "                        anything else plain text); no backup, no questions\n"
+        "  compact IN OUT        every entry text rewritten by this program's rich-text writer "
+        "and\n"
+        "                        stored compressed, then saved as `convert` does\n"
+        "  check FILE            reports damage of a native file (orphan or out-of-order keys,\n"
+        "                        texts that do not decode, unknown tags); exit 1 when damaged\n"
+        "Exit status: 0 done, 1 the command failed or found damage, 2 usage error or missing "
+        "file.\n"
+        "Output is UTF-8.\n");
+}
+
+// The last error reported, as one line.
+QString lastError() {
+    return QStringLiteral("error %1 - %2").arg(modMain::Err.Number).arg(modMain::Err.Description);
+}
+
+bool readable(const QString &path) {
+    const QFileInfo info(path);
+    return info.exists() && info.isFile() && info.isReadable();
+}
+
+// Loads a document; null (after an error line) when it cannot be read.
+Document *load(const QString &path) {
+    modMain::Err = {};
+    Document *doc = modDoc::DocLoad(path);
+    if (doc) {
+        Node *root = modDocText::DocRoot(*doc);
+        if (root) {
+            modNodes::NodeSetKeys(root, QStringLiteral("KEY0"));
+        }
+    }
+    return doc;
+}
+
+QString shortKey(const QString &key) {
+    return key.startsWith(QLatin1String("KEY")) ? key.mid(3) : key;
+}
+
+int cmdTree(Document *doc) {
+    QString text;
+    modDocText::ForEachPreOrder(modDocText::DocRoot(*doc), [&](Node *n) {
+        text += shortKey(n->Key()) + QLatin1Char('\t') +
+                (modNodes::NodeTagged(n) ? QLatin1Char('T') : QLatin1Char('-')) +
+                QLatin1Char('\t') + n->Text() + QLatin1Char('\n');
+    });
+    out(text);
+    return kOk;
+}
+
+int cmdCat(Document *doc, const QString &key) {
+    const QString wanted = QStringLiteral("KEY") + shortKey(key);
+    Node *found = nullptr;
+    modDocText::ForEachPreOrder(modDocText::DocRoot(*doc), [&](Node *n) {
+        if (!found && n->Key() == wanted) {
+            found = n;
+        }
+    });
+    if (!found) {
+        return fail(kFailed, QStringLiteral("no entry with key %1").arg(shortKey(key)));
+    }
+    const QString text =
+        modMain::Guarded([&] { return modDocText::PlainTextStripped(found->Tag()); }, QString());
+    if (modMain::Err.Number != 0) {
+        return fail(kFailed, QStringLiteral("cannot read the entry text: ") + lastError());
+    }
+    QString shown = text;
+    shown.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    out(shown.isEmpty() ? shown : shown + QLatin1Char('\n'));
+    return kOk;
+}
+
+int cmdExportText(Document *doc, const QString &target) {
+    modMain::Err = {};
+    if (!modDocText::DocExport(*doc, target)) {
+        return fail(kFailed, QStringLiteral("cannot export to %1: ").arg(target) + lastError());
+    }
+    return kOk;
+}
+
+int cmdConvert(Document *doc, const QString &target) {
+    modMain::Err = {};
+    if (!modDoc::DocSaveDocument(*doc, target, false)) {
+        return fail(kFailed, QStringLiteral("cannot write %1: ").arg(target) + lastError());
+    }
+    return kOk;
+}
+
+int cmdCompact(Document *doc, const QString &target) {
+    RichTextBuffer buffer;
+    bool ok = true;
+    modDocText::ForEachPreOrder(modDocText::DocRoot(*doc), [&](Node *n) {
+        ok = modMain::Guarded(
+                 [&] {
+                     QByteArray rtf;
+                     modNodes::NodeTextDecompressIfRequired(n->Tag(), rtf);
+                     buffer.SetTextRTF(rtf);
+                     QByteArray stored;
+                     modNodes::NodeTextCompressIfRequired(buffer.TextRTF(), stored);
+                     n->setTag(stored);
+                     return true;
+                 },
+                 false) &&
+             ok;
+    });
+    if (!ok) {
+        return fail(kFailed, QStringLiteral("cannot rewrite the entry texts: ") + lastError());
+    }
+    return cmdConvert(doc, target);
+}
+
+int cmdCheck(const QString &path) {
+    QByteArray bytes;
+    modMain::Err = {};
+    const bool read = modMain::Guarded(
+        [&] {
+            bytes = modDoc::ReadWholeFile(path);
+            return true;
+        },
+        false);
+    if (!read) {
+        return fail(kUsage, QStringLiteral("cannot read %1: ").arg(path) + lastError());
+    }
+    int version = modDoc::DocDefaultVersionFromExt(path).toInt();
+    bool isNumber = false;
+    const int tagged = modDoc::DocLoadTag(bytes, "formatversion").trimmed().toInt(&isNumber);
+    if (isNumber) {
+        version = tagged;
+    }
+    if (version != 1) {
+        out(QStringLiteral("%1: plain text (format version %2), read as one entry\n")
+                .arg(path)
+                .arg(version));
+        return kOk;
+    }
+    const modDocV1::CheckReport report = modDocV1::CheckFile(bytes);
+    QString text;
+    for (const QString &problem : report.Problems) {
+        text += path + QStringLiteral(": ") + problem + QLatin1Char('\n');
+    }
+    text += QStringLiteral("%1: %2 entries, %3\n")
+                .arg(path)
+                .arg(report.Entries)
+                .arg(report.damaged() ? QStringLiteral("%1 problems").arg(report.Problems.size())
+                                      : QStringLiteral("no damage found"));
+    out(text);
+    return report.damaged() ? kFailed : kOk;
+}
+
+int run(const QStringList &args) {
+    if (args.isEmpty()) {
+        return fail(kUsage, QStringLiteral("no command given (try --help)"));
+    }
+    const QString command = args.first();
+    if (command == QLatin1String("--help") || command == QLatin1String("-h") ||
+        command == QLatin1String("help")) {
+        std::fputs(usage().toUtf8().constData(), stderr);
+        return kUsage;
+    }
+    struct Command {
+        const char *name;
+        int arguments;
+    };
+    static const Command commands[] = {{"tree", 1},    {"cat", 2},     {"export-text", 2},
+                                       {"convert", 2}, {"compact", 2}, {"check", 1}};
+    const Command *known = nullptr;
+    for (const Command &s : commands) {
+        if (command == QLatin1String(s.name)) {
+            known = &s;
+        }
+    }
+    if (!known) {
+        return fail(kUsage, QStringLiteral("unknown command \"%1\" (try --help)").arg(command));
+    }
+    if (args.size() - 1 != known->arguments) {
+        return fail(kUsage, QStringLiteral("%1 takes %2 argument%3 (try --help)")
+                                .arg(command)
+                                .arg(known->arguments)
+                                .arg(known->arguments == 1 ? "" : "s"));
+    }
+    const QString file = args.at(1);
+    if (!readable(file)) {
+        return fail(kUsage, QStringLiteral("cannot open %1: no such readable file").arg(file));
+    }
+    if (command == QLatin1String("check")) {
+        return cmdCheck(file);
+    }
+    Document *doc = load(file);
+    if (!doc) {
+        return fail(kUsage, QStringLiteral("cannot read %1: ").arg(file) + lastError());
+    }
+    if (command == QLatin1String("tree")) {
+        return cmdTree(doc);
+    }
+    if (command == QLatin1String("cat")) {
+        return cmdCat(doc, args.at(2));
+    }
+    if (command == QLatin1String("export-text")) {
+        return cmdExportText(doc, args.at(2));
+    }
+    if (command == QLatin1String("convert")) {
+        return cmdConvert(doc, args.at(2));
+    }
+    return cmdCompact(doc, args.at(2));
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    // Qt's own notices (platform set-up and the like) would clutter the one-line messages.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &, const QString &msg) {
+        if (type == QtFatalMsg) {
+            std::fputs((msg + QLatin1Char('\n')).toUtf8().constData(), stderr);
+        }
+    });
+    QGuiApplication app(argc, argv);
+    QStringList args = QCoreApplication::arguments();
+    args.removeFirst();
+    // Plain-text saves answer the format warning with yes.
+    modDoc::SetQuestionHandler([](const QString &) { return int(modDoc::Yes); });
+    return run(args);
+}

@@ -1,0 +1,78 @@
+#include "document/SystemClipboard.h"
+
+#include "app/modMain.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QStringList>
+
+namespace {
+
+QClipboard *clipboard() {
+    QClipboard *c = qobject_cast<QGuiApplication *>(QCoreApplication::instance())
+                        ? QGuiApplication::clipboard()
+                        : nullptr;
+    if (!c) {
+        // The clipboard cannot be reached (no graphical session).
+        modMain::Raise(modMain::errPermissionDenied, QStringLiteral("Can't open Clipboard"));
+    }
+    return c;
+}
+
+const QStringList &richTypes() {
+    static const QStringList types{QStringLiteral("text/rtf"), QStringLiteral("text/richtext"),
+                                   QStringLiteral("application/rtf")};
+    return types;
+}
+
+} // namespace
+
+void SystemClipboard::Clear() {
+    clipboard()->clear();
+}
+
+bool SystemClipboard::GetFormat(int format) const {
+    const QMimeData *data = clipboard()->mimeData();
+    if (!data) {
+        return false;
+    }
+    if (format == PlainText) {
+        return data->hasText();
+    }
+    if (format == RichText) {
+        for (const QString &type : richTypes()) {
+            if (data->hasFormat(type)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+QString SystemClipboard::GetText() const {
+    return clipboard()->text();
+}
+
+QByteArray SystemClipboard::GetRichText() const {
+    const QMimeData *data = clipboard()->mimeData();
+    if (!data) {
+        return {};
+    }
+    for (const QString &type : richTypes()) {
+        if (data->hasFormat(type)) {
+            return data->data(type);
+        }
+    }
+    return {};
+}
+
+void SystemClipboard::SetText(const QString &text) {
+    clipboard()->setText(text);
+}
+
+void SystemClipboard::SetRichText(const QByteArray &rtf) {
+    auto *data = new QMimeData;
+    data->setData(QStringLiteral("text/rtf"), rtf);
+    clipboard()->setMimeData(data);
+}

@@ -1,0 +1,102 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QList>
+#include <QString>
+
+#include <functional>
+
+#include "editor/clsFont.h"
+
+class Document;
+
+// Creating documents and moving them between the model and files: the choice of format (by the
+// extension on saving, by the file's "formatversion" tag on loading), the backup, the text-format
+// warning, captions and the read-only state.
+namespace modDoc {
+
+// Answers of a question (the classic message-box values).
+enum Answer { Ok = 1, Cancel = 2, Yes = 6, No = 7 };
+
+// Asks a Yes/No/Cancel question. The application answers it with a message box; headless (no
+// handler set) the answer is Yes.
+using QuestionHandler = std::function<int(const QString &question)>;
+void SetQuestionHandler(QuestionHandler handler);
+int AskQuestion(const QString &question);
+
+// The two settings documents follow: Backup (rename the old file to ".bak" before saving) and
+// AutoLabelEdit (labels editable by clicking). Headless defaults: no backup, automatic editing.
+void SetBackupRule(std::function<bool()> backup);
+void SetAutoLabelEditRule(std::function<bool()> autoLabelEdit);
+bool BackupOn();
+bool AutoLabelEditOn();
+
+// The message asked before a document of several entries is saved as plain text.
+QString TextFormatWarning();
+
+// The open-document counter: raised when a document is created, lowered when one is allowed to
+// close. New documents are captioned "Document " and the counter.
+int OpenDocumentCount();
+void DocumentClosed();
+
+// Who makes document windows: the application sets a factory that builds the window with its
+// document (text pane and view included) and returns the document. Without one, documents are
+// headless and owned here until DocClose.
+using DocumentFactory = std::function<Document *()>;
+void SetDocumentFactory(DocumentFactory factory);
+// Records a file just opened or saved in the recently used files (the application sets it).
+void SetRecentFileRule(std::function<void(const QString &path)> rule);
+// The application's default outline and text fonts, given to new documents.
+void SetDefaultFonts(const clsFont &outline, const clsFont &text);
+// Lowers the counter and, for a headless document, destroys it.
+void DocClose(Document *doc);
+
+// A new document window, captioned "Document n"; it becomes the active document.
+Document *DocInit();
+// A new, empty document: default fonts, marked changed, native format.
+Document *DocNew();
+// Opens a file into a new document (nothing happens when the file does not exist). Returns the
+// new document, or null.
+Document *DocLoad(const QString &path);
+// Loads a file's bytes into a fresh document whose m_sFile is set: the format by the extension,
+// then by the "formatversion" tag; finishes the document (caption, read-only state, showing and
+// tagged entries, selection).
+void DocLoadBytes(Document &doc, const QByteArray &bytes);
+void DocFinishLoad(Document &doc, const QString &selectedKey, const QList<bool> &taggedByIndex,
+                   const QList<bool> &showingByIndex);
+// Saves the active document under `path`. Returns true when the file was written.
+bool DocSave(const QString &path);
+// Saves a given document (the active one is not consulted). `backupAndAsk` false skips the backup
+// and the text-format warning.
+bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk = true);
+
+// "1" for the native extension "mvd" (any case), "-1" for every other extension and none.
+QString DocDefaultVersionFromExt(const QString &path);
+
+// True when the file exists and is read-only: its owner write bit is clear, or the user may not
+// write it.
+bool FileReadOnly(const QString &path);
+// Renames an existing file to its backup name (the name without extension, ".bak"), deleting an
+// older backup first; a read-only backup is left alone and nothing is renamed.
+void DocBackup(const QString &path);
+
+// True when the document's file is set and the user may not write it.
+bool DocReadOnly(const Document &doc);
+
+// The value of the first tag `name` anywhere in the text, "" when there is none.
+QByteArray DocLoadTag(QByteArrayView text, QByteArrayView name);
+// Whether the tag `name` begins at `position` (0-based offset of its opener); when it does,
+// closePosition is the offset of the first "}" at or after it (the text's size when there is
+// none) and value the bytes between the blank after the name and that brace.
+bool DocLoadTagAtPosition(QByteArrayView text, QByteArrayView name, qsizetype position,
+                          qsizetype &closePosition, QByteArray &value);
+
+// Reads a whole file; raises 53 when it does not exist and 75 when it cannot be read.
+QByteArray ReadWholeFile(const QString &path);
+// Writes a whole file safely: the bytes go to a temporary file in the same folder, which then
+// replaces `path`. On any failure the old file is untouched and an error is raised (75 path or
+// access, 61 disk full, 70 permission denied).
+void WriteWholeFile(const QString &path, const QByteArray &bytes);
+
+} // namespace modDoc

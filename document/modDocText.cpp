@@ -1,0 +1,152 @@
+// The plain-text format: headings with keys, unformatted texts, blank lines; and reading any text
+// file into one entry.
+#include "document/modDocText.h"
+
+#include "app/modMain.h"
+#include "document/Document.h"
+#include "document/modDoc.h"
+#include "outline/modNodes.h"
+#include "util/CodePage.h"
+
+#include <vector>
+
+namespace modDocText {
+
+namespace {
+
+struct Transfer {
+    Transfer() { modNodes::g_bDocTransfer = true; }
+    ~Transfer() { modNodes::g_bDocTransfer = false; }
+    Transfer(const Transfer &) = delete;
+    Transfer &operator=(const Transfer &) = delete;
+};
+
+QByteArray keyWithoutPrefix(const QString &key) {
+    QByteArray k = key.toLatin1();
+    if (k.startsWith("KEY")) {
+        k.remove(0, 3);
+    }
+    return k;
+}
+
+} // namespace
+
+Node *DocRoot(Document &doc) {
+    Node *root = nullptr;
+    modNodes::NodeGetRoot(&doc, root);
+    if (!root && doc.trvOutline().Count() > 0) {
+        root = doc.trvOutline().Item(1)->Root();
+    }
+    return root;
+}
+
+void ForEachPreOrder(Node *node, const std::function<void(Node *)> &visit) {
+    if (!node) {
+        return;
+    }
+    std::vector<Node *> stack{node};
+    while (!stack.empty()) {
+        Node *n = stack.back();
+        stack.pop_back();
+        visit(n);
+        const auto &children = n->childList();
+        for (auto it = children.rbegin(); it != children.rend(); ++it) {
+            stack.push_back(*it);
+        }
+    }
+}
+
+void DocSaveNodeAll(Node *node, QByteArray &out) {
+    PROC("modDocText DocSaveNodeAll");
+    ForEachPreOrder(node, [&](Node *n) {
+        out.append(keyWithoutPrefix(n->Key())).append(' ').append(CodePage::fromUnicode(n->Text()));
+        out.append("\r\n");
+        const QByteArray text = CodePage::fromUnicode(PlainTextStripped(n->Tag()));
+        out.append(text).append("\r\n");
+        if (!text.isEmpty()) {
+            out.append("\r\n");
+        }
+    });
+}
+
+QByteArray DocSaveVersion(Document &doc) {
+    PROC("modDocText DocSaveVersion");
+    Node *root = DocRoot(doc);
+    if (!root) {
+        return {};
+    }
+    modNodes::NodeSetKeys(root, QStringLiteral("KEY0"));
+    QByteArray out;
+    out.reserve(qsizetype(doc.trvOutline().Count()) * 64);
+    DocSaveNodeAll(root, out);
+    return out;
+}
+
+QByteArray TextFileAsStoredText(QByteArrayView bytes) {
+    PROC("modDocText TextFileAsStoredText");
+    QByteArray out;
+    out.reserve(bytes.size() + bytes.size() / 32 + 2);
+    qsizetype i = 0;
+    const qsizetype n = bytes.size();
+    while (i < n) {
+        qsizetype end = i;
+        while (end < n && bytes.at(end) != '\r' && bytes.at(end) != '\n') {
+            ++end;
+        }
+        out.append(bytes.sliced(i, end - i)).append("\r\n");
+        if (end < n && bytes.at(end) == '\r' && end + 1 < n && bytes.at(end + 1) == '\n') {
+            end += 2;
+        } else if (end < n) {
+            end += 1;
+        }
+        i = end;
+    }
+    return out;
+}
+
+void DocLoadVersion(Document &doc, QByteArrayView bytes) {
+    PROC("modDocText DocLoadVersion");
+    const QByteArray text = TextFileAsStoredText(bytes);
+    Node *node = modNodes::NodeInsert(&doc, relFirst, nullptr);
+    if (!node) {
+        return;
+    }
+    node->setText(QStringLiteral("Text"));
+    node->setTag(text);
+    modNodes::NodeSelect(&doc, node);
+}
+
+bool DocExport(Document &doc, const QString &path) {
+    return modMain::Guarded([&] {
+        PROC("modDocText DocExport");
+        const Transfer transfer;
+        const QByteArray bytes = DocSaveVersion(doc);
+        modDoc::WriteWholeFile(path, bytes);
+        return true;
+    });
+}
+
+bool DocImport(Document &doc, const QString &path) {
+    return modMain::Guarded([&] {
+        PROC("modDocText DocImport");
+        {
+            const Transfer transfer;
+            doc.setOutlineVisible(false);
+            const QByteArray bytes = modDoc::ReadWholeFile(path);
+            DocLoadVersion(doc, bytes);
+            doc.setOutlineVisible(true);
+            Node *select = DocRoot(doc);
+            doc.m_bLabelEditAutomatic = modDoc::AutoLabelEditOn();
+            if (doc.view()) {
+                doc.view()->DocumentStateChanged();
+            }
+            modNodes::NodeSelect(&doc, select);
+        }
+        if (doc.view()) {
+            doc.view()->ViewAutoFitSplit();
+        }
+        return true;
+    });
+}
+
+} // namespace modDocText

@@ -1,0 +1,233 @@
+// The native format on a document: writing the tree, and building it back from the file's bytes.
+#include "document/modDocV1.h"
+
+#include "app/modMain.h"
+#include "document/Document.h"
+#include "document/modDoc.h"
+#include "outline/modNodes.h"
+#include "util/CodePage.h"
+
+#include <QHash>
+
+#include <vector>
+
+namespace modDocV1 {
+
+namespace {
+
+QByteArray boolText(bool value) {
+    return value ? QByteArrayLiteral("True") : QByteArrayLiteral("False");
+}
+
+QByteArray sizeText(double points) {
+    return QByteArray::number(points, 'g', 15);
+}
+
+void saveFont(QByteArray &out, const char *prefix, const clsFont &font) {
+    const QByteArray p(prefix);
+    DocSaveNodeTag(out, p + "fontname", CodePage::fromUnicode(font.Name()));
+    DocSaveNodeTag(out, p + "fontsize", sizeText(font.Size()));
+    DocSaveNodeTag(out, p + "fontbold", boolText(font.Bold()));
+    DocSaveNodeTag(out, p + "fontitalic", boolText(font.Italic()));
+    DocSaveNodeTag(out, p + "fontstrikethrough", boolText(font.StrikeThrough()));
+    DocSaveNodeTag(out, p + "fontunderline", boolText(font.Underline()));
+}
+
+// Logs one problem of a file being read and carries on.
+void reportDamage(qint32 number, const QString &what) {
+    PROC("modDocV1 DocLoadVersion");
+    modMain::Guarded(
+        [&] { modMain::Raise(number, modMain::ErrorDescription(number) + " (" + what + ')'); });
+}
+
+void loadFont(const QByteArray &text, const char *prefix, clsFont &font) {
+    const QByteArray p(prefix);
+    font.setName(CodePage::toUnicode(modDoc::DocLoadTag(text, p + "fontname")));
+    const QByteArray size = modDoc::DocLoadTag(text, p + "fontsize");
+    bool ok = false;
+    const double points = size.trimmed().toDouble(&ok);
+    if (ok && points >= 0 && points < 1e6) {
+        font.setSize(points);
+    } else {
+        reportDamage(modMain::errTypeMismatch,
+                     QStringLiteral("%1fontsize \"%2\"")
+                         .arg(QLatin1String(p), CodePage::toUnicode(size.left(40))));
+    }
+    font.setBold(modDoc::DocLoadTag(text, p + "fontbold") == "True");
+    font.setItalic(modDoc::DocLoadTag(text, p + "fontitalic") == "True");
+    font.setStrikeThrough(modDoc::DocLoadTag(text, p + "fontstrikethrough") == "True");
+    font.setUnderline(modDoc::DocLoadTag(text, p + "fontunderline") == "True");
+}
+
+} // namespace
+
+void DocSaveNodeAll(Node *node, QByteArray &out) {
+    PROC("modDocV1 DocSaveNodeAll");
+    if (!node) {
+        return;
+    }
+    // Pre-order with an explicit stack: an entry is showing when its parent shows and is expanded.
+    bool rootShowing = true;
+    for (Node *a = node->Parent(); a; a = a->Parent()) {
+        rootShowing = rootShowing && a->Expanded();
+    }
+    std::vector<std::pair<Node *, bool>> stack;
+    stack.emplace_back(node, rootShowing);
+    while (!stack.empty()) {
+        auto [n, showing] = stack.back();
+        stack.pop_back();
+        QByteArray key = n->Key().toLatin1();
+        if (key.startsWith("KEY")) {
+            key.remove(0, 3);
+        }
+        DocSaveNodeTag(out, "nodekey", key);
+        DocSaveNodeTag(out, "nodelabel", CodePage::fromUnicode(n->Text()));
+        DocSaveNodeTag(out, "nodetagged", boolText(modNodes::NodeTagged(n)));
+        DocSaveNodeTag(out, "nodevisible", boolText(showing));
+        DocSaveNodeTag(out, "nodetext", n->Tag());
+        const auto &children = n->childList();
+        const bool childShowing = showing && n->Expanded();
+        for (auto it = children.rbegin(); it != children.rend(); ++it) {
+            stack.emplace_back(*it, childShowing);
+        }
+    }
+}
+
+QByteArray DocSaveVersion(Document &doc) {
+    PROC("modDocV1 DocSaveVersion");
+    Node *root = nullptr;
+    modNodes::NodeGetRoot(&doc, root);
+    if (!root && doc.trvOutline().Count() > 0) {
+        root = doc.trvOutline().Item(1)->Root();
+    }
+    if (!root) {
+        return {};
+    }
+    modNodes::NodeSetKeys(root, QStringLiteral("KEY0"));
+    PROC("modDocV1 DocSaveVersion");
+    qsizetype estimate = 1024;
+    for (Node *n : doc.trvOutline()) {
+        estimate += n->Tag().size() + n->Text().size() + n->Key().size() + 128;
+    }
+    QByteArray out;
+    out.reserve(estimate);
+    DocSaveNodeTag(out, "formatversion", "1");
+    Node *selected = doc.trvOutline().SelectedItem();
+    DocSaveNodeTag(out, "selecteditemkey", selected ? selected->Key().toLatin1() : QByteArray());
+    saveFont(out, "outline", doc.m_fntOutlineFont);
+    saveFont(out, "text", doc.m_fntTextFont);
+    DocSaveNodeAll(root, out);
+    return out;
+}
+
+QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &taggedByIndex,
+                       QList<bool> &showingByIndex) {
+    PROC("modDocV1 DocLoadVersion");
+    (void)modDoc::DocLoadTag(text, "formatversion");
+    const QString selectedKey = CodePage::toUnicode(modDoc::DocLoadTag(text, "selecteditemkey"));
+    loadFont(text, "outline", doc.m_fntOutlineFont);
+    loadFont(text, "text", doc.m_fntTextFont);
+    // The text pane's base font is the outline font after loading; the text font is only kept.
+    if (TextPane *pane = doc.txtRTF()) {
+        pane->SetBaseFont(doc.m_fntOutlineFont);
+    }
+
+    // Entries by their key in the tree, so that every relative is found in constant time.
+    QHash<QString, Node *> byKey;
+    byKey.reserve(qsizetype(text.size() / 256) + 16);
+    auto lookup = [&](const QString &key) -> Node * {
+        Node *n = byKey.value(key);
+        return (n && !n->isRemoved() && n->Key() == key) ? n : nullptr;
+    };
+    // Keys the tree changed when an entry went in before existing siblings.
+    auto rekey = [&](Node *from) {
+        std::vector<Node *> stack;
+        for (Node *s = from; s; s = s->Next()) {
+            stack.push_back(s);
+        }
+        while (!stack.empty()) {
+            Node *n = stack.back();
+            stack.pop_back();
+            byKey.insert(n->Key(), n);
+            for (Node *c : n->childList()) {
+                stack.push_back(c);
+            }
+        }
+    };
+
+    const QString prefix = QStringLiteral("KEY");
+    ScanEntries(text, [&](EntryRecord &rec) {
+        const QString key = QString::fromLatin1(rec.Key);
+        Node *relative = nullptr;
+        int relationship = relChild;
+        QString relativeKey;
+        if (key.endsWith(QStringLiteral(".1"))) {
+            relativeKey = prefix + key.chopped(2);
+        } else {
+            const qsizetype dot = key.lastIndexOf(QLatin1Char('.'));
+            if (dot >= 0) {
+                relationship = relNext;
+                bool ok = false;
+                const qint64 number = key.mid(dot + 1).toLongLong(&ok);
+                relativeKey = prefix + key.left(dot + 1) +
+                              (ok ? QString::number(number - 1) : QStringLiteral("?"));
+            }
+        }
+        if (!relativeKey.isEmpty()) {
+            relative = lookup(relativeKey);
+            if (!relative) {
+                reportDamage(modMain::errSubscriptOutOfRange,
+                             QStringLiteral("entry \"%1\": no entry \"%2\" to place it by")
+                                 .arg(key.left(40), relativeKey.left(40)));
+            }
+        }
+        if (relativeKey.isEmpty() && doc.trvOutline().Count() > 0) {
+            reportDamage(modMain::errSubscriptOutOfRange,
+                         QStringLiteral("entry \"%1\": a second top entry").arg(key.left(40)));
+        }
+        Node *node = modNodes::NodeInsert(&doc, relationship, relative);
+        PROC("modDocV1 DocLoadVersion");
+        if (!node) {
+            reportDamage(modMain::errInvalidProcedureCall,
+                         QStringLiteral("entry \"%1\" could not be inserted").arg(key.left(40)));
+            return;
+        }
+        if (node->Next()) {
+            rekey(node);
+        } else {
+            byKey.insert(node->Key(), node);
+        }
+        if (relative && node->Key() != prefix + key) {
+            reportDamage(modMain::errSubscriptOutOfRange,
+                         QStringLiteral("entry \"%1\" out of order, read as \"%2\"")
+                             .arg(key.left(40), node->Key().mid(3).left(40)));
+        }
+        if (rec.TextTruncated) {
+            reportDamage(modMain::errInputPastEnd,
+                         QStringLiteral("the text of entry \"%1\" is cut short").arg(key.left(40)));
+        }
+        DocLoadVersionNodeSet(&doc, node, rec, taggedByIndex, showingByIndex);
+    });
+    return selectedKey;
+}
+
+void DocLoadVersionNodeSet(Document *doc, Node *node, EntryRecord &rec, QList<bool> &taggedByIndex,
+                           QList<bool> &showingByIndex) {
+    PROC("modDocV1 DocLoadVersionNodeSet");
+    node->setText(CodePage::toUnicode(rec.Label));
+    node->setTag(std::move(rec.Text));
+    rec.Text = QByteArray();
+    modNodes::NodeSelect(doc, node);
+    const int index = node->Index();
+    // Grown geometrically: entries arrive one index at a time.
+    if (taggedByIndex.size() <= index) {
+        taggedByIndex.resize(qMax<qsizetype>(index + 1, taggedByIndex.size() * 2));
+    }
+    if (showingByIndex.size() <= index) {
+        showingByIndex.resize(qMax<qsizetype>(index + 1, showingByIndex.size() * 2));
+    }
+    taggedByIndex[index] = rec.Tagged;
+    showingByIndex[index] = rec.Showing;
+}
+
+} // namespace modDocV1

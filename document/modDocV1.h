@@ -1,0 +1,79 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+class Document;
+class Node;
+
+// The native document format: one tagged line per value, "{\ttf_" name, a blank, the value, "}"
+// and CR LF, in the file code page. Fourteen header tags, then five tags for every entry in
+// pre-order. The reader scans the file's bytes once; entry texts run up to three bytes before the
+// next tag opener, so they may hold any bytes, line breaks and braces included.
+namespace modDocV1 {
+
+inline constexpr QByteArrayView TagOpener = "{\\ttf_";
+
+// The header tag names, in the order they are written.
+QList<QByteArray> HeaderTagNames();
+
+// One entry as the file holds it, handed out when its last tag has been read.
+struct EntryRecord {
+    QByteArray Key;   // "0", "0.1", ... (the value of "nodekey", without the "KEY" prefix)
+    QByteArray Label; // file code page
+    bool Tagged = false;
+    bool Showing = false;
+    QByteArray Text;            // stored text, exactly as in the file
+    qsizetype KeyPosition = 0;  // offset of the entry's "nodekey" opener
+    bool TextTruncated = false; // the text did not end with "}" CR LF before the next tag
+};
+
+// What a scan met besides entries: tags outside the format (with their offsets), and whether the
+// last tag of the file was cut short.
+struct ScanNotes {
+    QList<QPair<qsizetype, QByteArray>> UnknownTags;
+    qsizetype Entries = 0;
+};
+
+// Scans the whole file once and calls `finish` for every entry, in file order. Header tags
+// (wherever they stand) and unknown tags are skipped whole.
+void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &finish,
+                 ScanNotes *notes = nullptr);
+
+// Appends one tag line: opener, name, one blank, value, "}", CR LF.
+void DocSaveNodeTag(QByteArray &out, QByteArrayView name, QByteArrayView value);
+
+// The whole native file of a document: keys renumbered from the root first. Empty when the
+// document has no root.
+QByteArray DocSaveVersion(Document &doc);
+
+// Writes one entry and, recursively, its children.
+void DocSaveNodeAll(Node *node, QByteArray &out);
+
+// Builds the document's entries from the file's bytes and sets both fonts; returns the selected
+// key ("selecteditemkey", with its "KEY" prefix). The two lists, indexed by the tree's entry
+// index, receive the tagged and showing marks (index 0 unused). Damage (an entry whose relative is
+// missing, keys out of order, a text cut short, a font value that is not a number) is written to
+// the session log and the load goes on with what can be read.
+QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &taggedByIndex,
+                       QList<bool> &showingByIndex);
+
+// Gives a freshly inserted entry its label and stored text, selects it and records its tagged and
+// showing marks at its index (growing the lists as needed).
+void DocLoadVersionNodeSet(Document *doc, Node *node, EntryRecord &rec, QList<bool> &taggedByIndex,
+                           QList<bool> &showingByIndex);
+
+// A damage report of a native file, without building a document.
+struct CheckReport {
+    QStringList Problems; // one line each
+    qsizetype Entries = 0;
+    bool damaged() const { return !Problems.isEmpty(); }
+};
+CheckReport CheckFile(const QByteArray &text);
+
+} // namespace modDocV1

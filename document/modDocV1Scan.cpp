@@ -1,0 +1,304 @@
+// The byte scanner of the native format and the damage check built on it. Neither needs a
+// document, so the command-line checker and the fuzzer use them directly.
+#include "document/modDoc.h"
+#include "document/modDocV1.h"
+
+#include "app/modMain.h"
+
+#include <QHash>
+#include <QSet>
+
+#include <zlib.h>
+
+namespace modDoc {
+
+QByteArray DocLoadTag(QByteArrayView text, QByteArrayView name) {
+    PROC("modDoc DocLoadTag");
+    QByteArray search;
+    search.reserve(modDocV1::TagOpener.size() + name.size() + 1);
+    search.append(modDocV1::TagOpener).append(name).append(' ');
+    const qsizetype at = text.indexOf(search);
+    if (at < 0) {
+        return {};
+    }
+    const qsizetype from = at + search.size();
+    const qsizetype close = text.indexOf('}', from);
+    if (close < 0) {
+        return {};
+    }
+    return text.sliced(from, close - from).toByteArray();
+}
+
+bool DocLoadTagAtPosition(QByteArrayView text, QByteArrayView name, qsizetype position,
+                          qsizetype &closePosition, QByteArray &value) {
+    PROC("modDoc DocLoadTagAtPosition");
+    value.clear();
+    const QByteArrayView opener = modDocV1::TagOpener;
+    const qsizetype head = opener.size() + name.size() + 1;
+    if (position < 0 || position + head > text.size()) {
+        return false;
+    }
+    const QByteArrayView at = text.sliced(position);
+    if (!at.startsWith(opener) || at.sliced(opener.size(), name.size()) != name ||
+        at.at(opener.size() + name.size()) != ' ') {
+        return false;
+    }
+    // A tag cut short by the end of the file runs to the end.
+    qsizetype close = text.indexOf('}', position);
+    if (close < 0) {
+        close = text.size();
+    }
+    closePosition = close;
+    const qsizetype from = position + head;
+    value = close > from ? text.sliced(from, close - from).toByteArray() : QByteArray();
+    return true;
+}
+
+} // namespace modDoc
+
+namespace modDocV1 {
+
+QList<QByteArray> HeaderTagNames() {
+    return {"formatversion",
+            "selecteditemkey",
+            "outlinefontname",
+            "outlinefontsize",
+            "outlinefontbold",
+            "outlinefontitalic",
+            "outlinefontstrikethrough",
+            "outlinefontunderline",
+            "textfontname",
+            "textfontsize",
+            "textfontbold",
+            "textfontitalic",
+            "textfontstrikethrough",
+            "textfontunderline"};
+}
+
+namespace {
+
+// The name of the tag whose opener is at `p`: the bytes up to the first blank or brace.
+QByteArray tagNameAt(QByteArrayView text, qsizetype p) {
+    const qsizetype from = p + TagOpener.size();
+    qsizetype end = from;
+    while (end < text.size() && end - from < 64 && text.at(end) != ' ' && text.at(end) != '}' &&
+           text.at(end) != '\r' && text.at(end) != '\n') {
+        ++end;
+    }
+    return text.sliced(from, end - from).toByteArray();
+}
+
+} // namespace
+
+void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &finish,
+                 ScanNotes *notes) {
+    PROC("modDocV1 ScanEntries");
+    const qsizetype n = text.size();
+    EntryRecord rec;
+    bool pending = false;
+    bool textMode = false;
+    qsizetype start = 0;
+    static const QSet<QByteArray> headerNames = [] {
+        QSet<QByteArray> s;
+        for (const QByteArray &name : HeaderTagNames()) {
+            s.insert(name);
+        }
+        return s;
+    }();
+
+    auto finishPending = [&] {
+        if (pending) {
+            finish(rec);
+            if (notes) {
+                ++notes->Entries;
+            }
+        }
+        pending = false;
+        rec.Label.clear();
+        rec.Text.clear();
+        rec.Tagged = false;
+        rec.Showing = false;
+        rec.TextTruncated = false;
+    };
+
+    while (true) {
+        qsizetype p = text.indexOf(TagOpener, start);
+        if (p < 0) {
+            p = n;
+        }
+        if (textMode) {
+            // The text ends three bytes before the next opener: "}", CR, LF close its line.
+            const qsizetype len = p - 3 - start;
+            rec.Text = len > 0 ? text.sliced(start, len).toByteArray() : QByteArray();
+            rec.TextTruncated = !(p - 3 >= start && text.sliced(p - 3, 3) == "}\r\n");
+            textMode = false;
+        }
+        if (p >= n) {
+            break;
+        }
+        qsizetype close = 0;
+        QByteArray value;
+        if (modDoc::DocLoadTagAtPosition(text, "nodekey", p, close, value)) {
+            finishPending();
+            rec.Key = value;
+            rec.KeyPosition = p;
+            pending = true;
+            start = close + 1;
+        } else if (modDoc::DocLoadTagAtPosition(text, "nodelabel", p, close, value)) {
+            rec.Label = value;
+            start = close + 1;
+        } else if (modDoc::DocLoadTagAtPosition(text, "nodetagged", p, close, value)) {
+            rec.Tagged = value == "True";
+            start = close + 1;
+        } else if (modDoc::DocLoadTagAtPosition(text, "nodevisible", p, close, value)) {
+            rec.Showing = value == "True";
+            start = close + 1;
+        } else if (text.sliced(p).startsWith("{\\ttf_nodetext ")) {
+            textMode = true;
+            start = p + 15;
+        } else {
+            if (notes && !headerNames.contains(tagNameAt(text, p))) {
+                notes->UnknownTags.append({p, tagNameAt(text, p)});
+            }
+            const qsizetype brace = text.indexOf('}', p);
+            if (brace < 0) {
+                break;
+            }
+            start = brace + 1;
+        }
+        if (start > n) {
+            start = n;
+        }
+    }
+    finishPending();
+}
+
+void DocSaveNodeTag(QByteArray &out, QByteArrayView name, QByteArrayView value) {
+    out.append(TagOpener).append(name).append(' ').append(value).append("}\r\n");
+}
+
+namespace {
+
+// A stored text in the compressed form ("length,data") whose data does not decode.
+bool undecodable(const QByteArray &stored) {
+    const qsizetype comma = stored.indexOf(',');
+    if (comma <= 0) {
+        return false;
+    }
+    qint64 length = 0;
+    qsizetype i = 0;
+    while (i < comma && stored.at(i) >= '0' && stored.at(i) <= '9' && length < (qint64(1) << 40)) {
+        length = length * 10 + (stored.at(i) - '0');
+        ++i;
+    }
+    if (i == 0 || length <= 0) {
+        return false;
+    }
+    const qint64 capacity = qint64(length + length * 0.01 + 12);
+    if (capacity > (qint64(1) << 31)) {
+        return true;
+    }
+    QByteArray buffer(capacity, '\0');
+    uLongf outLen = uLongf(buffer.size());
+    const int rc = uncompress(reinterpret_cast<Bytef *>(buffer.data()), &outLen,
+                              reinterpret_cast<const Bytef *>(stored.constData() + comma + 1),
+                              uLong(stored.size() - comma - 1));
+    return rc != Z_OK;
+}
+
+// Whether a key is a well-formed path: "0", then ".n" parts with n a number from 1 without
+// leading zeros.
+bool wellFormedKey(const QByteArray &key) {
+    const QList<QByteArray> parts = key.split('.');
+    if (parts.isEmpty() || parts.first() != "0") {
+        return false;
+    }
+    for (qsizetype i = 1; i < parts.size(); ++i) {
+        const QByteArray &part = parts.at(i);
+        if (part.isEmpty() || part.at(0) == '0' || part.size() > 9) {
+            return false;
+        }
+        for (char c : part) {
+            if (c < '0' || c > '9') {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+QString shown(const QByteArray &bytes) {
+    QByteArray cut = bytes.left(40);
+    for (char &c : cut) {
+        if (static_cast<unsigned char>(c) < 0x20) {
+            c = '?';
+        }
+    }
+    return QString::fromLatin1(cut) + (bytes.size() > 40 ? QStringLiteral("...") : QString());
+}
+
+} // namespace
+
+CheckReport CheckFile(const QByteArray &text) {
+    PROC("modDocV1 CheckFile");
+    CheckReport report;
+    for (const QByteArray &name : HeaderTagNames()) {
+        QByteArray search = QByteArray(TagOpener.data(), TagOpener.size()) + name + ' ';
+        if (!text.contains(search)) {
+            report.Problems.append(
+                QStringLiteral("missing header tag \"%1\"").arg(QLatin1String(name)));
+        }
+    }
+    QSet<QByteArray> seen;
+    QByteArray previous;
+    qsizetype index = 0;
+    ScanNotes notes;
+    ScanEntries(
+        text,
+        [&](EntryRecord &rec) {
+            ++index;
+            const QString where =
+                QStringLiteral("entry %1 (key \"%2\")").arg(index).arg(shown(rec.Key));
+            QByteArray relative;
+            bool child = false;
+            if (rec.Key.endsWith(".1")) {
+                relative = rec.Key.chopped(2);
+                child = true;
+            } else {
+                const qsizetype dot = rec.Key.lastIndexOf('.');
+                if (dot >= 0) {
+                    bool ok = false;
+                    const qint64 n = rec.Key.mid(dot + 1).toLongLong(&ok);
+                    relative =
+                        ok ? rec.Key.left(dot + 1) + QByteArray::number(n - 1) : QByteArray("?");
+                }
+            }
+            if (!relative.isEmpty() && !seen.contains(relative)) {
+                report.Problems.append(
+                    where +
+                    QStringLiteral(": orphan, no entry \"%1\" before it").arg(shown(relative)));
+            } else if (!wellFormedKey(rec.Key) || seen.contains(rec.Key) ||
+                       (index == 1) != (rec.Key == "0") || (child && previous != relative) ||
+                       (!child && !relative.isEmpty() && previous != relative &&
+                        !previous.startsWith(relative + '.'))) {
+                report.Problems.append(where + QStringLiteral(": out of order"));
+            }
+            if (undecodable(rec.Text)) {
+                report.Problems.append(where + QStringLiteral(": text cannot be decoded"));
+            }
+            if (rec.TextTruncated) {
+                report.Problems.append(where + QStringLiteral(": text cut short"));
+            }
+            seen.insert(rec.Key);
+            previous = rec.Key;
+        },
+        &notes);
+    for (const auto &[position, name] : notes.UnknownTags) {
+        report.Problems.append(
+            QStringLiteral("unknown tag \"%1\" at byte %2").arg(shown(name)).arg(position));
+    }
+    report.Entries = notes.Entries;
+    return report;
+}
+
+} // namespace modDocV1

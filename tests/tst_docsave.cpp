@@ -1,0 +1,169 @@
+// Saving never destroys the previous file: safe whole-file writes, the backup rule, the read-only
+// rule, and the format an extension implies.
+#include "app/modMain.h"
+#include "document/modDoc.h"
+#include "support/TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+#include <sys/resource.h>
+
+class TestDocSave : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void versionFromExtension_data();
+    void versionFromExtension();
+    void writeReplacesWholeFile();
+    void failedWriteKeepsOldFile_data();
+    void failedWriteKeepsOldFile();
+    void diskFullKeepsOldFile();
+    void backupRule_data();
+    void backupRule();
+    void readOnlyRule();
+};
+
+static QByteArray readAll(const QString &path) {
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
+}
+
+static void writeFile(const QString &path, const QByteArray &bytes) {
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(bytes);
+}
+
+void TestDocSave::versionFromExtension_data() {
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("version");
+    QTest::newRow("native") << "/x/notes.mvd"
+                            << "1";
+    QTest::newRow("native upper case") << "/x/notes.MVD"
+                                       << "1";
+    QTest::newRow("text") << "notes.txt"
+                          << "-1";
+    QTest::newRow("text upper case") << "notes.TXT"
+                                     << "-1";
+    QTest::newRow("other extension") << "notes.doc"
+                                     << "-1";
+    QTest::newRow("no extension") << "notes"
+                                  << "-1";
+    QTest::newRow("double extension") << "notes.mvd.txt"
+                                      << "-1";
+}
+
+void TestDocSave::versionFromExtension() {
+    QFETCH(QString, path);
+    QFETCH(QString, version);
+    QCOMPARE(modDoc::DocDefaultVersionFromExt(path), version);
+}
+
+void TestDocSave::writeReplacesWholeFile() {
+    QTemporaryDir dir;
+    const QString path = dir.filePath("a.mvd");
+    writeFile(path, QByteArray(1000, 'x'));
+    modDoc::WriteWholeFile(path, "short");
+    QCOMPARE(readAll(path), QByteArray("short"));
+    // No temporary file is left beside it.
+    QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{"a.mvd"});
+}
+
+void TestDocSave::failedWriteKeepsOldFile_data() {
+    QTest::addColumn<QString>("target"); // relative to the temporary folder
+    QTest::addColumn<int>("error");
+    QTest::newRow("folder missing") << "nowhere/a.mvd" << int(modMain::errPathFileAccess);
+    QTest::newRow("folder is a file") << "old.mvd/a.mvd" << int(modMain::errPathFileAccess);
+    QTest::newRow("target is a folder") << "sub" << int(modMain::errPathFileAccess);
+}
+
+void TestDocSave::failedWriteKeepsOldFile() {
+    QFETCH(QString, target);
+    QFETCH(int, error);
+    ScopedLog log;
+    QTemporaryDir dir;
+    const QString old = dir.filePath("old.mvd");
+    writeFile(old, "old contents");
+    QDir(dir.path()).mkdir("sub");
+    int raised = 0;
+    try {
+        modDoc::WriteWholeFile(dir.filePath(target), "new contents");
+    } catch (const modMain::RuntimeError &e) {
+        raised = e.Number;
+    }
+    QVERIFY(raised == error || raised == modMain::errPathNotFound ||
+            raised == modMain::errPermissionDenied);
+    QCOMPARE(readAll(old), QByteArray("old contents"));
+}
+
+void TestDocSave::diskFullKeepsOldFile() {
+    // A file-size limit makes the write fail part way, as a full disk does, even for root.
+    QTemporaryDir dir;
+    const QString path = dir.filePath("a.mvd");
+    writeFile(path, "old contents");
+    struct rlimit saved {};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &saved), 0);
+    auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit small = saved;
+    small.rlim_cur = 4096;
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
+    int raised = 0;
+    try {
+        modDoc::WriteWholeFile(path, QByteArray(1 << 20, 'n'));
+    } catch (const modMain::RuntimeError &e) {
+        raised = e.Number;
+    }
+    setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, oldHandler);
+    QCOMPARE(raised, int(modMain::errDiskFull));
+    QCOMPARE(readAll(path), QByteArray("old contents"));
+    QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{"a.mvd"});
+}
+
+void TestDocSave::backupRule_data() {
+    QTest::addColumn<bool>("hadBackup");
+    QTest::addColumn<bool>("backupReadOnly");
+    QTest::addColumn<QByteArray>("backupAfter");
+    QTest::addColumn<bool>("fileStays");
+    QTest::newRow("first backup") << false << false << QByteArray("current") << false;
+    QTest::newRow("old backup replaced") << true << false << QByteArray("current") << false;
+    QTest::newRow("read-only backup kept") << true << true << QByteArray("older") << true;
+}
+
+void TestDocSave::backupRule() {
+    QFETCH(bool, hadBackup);
+    QFETCH(bool, backupReadOnly);
+    QFETCH(QByteArray, backupAfter);
+    QFETCH(bool, fileStays);
+    QTemporaryDir dir;
+    const QString path = dir.filePath("plan.mvd");
+    const QString backup = dir.filePath("plan.bak");
+    writeFile(path, "current");
+    if (hadBackup) {
+        writeFile(backup, "older");
+        if (backupReadOnly) {
+            QFile::setPermissions(backup, QFileDevice::ReadOwner | QFileDevice::ReadGroup);
+        }
+    }
+    modDoc::DocBackup(path);
+    QCOMPARE(readAll(backup), backupAfter);
+    QCOMPARE(QFile::exists(path), fileStays);
+    QFile::setPermissions(backup, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+}
+
+void TestDocSave::readOnlyRule() {
+    QTemporaryDir dir;
+    const QString path = dir.filePath("a.mvd");
+    QVERIFY(!modDoc::FileReadOnly(path)); // missing
+    writeFile(path, "x");
+    QVERIFY(!modDoc::FileReadOnly(path));
+    QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::ReadGroup);
+    QVERIFY(modDoc::FileReadOnly(path));
+    QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+}
+
+QTEST_GUILESS_MAIN(TestDocSave)
+#include "tst_docsave.moc"

@@ -1,0 +1,165 @@
+// The plain-text format: reading any text file into one entry, and writing headings and texts.
+#include "document/Document.h"
+#include "document/modDoc.h"
+#include "document/modDocText.h"
+#include "outline/modNodes.h"
+#include "support/DocTestSupport.h"
+#include "support/TestSupport.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace DocTest;
+
+class TestDocText : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void cleanup() { closeAll(); }
+    void linesToStoredText_data();
+    void linesToStoredText();
+    void importMakesOneEntry();
+    void importMissingFileIsReported();
+    void exportOfEmptyTexts();
+    void exportLeavesDocumentAlone();
+    void exportFailureKeepsOldFile();
+    void writeThenReadGivesOneEntry();
+    void exportOfRichTexts_data();
+    void exportOfRichTexts();
+};
+
+static QByteArray readFile(const QString &path) {
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
+}
+
+void TestDocText::linesToStoredText_data() {
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QByteArray>("stored");
+    QTest::newRow("empty") << QByteArray() << QByteArray();
+    QTest::newRow("one line without break") << QByteArray("abc") << QByteArray("abc\r\n");
+    QTest::newRow("CR LF kept") << QByteArray("a\r\nb\r\n") << QByteArray("a\r\nb\r\n");
+    QTest::newRow("LF becomes CR LF") << QByteArray("a\nb\n") << QByteArray("a\r\nb\r\n");
+    QTest::newRow("lone CR ends a line") << QByteArray("a\rb") << QByteArray("a\r\nb\r\n");
+    QTest::newRow("blank lines") << QByteArray("\r\n\r\nx") << QByteArray("\r\n\r\nx\r\n");
+    QTest::newRow("LF CR is two breaks") << QByteArray("a\n\rb") << QByteArray("a\r\n\r\nb\r\n");
+    QTest::newRow("upper half bytes") << QByteArray("caf\xe9") << QByteArray("caf\xe9\r\n");
+    QTest::newRow("tag opener is just text")
+        << QByteArray("{\\ttf_nodekey 0}") << QByteArray("{\\ttf_nodekey 0}\r\n");
+}
+
+void TestDocText::linesToStoredText() {
+    QFETCH(QByteArray, file);
+    QFETCH(QByteArray, stored);
+    QCOMPARE(modDocText::TextFileAsStoredText(file), stored);
+}
+
+void TestDocText::importMakesOneEntry() {
+    QTemporaryDir dir;
+    const QString path = dir.filePath("in.txt");
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write("line one\nline two");
+    f.close();
+    Document *doc = newDocument();
+    QVERIFY(modDocText::DocImport(*doc, path));
+    QCOMPARE(doc->trvOutline().Count(), 1);
+    Node *root = doc->trvOutline().Item(1);
+    QCOMPARE(root->Text(), QString("Text"));
+    QCOMPARE(root->Tag(), QByteArray("line one\r\nline two\r\n"));
+    QCOMPARE(root->Key(), QString("KEY0"));
+    QVERIFY(root->Selected());
+    QVERIFY(!modNodes::g_bDocTransfer);
+    QCOMPARE(doc->m_sFile, QString()); // an import names nothing
+}
+
+void TestDocText::importMissingFileIsReported() {
+    ScopedLog log;
+    QTemporaryDir dir;
+    Document *doc = newDocument();
+    QVERIFY(!modDocText::DocImport(*doc, dir.filePath("none.txt")));
+    QCOMPARE(doc->trvOutline().Count(), 0);
+    QVERIFY(log.content().contains("Error 53 - File not found"));
+    QVERIFY(!modNodes::g_bDocTransfer);
+}
+
+void TestDocText::exportOfEmptyTexts() {
+    Document *doc = newDocument();
+    Node *root = add(doc, nullptr, "Projects");
+    Node *a = add(doc, root, "Garden");
+    add(doc, a, "Beds");
+    add(doc, root, "");
+    QCOMPARE(modDocText::DocSaveVersion(*doc),
+             QByteArray("0 Projects\r\n\r\n0.1 Garden\r\n\r\n0.1.1 Beds\r\n\r\n0.2 \r\n\r\n"));
+}
+
+void TestDocText::exportLeavesDocumentAlone() {
+    QTemporaryDir dir;
+    Document *doc = newDocument();
+    add(doc, nullptr, "Only");
+    doc->m_sFile = "/somewhere/a.mvd";
+    doc->m_bDataChanged = true;
+    const QString path = dir.filePath("x.txt");
+    QVERIFY(modDocText::DocExport(*doc, path));
+    QCOMPARE(readFile(path), QByteArray("0 Only\r\n\r\n"));
+    QCOMPARE(doc->m_sFile, QString("/somewhere/a.mvd"));
+    QCOMPARE(doc->m_iFileFormatVersion, 1);
+    QVERIFY(doc->m_bDataChanged);
+}
+
+void TestDocText::exportFailureKeepsOldFile() {
+    ScopedLog log;
+    QTemporaryDir dir;
+    Document *doc = newDocument();
+    add(doc, nullptr, "Only");
+    QVERIFY(!modDocText::DocExport(*doc, dir.filePath("missing/x.txt")));
+    QVERIFY(log.content().contains("modDoc WriteWholeFile"));
+    QVERIFY(!modNodes::g_bDocTransfer);
+}
+
+void TestDocText::writeThenReadGivesOneEntry() {
+    QTemporaryDir dir;
+    Document *doc = newDocument();
+    Node *root = add(doc, nullptr, "R");
+    add(doc, root, "A");
+    const QString path = dir.filePath("w.txt");
+    QVERIFY(modDoc::DocSaveDocument(*doc, path, false));
+    Document *back = modDoc::DocLoad(path);
+    QCOMPARE(back->trvOutline().Count(), 1);
+    QCOMPARE(back->trvOutline().Item(1)->Tag(), QByteArray("0 R\r\n\r\n0.1 A\r\n\r\n"));
+    QCOMPARE(back->m_iFileFormatVersion, -1);
+}
+
+void TestDocText::exportOfRichTexts_data() {
+    QTest::addColumn<QByteArray>("rtf");
+    QTest::addColumn<QByteArray>("lines"); // what the entry contributes after its heading
+    QTest::newRow("one paragraph") << QByteArray("{\\rtf1\\ansi Plans for the year\\par }")
+                                   << QByteArray("Plans for the year\r\n\r\n");
+    QTest::newRow("trailing breaks dropped")
+        << QByteArray("{\\rtf1\\ansi abc\\par\\par\\par }") << QByteArray("abc\r\n\r\n");
+    QTest::newRow("inner breaks kept") << QByteArray("{\\rtf1\\ansi a\\par\\par {\\b b}\\par }")
+                                       << QByteArray("a\r\n\r\nb\r\n\r\n");
+    QTest::newRow("code page") << QByteArray("{\\rtf1\\ansi caf\\'e9 \\'80}")
+                               << QByteArray("caf\xe9 \x80\r\n\r\n");
+    QTest::newRow("only breaks") << QByteArray("{\\rtf1\\ansi \\par\\par }") << QByteArray("\r\n");
+    QTest::newRow("plain stored text")
+        << QByteArray("not rich\r\n") << QByteArray("not rich\r\n\r\n");
+}
+
+void TestDocText::exportOfRichTexts() {
+    QFETCH(QByteArray, rtf);
+    QFETCH(QByteArray, lines);
+    for (bool compressed : {false, true}) {
+        Document *doc = newDocument();
+        QByteArray stored = rtf;
+        if (compressed) {
+            modNodes::NodeTextCompressIfRequired(rtf, stored);
+            QVERIFY(stored != rtf);
+        }
+        add(doc, nullptr, "R", stored);
+        QCOMPARE(modDocText::DocSaveVersion(*doc), "0 R\r\n" + lines);
+    }
+}
+
+QTEST_GUILESS_MAIN(TestDocText)
+#include "tst_doctext.moc"
