@@ -480,10 +480,3 @@ void RichTextBuffer::ApplyFontToAll(const clsFont &font) {
     all.endEditBlock();
     m_cursor.mergeCharFormat(f);
 }
-
-void RichTextBuffer::SetBaseFont(const clsFont &font) {
-    PROC("RichTextBuffer SetBaseFont");
-    QFont base = Font();
-    font.SetFont(base);
-    SetFont(base);
-}
