@@ -1,10 +1,10 @@
-// Entry texts as plain characters, through the rich-text buffer.
+// Entry texts as plain characters: what the text pane would show, without building its document.
 #include "document/modDocText.h"
 
 #include "app/modMain.h"
 #include "outline/modNodes.h"
 
-#include "editor/RichTextBuffer.h"
+#include "editor/RtfReader.h"
 
 namespace modDocText {
 
@@ -15,10 +15,7 @@ QString PlainText(const QByteArray &storedText) {
     if (rtf.isEmpty()) {
         return {};
     }
-    // One buffer serves every entry: what the text pane shows of the entry, as plain text.
-    static RichTextBuffer buffer;
-    buffer.SetTextRTF(rtf);
-    return buffer.Text();
+    return RtfReader::plainText(rtf);
 }
 
 QString PlainTextStripped(const QByteArray &storedText) {

@@ -332,9 +332,41 @@ QTextListFormat::Style nfcStyle(int nfc) {
     }
 }
 
+// Appends text as a text document stores it and RichTextBuffer::Text reads it back: CR LF, a
+// lone CR or LF, and the paragraph and frame marks start a new paragraph (CR LF); a line
+// separator is a line break ("\v").
+void appendPlain(QString &out, QStringView s) {
+    out.reserve(out.size() + s.size());
+    for (qsizetype i = 0; i < s.size(); ++i) {
+        const char16_t c = s[i].unicode();
+        switch (c) {
+        case u'\r':
+            if (i + 1 < s.size() && s[i + 1] == u'\n')
+                ++i;
+            out += QLatin1String("\r\n");
+            break;
+        case u'\n':
+        case 0x2029:
+        case 0xFDD0:
+        case 0xFDD1:
+            out += QLatin1String("\r\n");
+            break;
+        case 0x2028:
+            out += QChar(0x0B);
+            break;
+        default:
+            out += QChar(c);
+        }
+    }
+}
+
 class Reader {
 public:
+    // Reads into the document.
     Reader(QByteArrayView in, QTextDocument *doc) : m_in(in), m_doc(doc), m_cursor(doc) {}
+    // Reads only the characters: out receives the text the document would hold, as
+    // RichTextBuffer::Text gives it (paragraph breaks CR LF, line breaks "\v").
+    Reader(QByteArrayView in, QString *out) : m_in(in), m_doc(nullptr), m_plain(out) {}
     void run();
 
 private:
@@ -362,10 +394,19 @@ private:
     int codePageOf(const CharProps &p) const;
     QString decode(const QByteArray &bytes, int cp);
     QTextList *listFor(const ParaProps &p);
+    bool inTable() const { return m_table || m_plainTable; }
+    QString &plainTarget();
+    void plainPrepareTable();
+    void plainLeaveTable();
 
     QByteArrayView m_in;
     QTextDocument *m_doc;
     QTextCursor m_cursor;
+    // Characters only: where they go, and the table being read (row by row, cell by cell;
+    // written out when the table ends since a later row may add a column to earlier ones).
+    QString *m_plain = nullptr;
+    bool m_plainTable = false;
+    std::vector<std::vector<QString>> m_plainCells;
     std::vector<State> m_stack;
     int m_overflow = 0;
     bool m_ignorable = false; // \* seen, waiting for the destination word
@@ -537,7 +578,10 @@ void Reader::flushRun() {
     if (m_run.isEmpty())
         return;
     prepareInsert();
-    m_cursor.insertText(m_run, charFormat(m_runProps));
+    if (m_plain)
+        appendPlain(plainTarget(), m_run);
+    else
+        m_cursor.insertText(m_run, charFormat(m_runProps));
     m_run.clear();
     m_blockStarted = true;
 }
@@ -590,6 +634,8 @@ QTextList *Reader::listFor(const ParaProps &p) {
 }
 
 void Reader::applyBlockFormat() {
+    if (m_plain)
+        return; // formats and lists add no characters
     const ParaProps &p = top().para;
     QTextBlockFormat bf;
     static const Qt::Alignment aligns[] = {Qt::AlignLeft | Qt::AlignAbsolute, Qt::AlignHCenter,
@@ -617,7 +663,71 @@ void Reader::applyBlockFormat() {
         listFor(p);
 }
 
+QString &Reader::plainTarget() {
+    return m_plainTable ? m_plainCells[size_t(m_row)][size_t(m_col)] : *m_plain;
+}
+
+// The table moves of prepareInsert, on the cell texts.
+void Reader::plainPrepareTable() {
+    if (top().para.intbl) {
+        if (!m_plainTable) {
+            if (m_pendingBlock || m_blockStarted) {
+                *m_plain += QLatin1String("\r\n");
+                m_pendingBlock = false;
+            }
+            m_plainTable = true;
+            m_plainCells.assign(1, std::vector<QString>(qMax<size_t>(1, m_cellx.size())));
+            m_row = m_col = 0;
+        } else if (m_cellEnded && !m_rowEnded) {
+            ++m_col;
+            if (m_col >= int(m_plainCells[0].size()))
+                for (auto &row : m_plainCells)
+                    row.emplace_back();
+        } else if (m_rowEnded) {
+            m_plainCells.emplace_back(m_plainCells[0].size());
+            ++m_row;
+            m_col = 0;
+        } else {
+            return;
+        }
+        m_cellEnded = false;
+        m_rowEnded = false;
+        m_pendingBlock = false;
+        m_blockStarted = false;
+    } else if (m_plainTable) {
+        plainLeaveTable();
+    }
+}
+
+// Writes the table as the document holds it: a frame mark, the cells row by row with a
+// paragraph mark between them, and the closing frame mark.
+void Reader::plainLeaveTable() {
+    if (!m_plainTable)
+        return;
+    QString &out = *m_plain;
+    out += QLatin1String("\r\n");
+    bool first = true;
+    for (const auto &row : m_plainCells)
+        for (const QString &cell : row) {
+            if (!first)
+                out += QLatin1String("\r\n");
+            first = false;
+            out += cell;
+        }
+    out += QLatin1String("\r\n");
+    m_plainTable = false;
+    m_plainCells.clear();
+    m_rowEnded = false;
+    m_cellEnded = false;
+    m_pendingBlock = false;
+    m_blockStarted = false;
+}
+
 void Reader::leaveTable() {
+    if (m_plain) {
+        plainLeaveTable();
+        return;
+    }
     if (!m_table)
         return;
     m_cursor = m_table->lastCursorPosition();
@@ -630,6 +740,15 @@ void Reader::leaveTable() {
 }
 
 void Reader::prepareInsert() {
+    if (m_plain) {
+        plainPrepareTable();
+        if (m_pendingBlock) {
+            plainTarget() += QLatin1String("\r\n");
+            m_pendingBlock = false;
+            m_blockStarted = false;
+        }
+        return;
+    }
     if (top().para.intbl) {
         if (!m_table) {
             if (m_pendingBlock || m_blockStarted) {
@@ -696,7 +815,7 @@ void Reader::paragraph() {
 void Reader::endCell() {
     flushBytes();
     flushRun();
-    if (!m_table) {
+    if (!inTable()) {
         // A cell mark outside a row definition: read it as a table of its own.
         bool intbl = top().para.intbl;
         top().para.intbl = true;
@@ -708,7 +827,7 @@ void Reader::endCell() {
         prepareInsert();
         top().para.intbl = intbl;
     }
-    if (!m_table)
+    if (!inTable())
         return;
     applyBlockFormat();
     m_cellEnded = true;
@@ -719,7 +838,7 @@ void Reader::endCell() {
 void Reader::endRow() {
     flushBytes();
     flushRun();
-    if (!m_table)
+    if (!inTable())
         return;
     m_rowEnded = true;
     m_pendingBlock = false;
@@ -729,6 +848,11 @@ void Reader::insertPlaceholder(const QByteArray &raw, const QString &what) {
     flushBytes();
     flushRun();
     prepareInsert();
+    if (m_plain) {
+        plainTarget() += QChar(QChar::ObjectReplacementCharacter);
+        m_blockStarted = true;
+        return;
+    }
     QTextCharFormat f = charFormat(top().ch);
     f.setObjectType(RtfConventions::PlaceholderObjectType);
     f.setProperty(RtfConventions::RawGroupProperty, raw);
@@ -738,6 +862,13 @@ void Reader::insertPlaceholder(const QByteArray &raw, const QString &what) {
 }
 
 void Reader::finishPicture(qsizetype end) {
+    if (m_plain) {
+        // A picture is one object character, shown or not.
+        m_pictDepth = -1;
+        m_pictData.clear();
+        insertPlaceholder({}, {});
+        return;
+    }
     const State &st = m_stack.back();
     QByteArray raw = m_in.sliced(st.start, end - st.start + 1).toByteArray();
     m_pictDepth = -1;
@@ -845,8 +976,10 @@ void Reader::finish() {
     flushRun();
     // RichEdit ends the text with the mark of its final paragraph, which does not start a new
     // one; text after the last mark is a paragraph of its own.
-    if (!m_pendingBlock && !m_table)
+    if (!m_pendingBlock && !inTable())
         applyBlockFormat();
+    if (m_plain)
+        plainLeaveTable(); // the table closes the text
     m_done = true;
 }
 
@@ -1548,6 +1681,19 @@ void Reader::run() {
 
 } // namespace
 
+namespace {
+
+// Text that is not RTF: the file code page, every line break a paragraph break.
+QString plainSource(QByteArrayView bytes) {
+    QString text = CodePage::toUnicode(bytes);
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    text.replace(u'\r', u'\n');
+    text.remove(QChar(0));
+    return text;
+}
+
+} // namespace
+
 bool RtfReader::looksLikeRtf(QByteArrayView bytes) {
     qsizetype i = 0;
     while (i < bytes.size() && (bytes[i] == ' ' || bytes[i] == '\t' || bytes[i] == '\r' ||
@@ -1577,13 +1723,20 @@ bool RtfReader::read(QByteArrayView rtf, QTextDocument *doc) {
     return true;
 }
 
+QString RtfReader::plainText(QByteArrayView bytes) {
+    QString out;
+    if (looksLikeRtf(bytes)) {
+        Reader reader(bytes, &out);
+        reader.run();
+        return out;
+    }
+    appendPlain(out, plainSource(bytes));
+    return out;
+}
+
 void RtfReader::readAny(QByteArrayView bytes, QTextDocument *doc) {
     if (read(bytes, doc))
         return;
-    QString text = CodePage::toUnicode(bytes);
-    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    text.replace(u'\r', u'\n');
-    text.remove(QChar(0));
-    doc->setPlainText(text);
+    doc->setPlainText(plainSource(bytes));
     doc->setModified(false);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArrayView>
+#include <QString>
 
 class QTextDocument;
 
@@ -19,4 +20,9 @@ public:
     // RTF when it looks like RTF; otherwise plain text in the file code page, line breaks (CR LF,
     // LF or CR) kept as paragraphs.
     static void readAny(QByteArrayView bytes, QTextDocument *doc);
+
+    // The characters readAny would put into a document, as RichTextBuffer::Text reads them
+    // (paragraph breaks CR LF, line breaks "\v", pictures and objects U+FFFC), without
+    // building the document.
+    static QString plainText(QByteArrayView bytes);
 };
