@@ -336,28 +336,25 @@ QTextListFormat::Style nfcStyle(int nfc) {
 // lone CR or LF, and the paragraph and frame marks start a new paragraph (CR LF); a line
 // separator is a line break ("\v").
 void appendPlain(QString &out, QStringView s) {
-    out.reserve(out.size() + s.size());
+    // Plain stretches go in one piece; only the marks are rewritten.
+    qsizetype from = 0;
     for (qsizetype i = 0; i < s.size(); ++i) {
         const char16_t c = s[i].unicode();
-        switch (c) {
-        case u'\r':
-            if (i + 1 < s.size() && s[i + 1] == u'\n')
+        const bool mark = c < 0x20 ? (c == u'\r' || c == u'\n')
+                                   : (c == 0x2028 || c == 0x2029 || c == 0xFDD0 || c == 0xFDD1);
+        if (!mark)
+            continue;
+        out.append(s.sliced(from, i - from));
+        if (c == 0x2028) {
+            out += QChar(0x0B);
+        } else {
+            if (c == u'\r' && i + 1 < s.size() && s[i + 1] == u'\n')
                 ++i;
             out += QLatin1String("\r\n");
-            break;
-        case u'\n':
-        case 0x2029:
-        case 0xFDD0:
-        case 0xFDD1:
-            out += QLatin1String("\r\n");
-            break;
-        case 0x2028:
-            out += QChar(0x0B);
-            break;
-        default:
-            out += QChar(c);
         }
+        from = i + 1;
     }
+    out.append(s.sliced(from));
 }
 
 class Reader {
