@@ -56,4 +56,10 @@ QStringList AskedMessages() {
     return g_asked;
 }
 
+void UpdateStatusBarText(const QString &text) {
+    if (MainWindowHost *frm = MainWindow()) {
+        frm->SetStatusText(text);
+    }
+}
+
 } // namespace modMain

@@ -55,9 +55,14 @@ public:
 
     // The About box, modal.
     virtual void ShowAbout() = 0;
+
+    // The text of the status bar's first panel, shown at once.
+    virtual void SetStatusText(const QString &text) { (void)text; }
 };
 
 void SetMainWindow(MainWindowHost *host);
+// Sets the status bar's text (nothing without a main window).
+void UpdateStatusBarText(const QString &text);
 MainWindowHost *MainWindow();
 
 // Asks the user (through the main window). Tests queue answers with PushMsgBoxAnswer; a queued

@@ -62,6 +62,7 @@ public:
     void Arrange(modMain::Arrangement how) override;
     int ChildWindowCount() const override;
     void ShowAbout() override;
+    void SetStatusText(const QString &text) override { UpdateStatusBarText(text); }
 
 protected:
     void closeEvent(QCloseEvent *event) override;

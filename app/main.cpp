@@ -1,3 +1,4 @@
+#include "app/ApplicationUi.h"
 #include "app/frmMain.h"
 #include "app/modMain.h"
 #include "help/frmAbout.h"
@@ -23,6 +24,7 @@ int main(int argc, char *argv[]) {
 
     // 2. The main window loads; its load handler runs Initialise.
     frmMain frm;
+    ApplicationUi::Install(frm);
     frm.MDIForm_Load();
 
     // 3. The splash goes.
@@ -31,5 +33,7 @@ int main(int argc, char *argv[]) {
 
     // 4. The main window shows.
     frm.show();
-    return app.exec();
+    const int result = app.exec();
+    ApplicationUi::Uninstall();
+    return result;
 }

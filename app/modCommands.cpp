@@ -2,7 +2,9 @@
 
 #include "app/modMain.h"
 #include "app/modWindow.h"
+#include "document/modFile.h"
 #include "help/modHelp.h"
+#include "outline/modOutline.h"
 
 #include <QHash>
 
@@ -17,48 +19,49 @@ void ViewMDITaskbar(int) {}
 
 // Every procedure an item or button can reach. Null: not part of the program yet; the items that
 // route to it stay disabled.
-const QHash<QString, Procedure> &Procedures() {
-    static const QHash<QString, Procedure> table = {
-        {u"FileNew"_s, nullptr},
-        {u"FileOpen"_s, nullptr},
-        {u"FileClose"_s, nullptr},
-        {u"FileSave"_s, nullptr},
-        {u"FileSaveAs"_s, nullptr},
-        {u"FileSaveAll"_s, nullptr},
-        {u"FileImportClipboard"_s, nullptr},
-        {u"FileImportText"_s, nullptr},
-        {u"FileExportClipboard"_s, nullptr},
-        {u"FileExportText"_s, nullptr},
+QHash<QString, Procedure> &Procedures() {
+    static QHash<QString, Procedure> table = {
+        {u"FileNew"_s, [](int) { modFile::FileNew(); }},
+        {u"FileOpen"_s, [](int) { modFile::FileOpen(); }},
+        {u"FileClose"_s, [](int) { modFile::FileClose(); }},
+        {u"FileSave"_s, [](int) { modFile::FileSave(); }},
+        {u"FileSaveAs"_s, [](int) { modFile::FileSaveAs(); }},
+        {u"FileSaveAll"_s, [](int) { modFile::FileSaveAll(); }},
+        {u"FileImportClipboard"_s, [](int) { modFile::FileImportClipboard(); }},
+        {u"FileImportText"_s, [](int) { modFile::FileImportText(); }},
+        {u"FileExportClipboard"_s, [](int) { modFile::FileExportClipboard(); }},
+        {u"FileExportText"_s, [](int) { modFile::FileExportText(); }},
         {u"FilePrintSetup"_s, nullptr},
         {u"FilePrintPreview"_s, nullptr}, // argument: current entry only
         {u"FilePrint"_s, nullptr},        // argument: current entry only
         {u"FileMRU"_s, nullptr},          // argument: the item's index
-        {u"FileExit"_s, nullptr},
-        {u"OutlineInsertAbove"_s, nullptr},
-        {u"OutlineInsertBelow"_s, nullptr},
-        {u"OutlineInsertChild"_s, nullptr},
-        {u"OutlineIndent"_s, nullptr},
-        {u"OutlineUnindent"_s, nullptr},
-        {u"OutlineMoveUp"_s, nullptr},
-        {u"OutlineMoveDown"_s, nullptr},
-        {u"OutlineMoveFirst"_s, nullptr},
-        {u"OutlineMoveLast"_s, nullptr},
-        {u"OutlineExpand"_s, nullptr},
-        {u"OutlineExpandToLevel"_s, nullptr}, // argument: the level
-        {u"OutlineExpandAll"_s, nullptr},
-        {u"OutlineCollapse"_s, nullptr},
-        {u"OutlineCollapseAll"_s, nullptr},
-        {u"OutlineCopy"_s, nullptr},
-        {u"OutlinePaste"_s, nullptr},
-        {u"OutlinePasteAndDelete"_s, nullptr},
-        {u"OutlineDelete"_s, nullptr},
-        {u"OutlineRename"_s, nullptr},
-        {u"OutlineSortCurrent"_s, nullptr},
-        {u"OutlineSortAll"_s, nullptr},
-        {u"OutlineTaggedEntry"_s, nullptr},
-        {u"OutlinePasteTaggedEntries"_s, nullptr},
-        {u"OutlineDeleteTaggedEntries"_s, nullptr},
-        {u"OutlineFont"_s, nullptr},
+        {u"FileExit"_s, [](int) { modFile::FileExit(); }},
+        {u"OutlineInsertAbove"_s, [](int) { modOutline::OutlineInsertAbove(); }},
+        {u"OutlineInsertBelow"_s, [](int) { modOutline::OutlineInsertBelow(); }},
+        {u"OutlineInsertChild"_s, [](int) { modOutline::OutlineInsertChild(); }},
+        {u"OutlineIndent"_s, [](int) { modOutline::OutlineIndent(); }},
+        {u"OutlineUnindent"_s, [](int) { modOutline::OutlineUnindent(); }},
+        {u"OutlineMoveUp"_s, [](int) { modOutline::OutlineMoveUp(); }},
+        {u"OutlineMoveDown"_s, [](int) { modOutline::OutlineMoveDown(); }},
+        {u"OutlineMoveFirst"_s, [](int) { modOutline::OutlineMoveFirst(); }},
+        {u"OutlineMoveLast"_s, [](int) { modOutline::OutlineMoveLast(); }},
+        {u"OutlineExpand"_s, [](int) { modOutline::OutlineExpand(); }},
+        {u"OutlineExpandToLevel"_s,
+         [](int level) { modOutline::OutlineExpandToLevel(level); }}, // argument: the level
+        {u"OutlineExpandAll"_s, [](int) { modOutline::OutlineExpandAll(); }},
+        {u"OutlineCollapse"_s, [](int) { modOutline::OutlineCollapse(); }},
+        {u"OutlineCollapseAll"_s, [](int) { modOutline::OutlineCollapseAll(); }},
+        {u"OutlineCopy"_s, [](int) { modOutline::OutlineCopy(); }},
+        {u"OutlinePaste"_s, [](int) { modOutline::OutlinePaste(); }},
+        {u"OutlinePasteAndDelete"_s, [](int) { modOutline::OutlinePasteAndDelete(); }},
+        {u"OutlineDelete"_s, [](int) { modOutline::OutlineDelete(); }},
+        {u"OutlineRename"_s, [](int) { modOutline::OutlineRename(); }},
+        {u"OutlineSortCurrent"_s, [](int) { modOutline::OutlineSortCurrent(); }},
+        {u"OutlineSortAll"_s, [](int) { modOutline::OutlineSortAll(); }},
+        {u"OutlineTaggedEntry"_s, [](int) { modOutline::OutlineTaggedEntry(); }},
+        {u"OutlinePasteTaggedEntries"_s, [](int) { modOutline::OutlinePasteTaggedEntries(); }},
+        {u"OutlineDeleteTaggedEntries"_s, [](int) { modOutline::OutlineDeleteTaggedEntries(); }},
+        {u"OutlineFont"_s, [](int) { modOutline::OutlineFont(); }},
         {u"EditCut"_s, nullptr},
         {u"EditCopy"_s, nullptr},
         {u"EditPaste"_s, nullptr},
@@ -461,6 +464,10 @@ const ToolbarButton *FindButton(const QString &key) {
         }
     }
     return nullptr;
+}
+
+void SetProcedure(const QString &procName, Procedure procedure) {
+    Procedures().insert(procName, procedure);
 }
 
 Procedure FindProcedure(const QString &procName) {

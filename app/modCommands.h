@@ -49,6 +49,9 @@ const QList<ToolbarButton> &ToolbarButtons();
 const MenuItem *FindItem(const QString &name);
 const ToolbarButton *FindButton(const QString &key);
 
+// Gives a name its procedure: the window layer adds the procedures that need widgets (dialogs,
+// the layout of document windows).
+void SetProcedure(const QString &procName, Procedure procedure);
 // The procedure of a name, or null.
 Procedure FindProcedure(const QString &procName);
 // True when the item (or a button's item) has a procedure to call.

@@ -4,6 +4,7 @@
 #include "app/modGlobals.h"
 #include "app/modMain.h"
 #include "app/modSettings.h"
+#include "document/modDoc.h"
 #include "util/modString.h"
 
 using namespace Qt::StringLiterals;
@@ -38,6 +39,7 @@ void Initialise() {
         modGlobals::CreateFontRecords();
         modGlobals::InitialiseDefaults();
         modSettings::LoadSettings();
+        modDoc::SetDefaultFonts(modGlobals::g_fntOutlineFont, modGlobals::g_fntTextFont);
         LoadInitialFiles();
         const int open =
             g_documents.OpenDocumentFiles ? int(g_documents.OpenDocumentFiles().size()) : 0;

@@ -2,6 +2,7 @@
 // the read-only state and the open-document counter.
 #include "document/modDoc.h"
 
+#include "app/MainWindowHost.h"
 #include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDocText.h"
@@ -121,6 +122,7 @@ Document *DocNew() {
     return modMain::Guarded([]() -> Document * {
         PROC("modDoc DocNew");
         Document *doc = DocInit();
+        modMain::UpdateStatusBarText(QString());
         doc->setOutlineVisible(false);
         if (TextPane *pane = doc->txtRTF()) {
             pane->SetBaseFont(g_defaultTextFont);
@@ -130,6 +132,7 @@ Document *DocNew() {
         doc->m_bDataChanged = true;
         doc->m_iFileFormatVersion = 1;
         doc->setOutlineVisible(true);
+        stateChanged(*doc);
         menuEnableDynamic(doc);
         return doc;
     });

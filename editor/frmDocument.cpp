@@ -1,6 +1,8 @@
 #include "editor/frmDocument.h"
 
+#include "app/modGlobals.h"
 #include "app/modMain.h"
+#include "document/modFile.h"
 #include "editor/OutlineModel.h"
 #include "editor/RichTextBuffer.h"
 #include "editor/clsFont.h"
@@ -61,8 +63,6 @@ constexpr double kKeyboardStep = 100;
 constexpr double kFitStep = 100;
 constexpr double kGripWidth = 40;
 
-bool g_bAutoFitSplit = false;
-bool g_bClickToRename = false;
 QList<frmDocument *> g_windows;
 
 // The outline's icons: the theme's folders when it has them, else drawn here; a tagged entry's
@@ -126,18 +126,17 @@ frmDocument::Hooks &frmDocument::hooks() {
 }
 
 bool frmDocument::autoFitSplit() {
-    return g_bAutoFitSplit;
+    return modGlobals::AutoSplit;
 }
 
 void frmDocument::setAutoFitSplit(bool on) {
-    g_bAutoFitSplit = on;
+    modGlobals::AutoSplit = on;
 }
 
 void frmDocument::setClickToRename(bool on) {
-    g_bClickToRename = on;
     for (frmDocument *w : std::as_const(g_windows)) {
-        w->m_pTree->setEditTriggers(on ? QAbstractItemView::SelectedClicked
-                                       : QAbstractItemView::NoEditTriggers);
+        w->m_doc.m_bLabelEditAutomatic = on;
+        w->DocumentStateChanged();
     }
 }
 
@@ -160,8 +159,8 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     // The view scrolls only where the tree asks: scrolling to a selection inside a collapsed
     // branch would expand the branch behind the tree's back.
     m_pTree->setAutoScroll(false);
-    m_pTree->setEditTriggers(g_bClickToRename ? QAbstractItemView::SelectedClicked
-                                              : QAbstractItemView::NoEditTriggers);
+    m_pTree->setEditTriggers(m_doc.m_bLabelEditAutomatic ? QAbstractItemView::SelectedClicked
+                                                         : QAbstractItemView::NoEditTriggers);
     // The one column fills the outline. (Sizing it to its contents would measure rows on every
     // change, which a large outline cannot afford; the splitter fitting measures labels itself.)
     m_pTree->header()->setStretchLastSection(true);
@@ -468,7 +467,7 @@ void frmDocument::StartLabelEdit(Node *node) {
 }
 
 void frmDocument::ViewAutoFitSplit() {
-    if (busy() || !g_bAutoFitSplit || g_iActionDepth > 0) {
+    if (busy() || !modGlobals::AutoSplit || g_iActionDepth > 0) {
         return;
     }
     ViewFitSplit();
@@ -761,26 +760,18 @@ void frmDocument::activateNextDocument() {
 }
 
 bool frmDocument::Form_QueryUnload() {
-    PROC("frmDocument Form_QueryUnload");
-    if (m_doc.bReadOnly || !m_doc.m_bDataChanged) {
-        return true;
+    return modMain::Guarded([this] { return modFile::QueryUnload(m_doc); }, false);
+}
+
+void frmDocument::DocumentStateChanged() {
+    // The caption shows on the frame of the document window.
+    setWindowTitle(m_doc.m_sCaption);
+    if (QWidget *frame = parentWidget()) {
+        frame->setWindowTitle(m_doc.m_sCaption);
     }
-    const QString question =
-        QStringLiteral("Do you want to save the file ") + m_doc.m_sFile + QStringLiteral("?");
-    QMessageBox::StandardButton answer;
-    if (const auto &ask = hooks().ask) {
-        answer = ask(this, question);
-    } else {
-        answer = QMessageBox::question(window(), QApplication::applicationName(), question,
-                                       QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
-    }
-    if (answer == QMessageBox::Cancel) {
-        return false;
-    }
-    if (answer == QMessageBox::Yes) {
-        runCommand(QStringLiteral("FileSave"), QStringLiteral("mnuFileSave"));
-    }
-    return true;
+    m_pTree->setEditTriggers(m_doc.m_bLabelEditAutomatic ? QAbstractItemView::SelectedClicked
+                                                         : QAbstractItemView::NoEditTriggers);
+    m_pText->setReadOnly(m_doc.m_bTextLocked);
 }
 
 // Qt events.
@@ -802,11 +793,20 @@ void frmDocument::showEvent(QShowEvent *event) {
 }
 
 void frmDocument::closeEvent(QCloseEvent *event) {
-    if (Form_QueryUnload()) {
+    if (m_bUnloaded) {
         event->accept();
-    } else {
-        event->ignore();
+        return;
     }
+    if (!Form_QueryUnload()) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    m_bUnloaded = true;
+    if (Documents::Active() == &m_doc) {
+        Documents::SetActive(nullptr);
+    }
+    modFile::DocumentUnloaded();
 }
 
 bool frmDocument::eventFilter(QObject *watched, QEvent *event) {

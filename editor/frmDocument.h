@@ -2,7 +2,6 @@
 
 #include "document/Document.h"
 
-#include <QMessageBox>
 #include <QPointer>
 #include <QWidget>
 
@@ -30,9 +29,6 @@ public:
         std::function<bool(const QString &command, const QString &menuItem)> runCommand;
         std::function<void(frmDocument *window, Node *node)> updateStatusBar;
         std::function<void()> menuEnableDynamic;
-        // Asks a Yes/No/Cancel question; unset, a message box titled with the application
-        // name asks it.
-        std::function<QMessageBox::StandardButton(QWidget *owner, const QString &question)> ask;
     };
     static Hooks &hooks();
 
@@ -47,6 +43,8 @@ public:
 
     explicit frmDocument(QWidget *parent = nullptr);
     ~frmDocument() override;
+
+    QSize sizeHint() const override { return {640, 420}; }
 
     Document &document() { return m_doc; }
     OutlineModel *model() const { return m_pModel; }
@@ -92,6 +90,8 @@ public:
     bool Form_KeyDown(QKeyEvent *event);
     // The closing question; true when the window may close.
     bool Form_QueryUnload();
+    // True once the window has agreed to close (it goes at the next turn of the event loop).
+    bool unloaded() const { return m_bUnloaded; }
     // Activates the next document window after this one (Ctrl+F6).
     void activateNextDocument();
 
@@ -101,6 +101,7 @@ public:
     void ViewAutoFitSplit() override;
     void UpdateStatusBar(Node *node) override;
     void MenuEnableDynamic() override;
+    void DocumentStateChanged() override;
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -135,6 +136,7 @@ private:
     double m_fSplit = 1500;    // current splitter position (twips)
     double m_fBarTwips = 1500; // the moving bar's position (twips)
     bool m_bLaidOut = false;
+    bool m_bUnloaded = false; // the closing question was answered and the window is going
     bool m_bSyncing = false;  // the view is being put in step with the tree
     NodeRef m_nodPendingEdit; // label edit asked for during a batch
 };

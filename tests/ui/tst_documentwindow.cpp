@@ -1,5 +1,6 @@
 // The document window: outline, text pane and splitter kept in step with the entry tree.
 
+#include "app/MainWindowHost.h"
 #include "editor/OutlineModel.h"
 #include "editor/RichTextBuffer.h"
 #include "editor/frmDocument.h"
@@ -422,10 +423,12 @@ void TestDocumentWindow::closeQuestion_data() {
     QTest::addColumn<bool>("asked");
     QTest::addColumn<bool>("closes");
     QTest::addColumn<bool>("saved");
-    QTest::newRow("unchanged") << false << int(QMessageBox::Cancel) << false << true << false;
-    QTest::newRow("changed, cancel") << true << int(QMessageBox::Cancel) << true << false << false;
-    QTest::newRow("changed, no") << true << int(QMessageBox::No) << true << true << false;
-    QTest::newRow("changed, yes") << true << int(QMessageBox::Yes) << true << true << true;
+    QTest::newRow("unchanged") << false << int(modMain::vbCancel) << false << true << false;
+    QTest::newRow("changed, cancel") << true << int(modMain::vbCancel) << true << false << false;
+    QTest::newRow("changed, no") << true << int(modMain::vbNo) << true << true << false;
+    // Yes saves: the changed flag is cleared even though the unnamed document's Save As
+    // dialog is cancelled.
+    QTest::newRow("changed, yes") << true << int(modMain::vbYes) << true << true << true;
 }
 
 void TestDocumentWindow::closeQuestion() {
@@ -435,16 +438,14 @@ void TestDocumentWindow::closeQuestion() {
     QFETCH(bool, closes);
     QFETCH(bool, saved);
     Window t;
-    Calls calls;
-    QStringList questions;
-    frmDocument::hooks().ask = [&](QWidget *, const QString &q) {
-        questions << q;
-        return QMessageBox::StandardButton(answer);
-    };
+    modMain::ClearMsgBoxAnswers();
+    modMain::PushMsgBoxAnswer(modMain::MsgBoxResult(answer));
     t.w.document().m_bDataChanged = changed;
     QCOMPARE(t.w.close(), closes);
-    QCOMPARE(questions, asked ? QStringList{"Do you want to save the file ?"} : QStringList());
-    QCOMPARE(calls.commands.contains("FileSave|mnuFileSave"), saved);
+    QCOMPARE(modMain::AskedMessages(),
+             asked ? QStringList{"Do you want to save the file ?"} : QStringList());
+    QCOMPARE(!t.w.document().m_bDataChanged && changed, saved);
+    modMain::ClearMsgBoxAnswers();
 }
 
 QTEST_MAIN(TestDocumentWindow)

@@ -1,0 +1,294 @@
+#include "document/modFile.h"
+
+#include "app/MainWindowHost.h"
+#include "app/modCommandState.h"
+#include "app/modMain.h"
+#include "document/Document.h"
+#include "document/modDoc.h"
+#include "document/modDocClipboard.h"
+#include "document/modDocText.h"
+#include "outline/BusyPointer.h"
+#include "outline/modNodes.h"
+#include "util/modString.h"
+
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace modFile {
+
+namespace {
+
+FileDialogHandler g_dialog;
+WindowHooks g_hooks;
+// The common dialog keeps the last name it held.
+QString g_sDialogFileName;
+
+const QString kNativeExt = u"mvd"_s;
+
+// Shows the dialog; the chosen name, or nothing when cancelled.
+std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &initial,
+                                  const QString &filter, int flags) {
+    FileDialogRequest request;
+    request.Save = save;
+    request.DefaultExt = ext;
+    request.FileName = initial;
+    request.Filter = filter;
+    request.Flags = flags;
+    if (!g_dialog || !g_dialog(request) || request.FileName.isEmpty()) {
+        return std::nullopt;
+    }
+    g_sDialogFileName = request.FileName;
+    return request.FileName;
+}
+
+void StatusText(const QString &text) {
+    modMain::UpdateStatusBarText(text);
+}
+
+void Activate(Document *doc) {
+    if (g_hooks.Activate) {
+        g_hooks.Activate(doc);
+    } else {
+        Documents::SetActive(doc);
+    }
+}
+
+} // namespace
+
+void SetFileDialogHandler(FileDialogHandler handler) {
+    g_dialog = std::move(handler);
+}
+
+void SetWindowHooks(WindowHooks hooks) {
+    g_hooks = std::move(hooks);
+}
+
+QString FileFilter(bool forOpening) {
+    QString filter = u"Mavrolen Files (*."_s + kNativeExt + u")|*."_s + kNativeExt +
+                     u"|Text Files (*.txt)|*.txt"_s;
+    if (forOpening) {
+        filter += u"|All Files (*.*)|*.*"_s;
+    }
+    return filter;
+}
+
+QString TextFileFilter() {
+    return u"Text Files (*.txt)|*.txt"_s;
+}
+
+bool QueryUnload(Document &doc) {
+    PROC("frmDocument Form_QueryUnload");
+    if (doc.bReadOnly || !doc.m_bDataChanged) {
+        return true;
+    }
+    const int answer = modMain::MsgBox(u"Do you want to save the file "_s + doc.m_sFile + u"?"_s,
+                                       modMain::vbYesNoCancel, modMain::vbQuestion);
+    if (answer == modMain::vbCancel) {
+        return false;
+    }
+    if (answer == modMain::vbYes) {
+        Activate(&doc);
+        FileSave();
+    }
+    return true;
+}
+
+void DocumentUnloaded() {
+    modDoc::DocumentClosed();
+    modMain::MenuEnable(modDoc::OpenDocumentCount());
+    modMain::MenuEnableDynamic();
+}
+
+void FileNew() {
+    modMain::Guarded([] {
+        PROC("modFile FileNew");
+        Document *doc = modDoc::DocNew();
+        if (!doc) {
+            return;
+        }
+        Node *root = modNodes::NodeInsert(doc, relFirst, nullptr);
+        modNodes::NodeInitialise(doc, root);
+        modMain::MenuEnable(modDoc::OpenDocumentCount());
+        modMain::MenuEnableDynamic();
+    });
+}
+
+void FileOpen() {
+    modMain::Guarded([] {
+        PROC("modFile FileOpen");
+        StatusText(QString());
+        const auto name =
+            ShowDialog(false, kNativeExt, g_sDialogFileName, FileFilter(true), kOpenFlags);
+        if (name) {
+            modDoc::DocLoad(*name);
+            modMain::MenuEnable(modDoc::OpenDocumentCount());
+            modMain::MenuEnableDynamic();
+        }
+    });
+}
+
+void FileClose() {
+    modMain::Guarded([] {
+        PROC("modFile FileClose");
+        Document *doc = nullptr;
+        if (!modMain::DocumentActive(doc)) {
+            return;
+        }
+        if (g_hooks.Close) {
+            g_hooks.Close(doc);
+        } else if (QueryUnload(*doc)) {
+            if (Documents::Active() == doc) {
+                Documents::SetActive(nullptr);
+            }
+            modDoc::DocClose(doc);
+            modMain::MenuEnable(modDoc::OpenDocumentCount());
+            modMain::MenuEnableDynamic();
+        }
+        StatusText(QString());
+    });
+}
+
+void FileSave() {
+    modMain::Guarded([] {
+        PROC("modFile FileSave");
+        Document *doc = nullptr;
+        if (!modMain::DocumentActive(doc)) {
+            return;
+        }
+        // Cleared first, and it stays cleared when the Save As dialog is cancelled.
+        doc->m_bDataChanged = false;
+        if (!doc->m_sFile.isEmpty()) {
+            modDoc::DocSave(doc->m_sFile);
+        } else {
+            FileSaveAs();
+        }
+    });
+}
+
+void FileSaveAs() {
+    modMain::Guarded([] {
+        PROC("modFile FileSaveAs");
+        Document *doc = nullptr;
+        if (!modMain::DocumentActive(doc)) {
+            return;
+        }
+        const auto name = ShowDialog(true, kNativeExt, modString::FileWithoutExt(doc->m_sFile),
+                                     FileFilter(false), kSaveFlags);
+        if (name) {
+            modDoc::DocSave(*name);
+        }
+    });
+}
+
+void FileSaveAll() {
+    modMain::Guarded([] {
+        PROC("modFile FileSaveAll");
+        // A copy: saving may not open or close documents, but the list must not move under us.
+        const std::vector<Document *> all = Documents::All();
+        for (Document *doc : all) {
+            if (doc->bReadOnly) {
+                continue;
+            }
+            Activate(doc);
+            FileSave();
+        }
+    });
+}
+
+void FileImportText() {
+    modMain::Guarded([] {
+        PROC("modFile FileImportText");
+        const auto name =
+            ShowDialog(false, u"txt"_s, g_sDialogFileName, TextFileFilter(), kOpenFlags);
+        if (!name) {
+            return;
+        }
+        if (Document *doc = modDoc::DocNew()) {
+            modDocText::DocImport(*doc, *name);
+            modMain::MenuEnable(modDoc::OpenDocumentCount());
+            modMain::MenuEnableDynamic();
+        }
+    });
+}
+
+void FileExportText() {
+    modMain::Guarded([] {
+        PROC("modFile FileExportText");
+        Document *doc = nullptr;
+        if (!modMain::DocumentActive(doc)) {
+            return;
+        }
+        const auto name = ShowDialog(true, u"txt"_s, modString::FileWithoutExt(doc->m_sFile),
+                                     TextFileFilter(), kSaveFlags);
+        if (name) {
+            modDocText::DocExport(*doc, *name);
+        }
+    });
+}
+
+void FileImportClipboard() {
+    modMain::Guarded([] {
+        PROC("modFile FileImportClipboard");
+        BusyPointer busy;
+        Document *before = nullptr;
+        Document *doc = nullptr;
+        {
+            modNodes::g_bDocTransfer = true;
+            struct Clear {
+                ~Clear() { modNodes::g_bDocTransfer = false; }
+            } clear;
+            if (modMain::DocumentActive(before)) {
+                doc = modDoc::DocNew();
+                if (doc) {
+                    modDocClipboard::DocImport();
+                }
+                // The label editing of the document that was active before (deliberately not
+                // the new one) follows the setting.
+                before->m_bLabelEditAutomatic = modDoc::AutoLabelEditOn();
+                if (before->view()) {
+                    before->view()->DocumentStateChanged();
+                }
+            }
+        }
+        Document *active = nullptr;
+        if (modMain::DocumentActive(active) && active->view()) {
+            active->view()->ViewAutoFitSplit();
+        }
+        modMain::MenuEnable(modDoc::OpenDocumentCount());
+        modMain::MenuEnableDynamic();
+    });
+}
+
+void FileExportClipboard() {
+    modMain::Guarded([] {
+        PROC("modFile FileExportClipboard");
+        BusyPointer busy;
+        modNodes::g_bDocTransfer = true;
+        struct Clear {
+            ~Clear() { modNodes::g_bDocTransfer = false; }
+        } clear;
+        modDocClipboard::DocExport();
+    });
+}
+
+void FileExit() {
+    modMain::Guarded([] {
+        PROC("modFile FileExit");
+        if (g_hooks.Exit) {
+            g_hooks.Exit();
+            return;
+        }
+        // Without windows: close every document, each asking its question; stop at a Cancel.
+        const std::vector<Document *> all = Documents::All();
+        for (Document *doc : all) {
+            Activate(doc);
+            FileClose();
+            if (Documents::Active() == doc) {
+                return;
+            }
+        }
+    });
+}
+
+} // namespace modFile

@@ -1,0 +1,235 @@
+#include "editor/modFont.h"
+
+#include "app/modMain.h"
+#include "document/Document.h"
+#include "editor/RichTextBuffer.h"
+#include "editor/clsFont.h"
+
+#include <cmath>
+
+namespace modFont {
+
+namespace {
+
+FontDialogHandler g_dialog;
+// The one dialog of the program keeps its values between uses.
+FontDialogValues g_dlg;
+
+bool ShowFont() {
+    return g_dialog && g_dialog(g_dlg);
+}
+
+void CopyBack(clsFont &font) {
+    font.setName(g_dlg.FontName);
+    font.setSize(g_dlg.FontSize);
+    font.setBold(g_dlg.FontBold);
+    font.setItalic(g_dlg.FontItalic);
+    font.setUnderline(g_dlg.FontUnderline);
+    font.setStrikeThrough(g_dlg.FontStrikethru);
+}
+
+RichTextBuffer *ActivePane(Document *&doc) {
+    if (!modMain::DocumentActive(doc)) {
+        return nullptr;
+    }
+    return dynamic_cast<RichTextBuffer *>(doc->txtRTF());
+}
+
+} // namespace
+
+void SetFontDialogHandler(FontDialogHandler handler) {
+    g_dialog = std::move(handler);
+}
+
+bool ChangeFontDetails(clsFont &font) {
+    PROC("modFont ChangeFontDetails");
+    g_dlg.FontName = font.Name();
+    g_dlg.FontSize = font.Size();
+    g_dlg.FontBold = font.Bold();
+    g_dlg.FontItalic = font.Italic();
+    g_dlg.FontUnderline = font.Underline();
+    g_dlg.FontStrikethru = font.StrikeThrough();
+    g_dlg.Color.reset();
+    if (!ShowFont()) {
+        return false;
+    }
+    CopyBack(font);
+    return true;
+}
+
+bool ChangeTreeviewFont(clsFont &font) {
+    PROC("modFont ChangeTreeviewFont");
+    if (!font.Name().isEmpty()) {
+        g_dlg.FontName = font.Name();
+    }
+    if (font.Size() > 0) {
+        g_dlg.FontSize = font.Size();
+    }
+    g_dlg.FontBold = font.Bold();
+    g_dlg.FontItalic = font.Italic();
+    g_dlg.FontUnderline = font.Underline();
+    g_dlg.FontStrikethru = font.StrikeThrough();
+    g_dlg.Color.reset();
+    if (!ShowFont()) {
+        return false;
+    }
+    CopyBack(font);
+    Document *doc = nullptr;
+    if (modMain::DocumentActive(doc) && doc->view()) {
+        // The window applies the record to its outline.
+        doc->view()->DocumentStateChanged();
+    }
+    return true;
+}
+
+bool ChangeRTFFont(RichTextBuffer &pane) {
+    PROC("modFont ChangeRTFFont");
+    const QFont base = pane.Font();
+    if (!base.family().isEmpty()) {
+        g_dlg.FontName = base.family();
+    }
+    if (base.pointSizeF() > 0) {
+        g_dlg.FontSize = base.pointSizeF();
+    }
+    g_dlg.FontBold = base.bold();
+    g_dlg.FontItalic = base.italic();
+    g_dlg.FontUnderline = base.underline();
+    g_dlg.FontStrikethru = base.strikeOut();
+    g_dlg.Color.reset();
+    if (!ShowFont()) {
+        return false;
+    }
+    QFont font = base;
+    if (!g_dlg.FontName.isEmpty()) {
+        font.setFamily(g_dlg.FontName);
+    }
+    if (g_dlg.FontSize > 0) {
+        font.setPointSizeF(g_dlg.FontSize);
+    }
+    font.setBold(g_dlg.FontBold);
+    font.setItalic(g_dlg.FontItalic);
+    font.setUnderline(g_dlg.FontUnderline);
+    font.setStrikeOut(g_dlg.FontStrikethru);
+    pane.SetFont(font);
+    return true;
+}
+
+bool ChangeRTFSelFont(RichTextBuffer &pane) {
+    PROC("modFont ChangeRTFSelFont");
+    // A mixed attribute leaves the dialog's value as it was.
+    if (const auto v = pane.SelFontName()) {
+        g_dlg.FontName = *v;
+    }
+    if (const auto v = pane.SelFontSize()) {
+        g_dlg.FontSize = *v;
+    }
+    if (const auto v = pane.SelBold()) {
+        g_dlg.FontBold = *v;
+    }
+    if (const auto v = pane.SelItalic()) {
+        g_dlg.FontItalic = *v;
+    }
+    if (const auto v = pane.SelUnderline()) {
+        g_dlg.FontUnderline = *v;
+    }
+    if (const auto v = pane.SelStrikeThru()) {
+        g_dlg.FontStrikethru = *v;
+    }
+    g_dlg.Color = pane.SelColor().value_or(QColor(Qt::black));
+    if (!ShowFont()) {
+        return false;
+    }
+    if (!g_dlg.FontName.isEmpty()) {
+        pane.SetSelFontName(g_dlg.FontName);
+    }
+    if (g_dlg.FontSize > 0) {
+        pane.SetSelFontSize(g_dlg.FontSize);
+    }
+    pane.SetSelBold(g_dlg.FontBold);
+    pane.SetSelItalic(g_dlg.FontItalic);
+    pane.SetSelUnderline(g_dlg.FontUnderline);
+    pane.SetSelStrikeThru(g_dlg.FontStrikethru);
+    if (g_dlg.Color) {
+        pane.SetSelColor(*g_dlg.Color);
+    }
+    return true;
+}
+
+void ChangeDocumentTextFontDetails(bool allDocuments) {
+    PROC("modFont ChangeDocumentTextFontDetails");
+    Document *active = Documents::Active();
+    for (Document *doc : Documents::All()) {
+        if (!allDocuments && doc != active) {
+            continue;
+        }
+        auto *pane = dynamic_cast<RichTextBuffer *>(doc->txtRTF());
+        if (!pane) {
+            continue;
+        }
+        const int start = pane->SelStart();
+        const int length = pane->SelLength();
+        pane->SetBaseFont(doc->m_fntTextFont);
+        pane->SetSelStart(start);
+        pane->SetSelLength(length);
+    }
+}
+
+void ChangeSelectedFontSize(RichTextBuffer &pane, bool larger) {
+    PROC("modFont ChangeSelectedFontSize");
+    const auto size = pane.SelFontSize();
+    if (!size) {
+        return;
+    }
+    const int direction = larger ? 1 : -1;
+    const double start = std::nearbyint(*size);
+    int k = 0;
+    // The buffer may round a requested size back: the step grows until the size changes.
+    for (int tries = 0; tries < 64; ++tries) {
+        k += direction;
+        const double current = pane.SelFontSize().value_or(*size);
+        if (current + k <= 0) {
+            return;
+        }
+        pane.SetSelFontSize(current + k);
+        if (pane.SelFontSize().value_or(start) != start) {
+            return;
+        }
+    }
+}
+
+void EditCurrentFont() {
+    modMain::Guarded([] {
+        PROC("modEdit EditCurrentFont");
+        Document *doc = nullptr;
+        RichTextBuffer *pane = ActivePane(doc);
+        if (!pane) {
+            return;
+        }
+        if (pane->SelLength() > 0) {
+            ChangeRTFSelFont(*pane);
+        } else {
+            ChangeRTFFont(*pane);
+        }
+    });
+}
+
+void EditDocumentFont() {
+    modMain::Guarded([] {
+        PROC("modEdit EditDocumentFont");
+        Document *doc = nullptr;
+        RichTextBuffer *pane = ActivePane(doc);
+        if (!pane) {
+            return;
+        }
+        pane->SetVisible(false);
+        clsFont working;
+        doc->m_fntTextFont.CopyTo(working);
+        if (ChangeFontDetails(working)) {
+            working.CopyTo(doc->m_fntTextFont);
+            ChangeDocumentTextFontDetails(false);
+        }
+        pane->SetVisible(true);
+    });
+}
+
+} // namespace modFont
