@@ -22,6 +22,7 @@
 #include <QFontDialog>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QMenu>
 #include <QPointer>
 #include <QStatusBar>
 #include <QToolBar>
@@ -259,6 +260,17 @@ Document *MakeDocumentWindow() {
     QMdiSubWindow *frame = g_frm->mdiArea()->addSubWindow(window);
     frame->setAttribute(Qt::WA_DeleteOnClose);
     frame->setWindowIcon(g_frm->windowIcon());
+    // The frame's own menu claims the desktop's close key (Ctrl+W) too; the File menu's Close
+    // keeps it, so that the key is not ambiguous.
+    if (QMenu *menu = frame->systemMenu()) {
+        const QKeySequence ctrlW(Qt::CTRL | Qt::Key_W);
+        for (QAction *a : menu->actions()) {
+            QList<QKeySequence> keys = a->shortcuts();
+            if (keys.removeAll(ctrlW) > 0) {
+                a->setShortcuts(keys);
+            }
+        }
+    }
     // A new window takes about two thirds of the frame. (While the program starts, the frame is
     // not laid out yet: its own size, less the bars, stands in for the document area.)
     QSize area = g_frm->mdiArea()->viewport()->size();

@@ -117,6 +117,23 @@ void frmMain::BuildMenus() {
         action->setObjectName(item.Name);
         m_items.insert(item.Name, action);
     }
+    // The desktop's standard keys for the file commands.
+    const struct {
+        const char *item;
+        QKeySequence keys;
+    } standard[] = {
+        {"mnuFileNew", QKeySequence(Qt::CTRL | Qt::Key_N)},
+        {"mnuFileOpen", QKeySequence(Qt::CTRL | Qt::Key_O)},
+        {"mnuFileSave", QKeySequence(Qt::CTRL | Qt::Key_S)},
+        {"mnuFileSaveAs", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)},
+        {"mnuFileClose", QKeySequence(Qt::CTRL | Qt::Key_W)},
+        {"mnuFileExit", QKeySequence(Qt::CTRL | Qt::Key_Q)},
+    };
+    for (const auto &s : standard) {
+        QAction *action = m_items.value(QString::fromLatin1(s.item));
+        action->setShortcut(s.keys);
+        action->setShortcutContext(Qt::WindowShortcut);
+    }
     // Shown only while there are recent files.
     m_items.value(u"mnuFileBarMRU"_s)->setVisible(false);
 }

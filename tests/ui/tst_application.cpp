@@ -1,0 +1,358 @@
+// The whole program as a user drives it: the main window with its document windows, the File
+// commands and their dialogs, questions, shortcuts, settings and the workspace.
+#include "app/ApplicationUi.h"
+#include "app/MainWindowHost.h"
+#include "app/frmMain.h"
+#include "app/modCommandState.h"
+#include "app/modGlobals.h"
+#include "app/modSettings.h"
+#include "document/Document.h"
+#include "document/modDoc.h"
+#include "document/modDocText.h"
+#include "document/modFile.h"
+#include "editor/frmDocument.h"
+#include "outline/modNodes.h"
+#include "support/FakeMainWindow.h"
+#include "support/TestSupport.h"
+
+#include <QAction>
+#include <QFile>
+#include <QLineEdit>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QPointer>
+#include <QTextEdit>
+#include <QTreeView>
+#include <QtTest>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The program's main window, wired as at start-up, with the file dialog answered from a queue.
+struct App {
+    frmMain frm;
+    QStringList dialogAnswers; // names the dialog returns in turn; none left: cancelled
+    QList<modFile::FileDialogRequest> dialogs;
+
+    App() {
+        ApplicationUi::Install(frm);
+        modFile::SetFileDialogHandler([this](modFile::FileDialogRequest &r) {
+            dialogs.append(r);
+            if (dialogAnswers.isEmpty()) {
+                return false;
+            }
+            r.FileName = dialogAnswers.takeFirst();
+            return true;
+        });
+        frm.MDIForm_Load();
+        frm.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&frm));
+        frm.activateWindow();
+    }
+    ~App() {
+        // Whatever is still open goes without questions.
+        modMain::SetMsgBoxHandler([](const QString &, int, int) { return int(modMain::vbNo); });
+        for (frmDocument *w : frmDocument::windows()) {
+            w->document().m_bDataChanged = false;
+        }
+        frm.mdiArea()->closeAllSubWindows();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        ApplicationUi::Uninstall();
+        modMain::SetMsgBoxHandler({});
+    }
+    QList<frmDocument *> windows() const {
+        QList<frmDocument *> list;
+        for (QMdiSubWindow *s : frm.mdiArea()->subWindowList(QMdiArea::CreationOrder)) {
+            if (auto *w = qobject_cast<frmDocument *>(s->widget()); w && !w->unloaded()) {
+                list.append(w);
+            }
+        }
+        return list;
+    }
+    frmDocument *active() const {
+        QMdiSubWindow *s = frm.mdiArea()->activeSubWindow();
+        return s ? qobject_cast<frmDocument *>(s->widget()) : nullptr;
+    }
+    void key(int k, Qt::KeyboardModifiers mods, QWidget *target = nullptr) {
+        if (!target) {
+            target = active() ? static_cast<QWidget *>(active()->trvOutline()) : &frm;
+        }
+        QTest::keyClick(target, Qt::Key(k), mods);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+};
+
+// A small native document: a root with the given children, each with a text.
+void WriteDocument(const QString &path, const QStringList &labels) {
+    QByteArray out = "{\\ttf_formatversion 1}\r\n{\\ttf_selecteditemkey KEY0}\r\n";
+    auto node = [&](const QString &key, const QString &label) {
+        out += "{\\ttf_nodekey " + key.toLatin1() + "}\r\n{\\ttf_nodelabel " + label.toLatin1() +
+               "}\r\n{\\ttf_nodetagged False}\r\n{\\ttf_nodevisible True}\r\n"
+               "{\\ttf_nodetext {\\rtf1\\ansi text of " +
+               label.toLatin1() + "\\par }}\r\n";
+    };
+    node(u"0"_s, u"Root"_s);
+    for (qsizetype i = 0; i < labels.size(); ++i) {
+        node(u"0."_s + QString::number(i + 1), labels[i]);
+    }
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(out);
+}
+
+QByteArray Read(const QString &path) {
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+// Types a label into the outline's editor and accepts it.
+void TypeLabel(QTreeView *tree, const QString &text) {
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QPointer<QLineEdit> editor = tree->viewport()->findChild<QLineEdit *>();
+    QVERIFY(editor);
+    editor->selectAll();
+    QTest::keyClicks(editor, text);
+    QTest::keyClick(editor, Qt::Key_Return);
+    // The delegate commits on the next turn of the event loop.
+    QTRY_VERIFY(!editor || !editor->isVisible());
+    QTest::qWait(0);
+}
+
+Node *Find(Document &doc, const QString &label) {
+    for (Node *n : doc.trvOutline()) {
+        if (n->Text() == label) {
+            return n;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class TestApplication : public QObject {
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void newEditSaveReopen();
+    void keyboardOutline();
+    void closingQuestion_data();
+    void closingQuestion();
+    void saveAllSkipsReadOnly();
+    void settingsAndWorkspaceCarryOver();
+    void fileDialogSettings();
+
+private:
+    std::unique_ptr<ScopedSettings> m_settings;
+    std::unique_ptr<ScopedLog> m_log;
+    QTemporaryDir m_dir;
+    QString path(const QString &name) const { return m_dir.filePath(name); }
+};
+
+void TestApplication::init() {
+    m_settings = std::make_unique<ScopedSettings>();
+    m_log = std::make_unique<ScopedLog>();
+    modMain::ClearMsgBoxAnswers();
+}
+
+void TestApplication::cleanup() {
+    modMain::ClearMsgBoxAnswers();
+    m_log.reset();
+    m_settings.reset();
+}
+
+void TestApplication::newEditSaveReopen() {
+    App app;
+    QVERIFY(app.windows().isEmpty());
+    app.key(Qt::Key_N, Qt::ControlModifier, &app.frm);
+    QCOMPARE(app.windows().size(), 1);
+    frmDocument *w = app.active();
+    QCOMPARE(w->parentWidget()->windowTitle(), u"Document 1"_s);
+    // The new root's label is being edited: typing renames it.
+    TypeLabel(w->trvOutline(), u"Plans"_s);
+    QCOMPARE(w->document().trvOutline().SelectedItem()->Text(), u"Plans"_s);
+
+    w->txtRTF()->setFocus();
+    QTest::keyClicks(w->txtRTF(), u"hello world"_s);
+    app.dialogAnswers << path(u"plans.mvd"_s);
+    app.key(Qt::Key_S, Qt::ControlModifier, w->txtRTF());
+    QCOMPARE(app.dialogs.size(), 1);
+    QVERIFY(app.dialogs[0].Save);
+    QCOMPARE(app.dialogs[0].FileName, QString()); // an unnamed document offers no name
+    QCOMPARE(w->parentWidget()->windowTitle(), path(u"plans.mvd"_s));
+    QVERIFY(!w->document().m_bDataChanged);
+
+    // Closing a saved document asks nothing.
+    app.key(Qt::Key_W, Qt::ControlModifier, w->txtRTF());
+    QVERIFY(app.windows().isEmpty());
+    QVERIFY(modMain::AskedMessages().isEmpty());
+
+    app.dialogAnswers << path(u"plans.mvd"_s);
+    app.key(Qt::Key_O, Qt::ControlModifier, &app.frm);
+    QCOMPARE(app.windows().size(), 1);
+    Node *root = Find(app.active()->document(), u"Plans"_s);
+    QVERIFY(root);
+    QCOMPARE(modDocText::PlainTextStripped(root->Tag()), u"hello world"_s);
+    QCOMPARE(app.active()->txtRTF()->toPlainText(), u"hello world"_s);
+}
+
+void TestApplication::keyboardOutline() {
+    const QString file = path(u"outline.mvd"_s);
+    WriteDocument(file, {u"Garden"_s});
+    App app;
+    modDoc::DocLoad(file);
+    frmDocument *w = app.active();
+    QTreeView *tree = w->trvOutline();
+    tree->setFocus();
+    Nodes &nodes = w->document().trvOutline();
+    modNodes::NodeSelect(&w->document(), Find(w->document(), u"Garden"_s));
+    // Alt+B inserts below and starts the label edit; Alt+Right indents, Alt+Up moves up.
+    app.key(Qt::Key_B, Qt::AltModifier, tree);
+    TypeLabel(tree, u"House"_s);
+    app.key(Qt::Key_Right, Qt::AltModifier, tree);
+    QCOMPARE(nodes.SelectedItem()->Parent()->Text(), u"Garden"_s);
+    app.key(Qt::Key_Left, Qt::AltModifier, tree);
+    app.key(Qt::Key_Up, Qt::AltModifier, tree);
+    QCOMPARE(nodes.topNodes().front()->childList().front()->Text(), u"House"_s);
+
+    // A read-only document: the shortcut is consumed and does nothing.
+    w->document().bReadOnly = true;
+    modMain::MenuEnableDynamic();
+    const qsizetype count = nodes.Count();
+    app.key(Qt::Key_I, Qt::AltModifier, tree);
+    QCOMPARE(nodes.Count(), count);
+    QVERIFY(!app.frm.Item(u"mnuOutlineInsertChild"_s)->isEnabled());
+    w->document().bReadOnly = false;
+    modMain::MenuEnableDynamic();
+    app.key(Qt::Key_I, Qt::AltModifier, tree);
+    QCOMPARE(nodes.Count(), count + 1);
+}
+
+void TestApplication::closingQuestion_data() {
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<bool>("closes");
+    QTest::addColumn<bool>("saved");
+    QTest::newRow("yes saves") << int(modMain::vbYes) << true << true;
+    QTest::newRow("no discards") << int(modMain::vbNo) << true << false;
+    QTest::newRow("cancel keeps the window") << int(modMain::vbCancel) << false << false;
+}
+
+void TestApplication::closingQuestion() {
+    QFETCH(int, answer);
+    QFETCH(bool, closes);
+    QFETCH(bool, saved);
+    const QString file = path(u"q.mvd"_s);
+    WriteDocument(file, {u"One"_s, u"Two"_s});
+    const QByteArray before = Read(file);
+    App app;
+    modDoc::DocLoad(file);
+    Document &doc = app.active()->document();
+    Find(doc, u"Two"_s)->setText(u"Changed"_s);
+    doc.m_bDataChanged = true;
+    modMain::PushMsgBoxAnswer(modMain::MsgBoxResult(answer));
+    app.frm.Item(u"mnuFileClose"_s)->trigger();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(modMain::AskedMessages(),
+             QStringList{u"Do you want to save the file "_s + file + u"?"_s});
+    QCOMPARE(app.windows().isEmpty(), closes);
+    QCOMPARE(Read(file).contains("Changed"), saved);
+    if (!saved) {
+        QCOMPARE(Read(file), before);
+    }
+    // The menus follow the number of windows left.
+    QCOMPARE(app.frm.Item(u"mnuFileSaveAs"_s)->isEnabled(), !closes);
+}
+
+void TestApplication::saveAllSkipsReadOnly() {
+    const QString a = path(u"a.mvd"_s), b = path(u"b.mvd"_s), c = path(u"c.mvd"_s);
+    WriteDocument(a, {u"A"_s});
+    WriteDocument(b, {u"B"_s});
+    QFile::setPermissions(b, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
+    const QByteArray bBefore = Read(b);
+    App app;
+    modDoc::DocLoad(a);
+    modDoc::DocLoad(b);
+    modFile::FileNew();
+    QCOMPARE(app.windows().size(), 3);
+    QVERIFY(app.windows()[1]->document().bReadOnly);
+    QVERIFY(app.windows()[1]->parentWidget()->windowTitle().endsWith(u" (read-only)"_s));
+    for (frmDocument *w : app.windows()) {
+        Node *first = w->document().trvOutline().Item(1);
+        first->setText(u"Edited"_s);
+        w->document().m_bDataChanged = true;
+    }
+    app.dialogAnswers << c; // the unnamed one gets the Save As dialog in turn
+    app.frm.Item(u"mnuFileSaveAll"_s)->trigger();
+    QVERIFY(Read(a).contains("Edited"));
+    QCOMPARE(Read(b), bBefore);
+    QVERIFY(Read(c).contains("Edited"));
+    QCOMPARE(app.dialogs.size(), 1);
+    QVERIFY(modMain::AskedMessages().isEmpty());
+    QFile::setPermissions(b, QFile::ReadOwner | QFile::WriteOwner);
+}
+
+void TestApplication::settingsAndWorkspaceCarryOver() {
+    const QString a = path(u"a.mvd"_s), b = path(u"b.mvd"_s);
+    WriteDocument(a, {u"A"_s});
+    WriteDocument(b, {u"B"_s});
+    {
+        App app;
+        QVERIFY(!app.frm.Item(u"mnuViewOptionsStartWithNewDoc"_s)->isChecked());
+        QVERIFY(app.frm.Item(u"mnuViewOptionsAutoFitSplit"_s)->isChecked());
+        app.frm.Item(u"mnuViewOptionsStartWithNewDoc"_s)->trigger();
+        app.frm.Item(u"mnuViewOptionsAutoFitSplit"_s)->trigger();
+        QVERIFY(modGlobals::StartWithNewDocument && !modGlobals::AutoSplit);
+        modDoc::DocLoad(b);
+        modDoc::DocLoad(a);
+        modMain::PushMsgBoxAnswer(modMain::vbYes); // "Do you really want to exit ...?"
+        QVERIFY(app.frm.close());
+    }
+    QCOMPARE(modSettings::GetSetting(u"Workspace"_s, u"1"_s), b);
+    QCOMPARE(modSettings::GetSetting(u"Workspace"_s, u"2"_s), a);
+    QCOMPARE(modSettings::GetSetting(u"Settings"_s, u"StartWithNewDocument"_s), u"True"_s);
+    QCOMPARE(modSettings::GetSetting(u"Settings"_s, u"AutoSplit"_s), u"False"_s);
+
+    // The next start reopens the workspace in its order, then adds the new document.
+    App next;
+    QCOMPARE(next.windows().size(), 3);
+    QCOMPARE(next.windows()[0]->document().m_sFile, b);
+    QCOMPARE(next.windows()[1]->document().m_sFile, a);
+    QCOMPARE(next.windows()[2]->document().m_sFile, QString());
+    QVERIFY(next.frm.Item(u"mnuViewOptionsStartWithNewDoc"_s)->isChecked());
+    QVERIFY(!next.frm.Item(u"mnuViewOptionsAutoFitSplit"_s)->isChecked());
+    modGlobals::InitialiseDefaults();
+}
+
+void TestApplication::fileDialogSettings() {
+    const QString a = path(u"named.mvd"_s);
+    WriteDocument(a, {u"A"_s});
+    App app;
+    modDoc::DocLoad(a);
+    app.frm.Item(u"mnuFileSaveAs"_s)->trigger();
+    app.frm.Item(u"mnuFileExportText"_s)->trigger();
+    app.frm.Item(u"mnuFileOpen"_s)->trigger();
+    app.frm.Item(u"mnuFileImportText"_s)->trigger();
+    QCOMPARE(app.dialogs.size(), 4);
+    const auto &saveAs = app.dialogs[0];
+    QVERIFY(saveAs.Save);
+    QCOMPARE(saveAs.FileName, path(u"named"_s));
+    QCOMPARE(saveAs.Filter, u"Mavrolen Files (*.mvd)|*.mvd|Text Files (*.txt)|*.txt"_s);
+    QCOMPARE(saveAs.Flags, 0x280802);
+    QCOMPARE(app.dialogs[1].DefaultExt, u"txt"_s);
+    QCOMPARE(app.dialogs[1].Filter, u"Text Files (*.txt)|*.txt"_s);
+    const auto &open = app.dialogs[2];
+    QVERIFY(!open.Save);
+    QCOMPARE(open.Filter,
+             u"Mavrolen Files (*.mvd)|*.mvd|Text Files (*.txt)|*.txt|All Files (*.*)|*.*"_s);
+    QCOMPARE(open.Flags, 0x281800);
+    // Cancelled dialogs change nothing.
+    QCOMPARE(app.windows().size(), 1);
+    QCOMPARE(app.active()->document().m_sFile, a);
+}
+
+QTEST_MAIN(TestApplication)
+#include "tst_application.moc"
