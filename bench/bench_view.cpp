@@ -1,13 +1,20 @@
 // The document window with large outlines: first showing, expanding and collapsing everything,
 // and moving the selection to an entry with a long text.
 
+#include "app/ApplicationUi.h"
+#include "app/frmMain.h"
 #include "document/Document.h"
+#include "document/modDoc.h"
 #include "editor/OutlineModel.h"
 #include "editor/RichTextBuffer.h"
 #include "editor/frmDocument.h"
 #include "outline/modNodes.h"
 
 #include <QApplication>
+#include <QKeyEvent>
+#include <QMdiArea>
+#include <QTemporaryDir>
+#include <QTextEdit>
 #include <QTreeView>
 
 #include <benchmark/benchmark.h>
@@ -148,6 +155,76 @@ void BM_BufferLoad10KBText(benchmark::State &state) {
     }
 }
 BENCHMARK(BM_BufferLoad10KBText)->Unit(benchmark::kMillisecond);
+
+// Opening a saved 100,000-entry document in a window of the program, until the outline shows.
+void BM_OpenLargeDocumentInWindow(benchmark::State &state) {
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("large.mvd"));
+    {
+        frmDocument source;
+        buildLargeTree(source);
+        if (!modDoc::DocSaveDocument(source.document(), path, false)) {
+            state.SkipWithError("the document could not be written");
+            return;
+        }
+    }
+    frmMain frm;
+    ApplicationUi::Install(frm);
+    frm.resize(1000, 800);
+    frm.show();
+    QApplication::processEvents();
+    for (auto _ : state) {
+        Document *doc = modDoc::DocLoad(path);
+        auto *w = doc ? dynamic_cast<frmDocument *>(doc->view()) : nullptr;
+        if (!w || doc->trvOutline().Count() != kEntries) {
+            state.SkipWithError("the document did not open");
+            break;
+        }
+        settle(*w);
+        state.PauseTiming();
+        doc->m_bDataChanged = false;
+        frm.mdiArea()->closeAllSubWindows();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        state.ResumeTiming();
+    }
+    ApplicationUi::Uninstall();
+}
+BENCHMARK(BM_OpenLargeDocumentInWindow)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+// Typing one character into an entry of about 100 KB of text: the pane's change, the encoding
+// of the whole text and its store into the entry.
+void BM_TypeIntoLargeText(benchmark::State &state) {
+    frmDocument w;
+    w.resize(800, 600);
+    Node *root = buildLargeTree(w);
+    Node *entry = root->Child()->Child();
+    QByteArray rtf = tenKBText();
+    rtf.chop(1);
+    const QByteArray line = "The quick brown fox jumps over the lazy dog. \\b bold\\b0 .\\par ";
+    while (rtf.size() < 100 * 1024) {
+        rtf += line;
+    }
+    rtf += "}";
+    QByteArray stored;
+    NodeTextCompressIfRequired(rtf, stored);
+    entry->setTag(stored);
+    w.show();
+    w.trvOutline()->setCurrentIndex(w.model()->indexFromNode(entry));
+    settle(w);
+    w.txtRTF()->setFocus();
+    w.txtRTF()->moveCursor(QTextCursor::End);
+    for (auto _ : state) {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, QStringLiteral("a"));
+        QApplication::sendEvent(w.txtRTF(), &press);
+        QKeyEvent release(QEvent::KeyRelease, Qt::Key_A, Qt::NoModifier, QStringLiteral("a"));
+        QApplication::sendEvent(w.txtRTF(), &release);
+        settle(w);
+    }
+    if (entry->Tag() == stored) {
+        state.SkipWithError("the typed text was not stored");
+    }
+}
+BENCHMARK(BM_TypeIntoLargeText)->Unit(benchmark::kMillisecond)->MinTime(1.0);
 
 } // namespace
 

@@ -7,6 +7,7 @@
 #include "document/Document.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
+#include "outline/BusyPointer.h"
 #include "outline/modNodes.h"
 #include "util/modString.h"
 
@@ -201,6 +202,8 @@ Document *DocLoad(const QString &path) {
     Document *doc = nullptr;
     modMain::Guarded([&] {
         PROC("modDoc DocLoad");
+        const BusyPointer busy;
+        modMain::UpdateStatusBarText(QString());
         const Transfer transfer;
         doc = DocInit();
         doc->setOutlineVisible(false);
@@ -252,6 +255,7 @@ bool DocSave(const QString &path) {
 bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk) {
     return modMain::Guarded([&] {
         PROC("modDoc DocSave");
+        const BusyPointer busy;
         const Transfer transfer;
         doc.m_sFile = path;
         doc.m_iFileFormatVersion = DocDefaultVersionFromExt(path).toInt();

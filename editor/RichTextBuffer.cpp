@@ -107,7 +107,10 @@ void RichTextBuffer::SetTextRTF(const QByteArray &rtf) {
         batch.endEditBlock();
     }
     m_doc->setUndoRedoEnabled(true);
-    m_doc->setDefaultFont(base);
+    // Setting the default font lays the whole text out again, even when it is the same font.
+    if (m_doc->defaultFont() != base) {
+        m_doc->setDefaultFont(base);
+    }
     m_cursor = QTextCursor(m_doc);
     --m_quiet;
     emit Change();

@@ -1702,15 +1702,22 @@ bool RtfReader::looksLikeRtf(QByteArrayView bytes) {
 bool RtfReader::read(QByteArrayView rtf, QTextDocument *doc) {
     bool undo = doc->isUndoRedoEnabled();
     doc->setUndoRedoEnabled(false);
-    doc->clear();
     if (!looksLikeRtf(rtf)) {
+        doc->clear();
         doc->setUndoRedoEnabled(undo);
         return false;
     }
     {
-        // One edit block: the layout follows the whole text once, not every insertion.
+        // One edit block: the layout follows the whole text once, not every insertion. The old
+        // text goes inside the block too, so that a view does not lay out (and resize its
+        // scroll bars for) an empty document in between.
         QTextCursor batch(doc);
         batch.beginEditBlock();
+        batch.select(QTextCursor::Document);
+        batch.removeSelectedText();
+        batch.setBlockFormat(QTextBlockFormat());
+        batch.setBlockCharFormat(QTextCharFormat());
+        batch.setCharFormat(QTextCharFormat());
         Reader reader(rtf, doc);
         reader.run();
         batch.endEditBlock();

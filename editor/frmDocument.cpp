@@ -189,6 +189,21 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     m_pBar->installEventFilter(this);
     m_pGrip->installEventFilter(this);
 
+    // Anything that can change the showing labels invalidates the last fit's measurement.
+    const auto outlineChanged = [this] { ++m_uOutlineGeneration; };
+    connect(m_pModel, &QAbstractItemModel::modelReset, this, outlineChanged);
+    connect(m_pModel, &QAbstractItemModel::layoutChanged, this, outlineChanged);
+    connect(m_pModel, &QAbstractItemModel::rowsInserted, this, outlineChanged);
+    connect(m_pModel, &QAbstractItemModel::rowsRemoved, this, outlineChanged);
+    // Of the changes to an entry only its label counts (not its icon or highlight).
+    connect(m_pModel, &QAbstractItemModel::dataChanged, this,
+            [this](const QModelIndex &, const QModelIndex &, const QList<int> &roles) {
+                if (roles.isEmpty() || roles.contains(Qt::DisplayRole)) {
+                    ++m_uOutlineGeneration;
+                }
+            });
+    connect(m_pTree, &QTreeView::expanded, this, outlineChanged);
+    connect(m_pTree, &QTreeView::collapsed, this, outlineChanged);
     connect(m_pModel, &OutlineModel::nodeExpandedChanged, this,
             &frmDocument::onNodeExpandedChanged);
     connect(m_pModel, &OutlineModel::nodeSelected, this, &frmDocument::onNodeSelected);
@@ -397,10 +412,32 @@ void frmDocument::ViewGoToText() {
 }
 
 double frmDocument::requiredOutlineWidth() const {
+    const QScrollBar *vbar = m_pTree->verticalScrollBar();
+    const bool barShown = vbar && vbar->isVisible();
+    // The fit runs after every click; the showing labels rarely change between two clicks.
+    if (m_fitCache.generation == m_uOutlineGeneration && m_fitCache.barShown == barShown &&
+        m_fitCache.font == m_pTree->font()) {
+        return m_fitCache.width;
+    }
+    if (m_fitCache.font != m_pTree->font()) {
+        m_labelWidths.clear();
+    }
     const QFontMetrics fm(m_pTree->font());
     const int indent = m_pTree->indentation();
     const int icon = m_pTree->iconSize().isValid() ? m_pTree->iconSize().width()
                                                    : style()->pixelMetric(QStyle::PM_SmallIconSize);
+    // Labels keep their measured width until they change.
+    auto labelWidth = [&](const Node *node) {
+        auto it = m_labelWidths.find(node);
+        if (it == m_labelWidths.end() || it->second.first != node->Text()) {
+            it = m_labelWidths.insert_or_assign(node, std::pair(node->Text(), 0)).first;
+            it->second.second = fm.horizontalAdvance(node->Text());
+        }
+        return it->second.second;
+    };
+    if (m_labelWidths.size() > 2 * size_t(m_doc.trvOutline().Count()) + 1024) {
+        m_labelWidths.clear(); // mostly entries that have gone
+    }
     int widest = 0;
     // Walks the showing rows only: the children of expanded entries.
     std::vector<std::pair<Node *, int>> stack;
@@ -411,8 +448,7 @@ double frmDocument::requiredOutlineWidth() const {
     while (!stack.empty()) {
         auto [node, depth] = stack.back();
         stack.pop_back();
-        const int w = (depth + 1) * indent + icon + 8 + fm.horizontalAdvance(node->Text());
-        widest = std::max(widest, w);
+        widest = std::max(widest, (depth + 1) * indent + icon + 8 + labelWidth(node));
         if (node->Expanded()) {
             const auto &children = node->childList();
             for (auto it = children.rbegin(); it != children.rend(); ++it) {
@@ -420,9 +456,9 @@ double frmDocument::requiredOutlineWidth() const {
             }
         }
     }
-    const QScrollBar *vbar = m_pTree->verticalScrollBar();
-    const int frame = 2 * m_pTree->frameWidth() + (vbar && vbar->isVisible() ? vbar->width() : 0);
-    return toTwips(widest + frame);
+    const int frame = 2 * m_pTree->frameWidth() + (barShown ? vbar->width() : 0);
+    m_fitCache = {m_uOutlineGeneration, barShown, m_pTree->font(), toTwips(widest + frame)};
+    return m_fitCache.width;
 }
 
 void frmDocument::ViewFitSplit() {
@@ -488,6 +524,7 @@ void frmDocument::MenuEnableDynamic() {
 // Keeping the view in step with the tree.
 
 void frmDocument::onNodeExpandedChanged(const QModelIndex &index, bool expanded) {
+    ++m_uOutlineGeneration;
     const bool was = m_bSyncing;
     m_bSyncing = true;
     m_pTree->scheduleLayout();

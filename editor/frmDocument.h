@@ -5,7 +5,11 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <QFont>
+
 #include <functional>
+#include <unordered_map>
+#include <utility>
 
 class OutlineModel;
 class OutlineTreeView;
@@ -139,4 +143,14 @@ private:
     bool m_bUnloaded = false; // the closing question was answered and the window is going
     bool m_bSyncing = false;  // the view is being put in step with the tree
     NodeRef m_nodPendingEdit; // label edit asked for during a batch
+    // The measurement behind the splitter fitting, kept while the showing labels stay the same.
+    quint64 m_uOutlineGeneration = 0;
+    struct FitCache {
+        quint64 generation = ~quint64(0);
+        bool barShown = false;
+        QFont font;
+        double width = 0;
+    };
+    mutable FitCache m_fitCache;
+    mutable std::unordered_map<const Node *, std::pair<QString, int>> m_labelWidths;
 };
