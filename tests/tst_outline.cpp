@@ -79,12 +79,6 @@ void addRows(std::initializer_list<std::initializer_list<const char *>> rows) {
     }
 }
 
-int answerOf(const QString &word) {
-    return word == QLatin1String("yes")  ? modMain::vbYes
-           : word == QLatin1String("no") ? modMain::vbNo
-                                         : modMain::vbCancel;
-}
-
 } // namespace
 
 class TestOutline : public QObject {
@@ -93,19 +87,15 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void inserts_data();
-    void inserts();
-    void deleteEntry_data();
-    void deleteEntry();
-    void deleteTagged_data();
-    void deleteTagged();
+    void deletes_data();
+    void deletes();
     void tagging();
     void paste_data();
     void paste();
     void pasteRemovedOrMovedEntryDoesNothing();
     void pasteTaggedEntries();
-    void moves_data();
-    void moves();
+    void insertsAndMoves_data();
+    void insertsAndMoves();
     void movesCarryTextsTagsAndExpansion();
     void nothingWithoutActiveDocument();
     void sorting();
@@ -159,106 +149,60 @@ void TestOutline::cleanup() {
     m_log.reset();
 }
 
-// ---- Inserts -------------------------------------------------------------------------------
-
-void TestOutline::inserts_data() {
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QString>("selected");
-    QTest::addColumn<QString>("expected");
-    addRows({
-        {"above root", "above", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
-        {"below root", "below", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
-        {"child of root", "child", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
-        {"above a2", "above", "a2", "root(a(a1 New Entry a2) b(b1(b11)) c)"},
-        {"below a", "below", "a", "root(a(a1 a2) New Entry b(b1(b11)) c)"},
-        {"child of b1", "child", "b1", "root(a(a1 a2) b(b1(b11 New Entry)) c)"},
-    });
-}
-
-void TestOutline::inserts() {
-    QFETCH(QString, command);
-    QFETCH(QString, selected);
-    select(selected);
-    commands().at(command)();
-    QTEST(TreeShape(root()), "expected");
-    Node *made = m_doc->nodes().SelectedItem();
-    QCOMPARE(made->Text(), QStringLiteral("New Entry"));
-    QVERIFY(made->Key().isEmpty());
-    QCOMPARE(m_doc->view.labelEdits, std::vector<Node *>{made});
-    QVERIFY(m_doc->doc.m_bDataChanged);
-    checkTreeWhole();
-}
-
 // ---- Deletes -------------------------------------------------------------------------------
 
-void TestOutline::deleteEntry_data() {
+void TestOutline::deletes_data() {
+    QTest::addColumn<QString>("tags"); // none: the selected entry is deleted, else the tagged ones
     QTest::addColumn<QString>("selected");
     QTest::addColumn<QString>("answer");
     QTest::addColumn<QString>("expected");
     QTest::addColumn<QString>("selectedAfter");
+    const char *same = "root(a(a1 a2) b(b1(b11)) c)";
     addRows({
-        {"previous sibling before next", "b", "yes", "root(a(a1 a2) c)", "a"},
-        {"first takes next", "a1", "yes", "root(a(a2) b(b1(b11)) c)", "a2"},
-        {"only child takes parent", "b11", "yes", "root(a(a1 a2) b(b1) c)", "b1"},
-        {"no", "b", "no", "root(a(a1 a2) b(b1(b11)) c)", "b"},
-        {"cancel", "b", "cancel", "root(a(a1 a2) b(b1(b11)) c)", "b"},
+        {"previous sibling before next", "", "b", "yes", "root(a(a1 a2) c)", "a"},
+        {"first takes next", "", "a1", "yes", "root(a(a2) b(b1(b11)) c)", "a2"},
+        {"only child takes parent", "", "b11", "yes", "root(a(a1 a2) b(b1) c)", "b1"},
+        {"no", "", "b", "no", same, "b"},
+        {"cancel", "", "b", "cancel", same, "b"},
+        {"tagged: nested, selection inside", "b b11 a2", "b11", "yes", "root(a(a1) c)", "root"},
+        {"tagged: selection survives", "a1 c", "b1", "yes", "root(a(a2) b(b1(b11)))", "b1"},
+        {"tagged: selection deep inside", "b1", "b11", "yes", "root(a(a1 a2) b c)", "b"},
+        {"tagged: tagged root stays", "root a", "a1", "yes", "root(b(b1(b11)) c)", "root"},
+        {"tagged: no", "b b11", "a", "no", same, "a"},
+        {"tagged: cancel", "b", "a", "cancel", same, "a"},
     });
 }
 
-void TestOutline::deleteEntry() {
+void TestOutline::deletes() {
+    QFETCH(QString, tags);
     QFETCH(QString, selected);
     QFETCH(QString, answer);
+    for (const QString &t : tags.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        NodeTagOn(entry(t));
+    }
     Questions q;
-    q.answer = answerOf(answer);
+    q.answer = answer == QLatin1String("yes")  ? modMain::vbYes
+               : answer == QLatin1String("no") ? modMain::vbNo
+                                               : modMain::vbCancel;
     select(selected);
-    OutlineDelete();
-    QCOMPARE(q.texts, QStringList{"Do you really want to delete the entry '" + selected + "'?"});
-    QCOMPARE(q.buttons, QList<int>{modMain::vbYesNoCancel});
+    if (tags.isEmpty()) {
+        OutlineDelete();
+        QCOMPARE(q.texts,
+                 QStringList{"Do you really want to delete the entry '" + selected + "'?"});
+        QCOMPARE(q.buttons, QList<int>{modMain::vbYesNoCancel});
+    } else {
+        OutlineDeleteTaggedEntries();
+        QCOMPARE(q.texts, QStringList{"Do you really want to delete the tagged entries, including "
+                                      "any children?"});
+        QVERIFY(q.busyWhileAsked);
+    }
     QCOMPARE(q.icons, QList<int>{modMain::vbQuestion});
     QTEST(TreeShape(root()), "expected");
     QTEST(m_doc->nodes().SelectedItem()->Text(), "selectedAfter");
     QVERIFY(m_doc->doc.m_bDataChanged); // also when answered No
-    if (selected == QLatin1String("b11") && answer == QLatin1String("yes")) {
+    if (selected == QLatin1String("b11") && tags.isEmpty() && answer == QLatin1String("yes")) {
         QVERIFY(!entry("b1")->Expanded()); // a parent left without children is collapsed
     }
-    checkTreeWhole();
-}
-
-void TestOutline::deleteTagged_data() {
-    QTest::addColumn<QString>("tags");
-    QTest::addColumn<QString>("selected");
-    QTest::addColumn<QString>("answer");
-    QTest::addColumn<QString>("expected");
-    QTest::addColumn<QString>("selectedAfter");
-    addRows({
-        {"nested, selection inside", "b b11 a2", "b11", "yes", "root(a(a1) c)", "root"},
-        {"selection survives", "a1 c", "b1", "yes", "root(a(a2) b(b1(b11)))", "b1"},
-        {"selection deep inside", "b1", "b11", "yes", "root(a(a1 a2) b c)", "b"},
-        {"tagged root stays", "root a", "a1", "yes", "root(b(b1(b11)) c)", "root"},
-        {"no", "b b11", "a", "no", "root(a(a1 a2) b(b1(b11)) c)", "a"},
-        {"cancel", "b", "a", "cancel", "root(a(a1 a2) b(b1(b11)) c)", "a"},
-    });
-}
-
-void TestOutline::deleteTagged() {
-    QFETCH(QString, tags);
-    QFETCH(QString, selected);
-    QFETCH(QString, answer);
-    for (const QString &t : tags.split(QLatin1Char(' '))) {
-        NodeTagOn(entry(t));
-    }
-    Questions q;
-    q.answer = answerOf(answer);
-    select(selected);
-    OutlineDeleteTaggedEntries();
-    QCOMPARE(
-        q.texts,
-        QStringList{"Do you really want to delete the tagged entries, including any children?"});
-    QCOMPARE(q.icons, QList<int>{modMain::vbQuestion});
-    QVERIFY(q.busyWhileAsked);
-    QTEST(TreeShape(root()), "expected");
-    QTEST(m_doc->nodes().SelectedItem()->Text(), "selectedAfter");
-    QVERIFY(m_doc->doc.m_bDataChanged);
     checkTreeWhole();
 }
 
@@ -355,14 +299,21 @@ void TestOutline::pasteTaggedEntries() {
     checkTreeWhole();
 }
 
-// ---- Moves ---------------------------------------------------------------------------------
+// ---- Inserts and moves
+// ---------------------------------------------------------------------------------
 
-void TestOutline::moves_data() {
+void TestOutline::insertsAndMoves_data() {
     QTest::addColumn<QString>("command");
     QTest::addColumn<QString>("selected");
     QTest::addColumn<QString>("expected");
     const char *same = "root(a(a1 a2) b(b1(b11)) c)";
     addRows({
+        {"insert above root", "above", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
+        {"insert below root", "below", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
+        {"insert child of root", "child", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
+        {"insert above a2", "above", "a2", "root(a(a1 New Entry a2) b(b1(b11)) c)"},
+        {"insert below a", "below", "a", "root(a(a1 a2) New Entry b(b1(b11)) c)"},
+        {"insert child of b1", "child", "b1", "root(a(a1 a2) b(b1(b11 New Entry)) c)"},
         {"up before previous", "up", "b", "root(b(b1(b11)) a(a1 a2) c)"},
         {"up first of root's first: its last", "up", "a1", "root(a(a2 a1) b(b1(b11)) c)"},
         {"up first: end of parent's previous", "up", "b1", "root(a(a1 a2 b1(b11)) b c)"},
@@ -385,7 +336,7 @@ void TestOutline::moves_data() {
     });
 }
 
-void TestOutline::moves() {
+void TestOutline::insertsAndMoves() {
     QFETCH(QString, command);
     QFETCH(QString, selected);
     QFETCH(QString, expected);
@@ -395,10 +346,16 @@ void TestOutline::moves() {
     QCOMPARE(TreeShape(root()), expected);
     QVERIFY(m_doc->doc.m_bDataChanged); // also when nothing moved
     Node *now = m_doc->nodes().SelectedItem();
-    QCOMPARE(now->Text(), selected);
-    if (expected != kSampleShape) {
-        QVERIFY(now != before || selected == QLatin1String("root"));
-        QVERIFY(now->Key().isEmpty()); // copies are keyed at the next renumbering
+    if (QStringList{"above", "below", "child"}.contains(command)) {
+        QCOMPARE(now->Text(), QStringLiteral("New Entry"));
+        QCOMPARE(m_doc->view.labelEdits, std::vector<Node *>{now});
+        QVERIFY(now->Key().isEmpty());
+    } else {
+        QCOMPARE(now->Text(), selected);
+        if (expected != kSampleShape) {
+            QVERIFY(now != before || selected == QLatin1String("root"));
+            QVERIFY(now->Key().isEmpty()); // copies are keyed at the next renumbering
+        }
     }
     checkTreeWhole();
 }
