@@ -138,16 +138,13 @@ void TestNodes::firstInsertIsRootWithKey() {
 void TestNodes::setKeys_data() {
     QTest::addColumn<QString>("key");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("KEY0") << "KEY0"
-                          << "root=KEY0 a=KEY0.1 a1=KEY0.1.1 a2=KEY0.1.2 b=KEY0.2 b1=KEY0.2.1 "
-                             "b11=KEY0.2.1.1 c=KEY0.3";
-    QTest::newRow("KEY") << "KEY"
-                         << "root=KEY a=KEY1 a1=KEY1.1 a2=KEY1.2 b=KEY2 b1=KEY2.1 b11=KEY2.1.1 "
-                            "c=KEY3";
-    QTest::newRow("empty") << ""
-                           << "root= a= a1= a2= b= b1= b11= c=";
-    QTest::newRow("other") << "X"
-                           << "root=X a=X.1 a1=X.1.1 a2=X.1.2 b=X.2 b1=X.2.1 b11=X.2.1.1 c=X.3";
+    AddRows({
+        {"KEY0", "KEY0",
+         "root=KEY0 a=KEY0.1 a1=KEY0.1.1 a2=KEY0.1.2 b=KEY0.2 b1=KEY0.2.1 b11=KEY0.2.1.1 c=KEY0.3"},
+        {"KEY", "KEY", "root=KEY a=KEY1 a1=KEY1.1 a2=KEY1.2 b=KEY2 b1=KEY2.1 b11=KEY2.1.1 c=KEY3"},
+        {"empty", "", "root= a= a1= a2= b= b1= b11= c="},
+        {"other", "X", "root=X a=X.1 a1=X.1.1 a2=X.1.2 b=X.2 b1=X.2.1 b11=X.2.1.1 c=X.3"},
+    });
 }
 
 void TestNodes::setKeys() {
@@ -235,18 +232,13 @@ void TestNodes::paste_data() {
     QTest::addColumn<QString>("selected");
     QTest::addColumn<QString>("copied");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("root selected") << "root"
-                                   << "c"
-                                   << "root(c a(a1 a2) b(b1(b11)) c)";
-    QTest::newRow("root selected, copied is first child") << "root"
-                                                          << "a"
-                                                          << "root(a(a1 a2) b(b1(b11)) c a(a1 a2))";
-    QTest::newRow("entry selected") << "a1"
-                                    << "b"
-                                    << "root(a(a1 b(b1(b11)) a2) b(b1(b11)) c)";
-    QTest::newRow("nothing selected") << ""
-                                      << "a1"
-                                      << "root(a(a1 a2) b(b1(b11)) c a1)";
+    AddRows({
+        {"root selected", "root", "c", "root(c a(a1 a2) b(b1(b11)) c)"},
+        {"root selected, copied is first child", "root", "a",
+         "root(a(a1 a2) b(b1(b11)) c a(a1 a2))"},
+        {"entry selected", "a1", "b", "root(a(a1 b(b1(b11)) a2) b(b1(b11)) c)"},
+        {"nothing selected", "", "a1", "root(a(a1 a2) b(b1(b11)) c a1)"},
+    });
 }
 
 void TestNodes::paste() {
@@ -340,18 +332,14 @@ void TestNodes::selectFullAndTransferSelect() {
 void TestNodes::goDown_data() {
     QTest::addColumn<QString>("from");
     QTest::addColumn<QString>("to");
-    QTest::newRow("next sibling") << "a"
-                                  << "b";
-    QTest::newRow("last child climbs") << "a2"
-                                       << "b";
-    QTest::newRow("deep last child climbs twice") << "b11"
-                                                  << "c";
-    QTest::newRow("last of all stays") << "c"
-                                       << "c";
-    QTest::newRow("root goes to first child") << "root"
-                                              << "a";
-    QTest::newRow("nothing selected") << ""
-                                      << "";
+    AddRows({
+        {"next sibling", "a", "b"},
+        {"last child climbs", "a2", "b"},
+        {"deep last child climbs twice", "b11", "c"},
+        {"last of all stays", "c", "c"},
+        {"root goes to first child", "root", "a"},
+        {"nothing selected", "", ""},
+    });
 }
 
 void TestNodes::goDown() {

@@ -68,17 +68,6 @@ struct Questions {
     ~Questions() { modMain::SetMsgBoxHandler({}); }
 };
 
-// Adds data rows of string columns: each row is its name followed by one value per column.
-void addRows(std::initializer_list<std::initializer_list<const char *>> rows) {
-    for (const auto &row : rows) {
-        auto it = row.begin();
-        QTestData &data = QTest::newRow(*it++);
-        for (; it != row.end(); ++it) {
-            data << QString::fromUtf8(*it);
-        }
-    }
-}
-
 } // namespace
 
 class TestOutline : public QObject {
@@ -158,7 +147,7 @@ void TestOutline::deletes_data() {
     QTest::addColumn<QString>("expected");
     QTest::addColumn<QString>("selectedAfter");
     const char *same = "root(a(a1 a2) b(b1(b11)) c)";
-    addRows({
+    AddRows({
         {"previous sibling before next", "", "b", "yes", "root(a(a1 a2) c)", "a"},
         {"first takes next", "", "a1", "yes", "root(a(a2) b(b1(b11)) c)", "a2"},
         {"only child takes parent", "", "b11", "yes", "root(a(a1 a2) b(b1) c)", "b1"},
@@ -227,7 +216,7 @@ void TestOutline::paste_data() {
     QTest::addColumn<QString>("selected");
     QTest::addColumn<QString>("how");
     QTest::addColumn<QString>("expected");
-    addRows({
+    AddRows({
         {"after selection", "b1", "a1", "paste", "root(a(a1 b1(b11) a2) b(b1(b11)) c)"},
         {"root selected: first", "c", "root", "paste", "root(c a(a1 a2) b(b1(b11)) c)"},
         {"root's first: last", "a", "root", "paste", "root(a(a1 a2) b(b1(b11)) c a(a1 a2))"},
@@ -307,7 +296,7 @@ void TestOutline::insertsAndMoves_data() {
     QTest::addColumn<QString>("selected");
     QTest::addColumn<QString>("expected");
     const char *same = "root(a(a1 a2) b(b1(b11)) c)";
-    addRows({
+    AddRows({
         {"insert above root", "above", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
         {"insert below root", "below", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
         {"insert child of root", "child", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
@@ -476,7 +465,7 @@ void TestOutline::dropRules_data() {
     QTest::addColumn<QString>("source");
     QTest::addColumn<QString>("target");
     QTest::addColumn<QString>("permitted"); // p(revious) n(ext) c(hild)
-    addRows({
+    AddRows({
         {"plain", "a1", "c", "pnc"},
         {"onto root", "a1", "root", "c"},
         {"root's first onto root", "a", "root", "c"},
@@ -532,7 +521,7 @@ void TestOutline::drops_data() {
     QTest::addColumn<QString>("how"); // left, left+ctrl, or the right button's popup choice
     QTest::addColumn<QString>("expected");
     const char *same = "root(a(a1 a2) b(b1(b11)) c)";
-    addRows({
+    AddRows({
         {"left: after", "a1", "c", "left", "root(a(a2) b(b1(b11)) c a1)"},
         {"left+ctrl: copy after", "a1", "c", "left+ctrl", "root(a(a1 a2) b(b1(b11)) c a1)"},
         {"left: next is source, before", "b", "a", "left", "root(b(b1(b11)) a(a1 a2) c)"},
@@ -585,7 +574,7 @@ void TestOutline::dropOntoItself_data() {
     QTest::addColumn<QString>("how"); // button and direction (pointer moved / popup choice)
     QTest::addColumn<QString>("expected");
     const char *same = "root(a(a1 a2) b(b1(b11)) c)";
-    addRows({
+    AddRows({
         {"left: indent", "b", "left right", "root(a(a1 a2 b(b1(b11))) c)"},
         {"left: unindent", "a2", "left left", "root(a(a1) a2 b(b1(b11)) c)"},
         {"left: indent not permitted", "a1", "left right", same},

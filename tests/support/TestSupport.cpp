@@ -4,6 +4,7 @@
 #include "util/CodePage.h"
 
 #include <QFile>
+#include <QTest>
 
 ScopedLog::ScopedLog() {
     modMain::SetLogPath(path());
@@ -23,4 +24,14 @@ QString ScopedLog::content() const {
         return {};
     }
     return CodePage::toUnicode(f.readAll());
+}
+
+void AddRows(std::initializer_list<std::initializer_list<const char *>> rows) {
+    for (const auto &row : rows) {
+        auto it = row.begin();
+        QTestData &data = QTest::newRow(*it++);
+        for (; it != row.end(); ++it) {
+            data << QString::fromUtf8(*it);
+        }
+    }
 }
