@@ -9,9 +9,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <csignal>
-#include <sys/resource.h>
-
 class TestDocSave : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -26,34 +23,18 @@ private Q_SLOTS:
     void readOnlyRule();
 };
 
-static QByteArray readAll(const QString &path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
-}
-
-static void writeFile(const QString &path, const QByteArray &bytes) {
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
-}
-
 void TestDocSave::versionFromExtension_data() {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("version");
-    QTest::newRow("native") << "/x/notes.mvd"
-                            << "1";
-    QTest::newRow("native upper case") << "/x/notes.MVD"
-                                       << "1";
-    QTest::newRow("text") << "notes.txt"
-                          << "-1";
-    QTest::newRow("text upper case") << "notes.TXT"
-                                     << "-1";
-    QTest::newRow("other extension") << "notes.doc"
-                                     << "-1";
-    QTest::newRow("no extension") << "notes"
-                                  << "-1";
-    QTest::newRow("double extension") << "notes.mvd.txt"
-                                      << "-1";
+    AddRows({
+        {"native", "/x/notes.mvd", "1"},
+        {"native upper case", "/x/notes.MVD", "1"},
+        {"text", "notes.txt", "-1"},
+        {"text upper case", "notes.TXT", "-1"},
+        {"other extension", "notes.doc", "-1"},
+        {"no extension", "notes", "-1"},
+        {"double extension", "notes.mvd.txt", "-1"},
+    });
 }
 
 void TestDocSave::versionFromExtension() {
@@ -65,9 +46,9 @@ void TestDocSave::versionFromExtension() {
 void TestDocSave::writeReplacesWholeFile() {
     QTemporaryDir dir;
     const QString path = dir.filePath("a.mvd");
-    writeFile(path, QByteArray(1000, 'x'));
+    WriteFileBytes(path, QByteArray(1000, 'x'));
     modDoc::WriteWholeFile(path, "short");
-    QCOMPARE(readAll(path), QByteArray("short"));
+    QCOMPARE(ReadFileBytes(path), QByteArray("short"));
     // No temporary file is left beside it.
     QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{"a.mvd"});
 }
@@ -86,7 +67,7 @@ void TestDocSave::failedWriteKeepsOldFile() {
     ScopedLog log;
     QTemporaryDir dir;
     const QString old = dir.filePath("old.mvd");
-    writeFile(old, "old contents");
+    WriteFileBytes(old, "old contents");
     QDir(dir.path()).mkdir("sub");
     int raised = 0;
     try {
@@ -96,30 +77,23 @@ void TestDocSave::failedWriteKeepsOldFile() {
     }
     QVERIFY(raised == error || raised == modMain::errPathNotFound ||
             raised == modMain::errPermissionDenied);
-    QCOMPARE(readAll(old), QByteArray("old contents"));
+    QCOMPARE(ReadFileBytes(old), QByteArray("old contents"));
 }
 
 void TestDocSave::diskFullKeepsOldFile() {
     // A file-size limit makes the write fail part way, as a full disk does, even for root.
     QTemporaryDir dir;
     const QString path = dir.filePath("a.mvd");
-    writeFile(path, "old contents");
-    struct rlimit saved {};
-    QCOMPARE(getrlimit(RLIMIT_FSIZE, &saved), 0);
-    auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    struct rlimit small = saved;
-    small.rlim_cur = 4096;
-    QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
+    WriteFileBytes(path, "old contents");
     int raised = 0;
     try {
+        ScopedFileSizeLimit limit(4096);
         modDoc::WriteWholeFile(path, QByteArray(1 << 20, 'n'));
     } catch (const modMain::RuntimeError &e) {
         raised = e.Number;
     }
-    setrlimit(RLIMIT_FSIZE, &saved);
-    std::signal(SIGXFSZ, oldHandler);
     QCOMPARE(raised, int(modMain::errDiskFull));
-    QCOMPARE(readAll(path), QByteArray("old contents"));
+    QCOMPARE(ReadFileBytes(path), QByteArray("old contents"));
     QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{"a.mvd"});
 }
 
@@ -141,15 +115,15 @@ void TestDocSave::backupRule() {
     QTemporaryDir dir;
     const QString path = dir.filePath("plan.mvd");
     const QString backup = dir.filePath("plan.bak");
-    writeFile(path, "current");
+    WriteFileBytes(path, "current");
     if (hadBackup) {
-        writeFile(backup, "older");
+        WriteFileBytes(backup, "older");
         if (backupReadOnly) {
             QFile::setPermissions(backup, QFileDevice::ReadOwner | QFileDevice::ReadGroup);
         }
     }
     modDoc::DocBackup(path);
-    QCOMPARE(readAll(backup), backupAfter);
+    QCOMPARE(ReadFileBytes(backup), backupAfter);
     QCOMPARE(QFile::exists(path), fileStays);
     QFile::setPermissions(backup, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
 }
@@ -158,7 +132,7 @@ void TestDocSave::readOnlyRule() {
     QTemporaryDir dir;
     const QString path = dir.filePath("a.mvd");
     QVERIFY(!modDoc::FileReadOnly(path)); // missing
-    writeFile(path, "x");
+    WriteFileBytes(path, "x");
     QVERIFY(!modDoc::FileReadOnly(path));
     QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::ReadGroup);
     QVERIFY(modDoc::FileReadOnly(path));
