@@ -95,8 +95,6 @@ private Q_SLOTS:
     void dragThreshold();
     void drops_data();
     void drops();
-    void dropOntoItself_data();
-    void dropOntoItself();
     void dropOntoAnotherDocumentIsReported();
 
 private:
@@ -517,8 +515,10 @@ void TestOutline::dragThreshold() {
 
 void TestOutline::drops_data() {
     QTest::addColumn<QString>("source");
-    QTest::addColumn<QString>("target");
-    QTest::addColumn<QString>("how"); // left, left+ctrl, or the right button's popup choice
+    QTest::addColumn<QString>("target"); // none: dropped onto itself
+    // The button, then left+ctrl or the right button's popup choice; onto itself the direction
+    // the pointer moved or the popup's indent.
+    QTest::addColumn<QString>("how");
     QTest::addColumn<QString>("expected");
     const char *same = "root(a(a1 a2) b(b1(b11)) c)";
     AddRows({
@@ -529,11 +529,18 @@ void TestOutline::drops_data() {
         {"left: root's first onto root", "a", "root", "left", "root(b(b1(b11)) c a(a1 a2))"},
         {"left: parent of first child", "a1", "a", "left", same},
         {"left: own descendant", "b", "b11", "left", same},
-        {"right: copy child", "c", "a1", "CopyChild", "root(a(a1(c) a2) b(b1(b11)) c)"},
-        {"right: move previous", "c", "a1", "MovePrevious", "root(a(c a1 a2) b(b1(b11)))"},
-        {"right: copy next", "b1", "a2", "CopyNext", "root(a(a1 a2 b1(b11)) b(b1(b11)) c)"},
-        {"right: move next", "a1", "b", "MoveNext", "root(a(a2) b(b1(b11)) a1 c)"},
-        {"right: cancel", "c", "a1", "Cancel", same},
+        {"right: copy child", "c", "a1", "right CopyChild", "root(a(a1(c) a2) b(b1(b11)) c)"},
+        {"right: move previous", "c", "a1", "right MovePrevious", "root(a(c a1 a2) b(b1(b11)))"},
+        {"right: copy next", "b1", "a2", "right CopyNext", "root(a(a1 a2 b1(b11)) b(b1(b11)) c)"},
+        {"right: move next", "a1", "b", "right MoveNext", "root(a(a2) b(b1(b11)) a1 c)"},
+        {"right: cancel", "c", "a1", "right Cancel", same},
+        {"itself, left: indent", "b", "", "left IndentRight", "root(a(a1 a2 b(b1(b11))) c)"},
+        {"itself, left: unindent", "a2", "", "left IndentLeft", "root(a(a1) a2 b(b1(b11)) c)"},
+        {"itself, left: indent not permitted", "a1", "", "left IndentRight", same},
+        {"itself, left: unindent under root", "b", "", "left IndentLeft", same},
+        {"itself, left: root", "root", "", "left IndentRight", same},
+        {"itself, right: indent", "a2", "", "right IndentRight", "root(a(a1(a2)) b(b1(b11)) c)"},
+        {"itself, right: unindent", "b11", "", "right IndentLeft", "root(a(a1 a2) b(b1 b11) c)"},
     });
 }
 
@@ -541,78 +548,46 @@ void TestOutline::drops() {
     QFETCH(QString, source);
     QFETCH(QString, target);
     QFETCH(QString, how);
+    QFETCH(QString, expected);
     static const std::map<QString, modDrag::ConfirmChoice> choices{
         {"CopyChild", modDrag::ConfirmChoice::CopyChild},
         {"CopyNext", modDrag::ConfirmChoice::CopyNext},
         {"MovePrevious", modDrag::ConfirmChoice::MovePrevious},
         {"MoveNext", modDrag::ConfirmChoice::MoveNext},
-        {"Cancel", modDrag::ConfirmChoice::Cancel}};
+        {"Cancel", modDrag::ConfirmChoice::Cancel},
+        {"IndentRight", modDrag::ConfirmChoice::IndentRight},
+        {"IndentLeft", modDrag::ConfirmChoice::IndentLeft}};
+    const bool itself = target.isEmpty();
     const bool left = how.startsWith(QLatin1String("left"));
+    const bool right = how.endsWith(QLatin1String("Right")); // onto itself: the direction
     const int button = left ? modDrag::kLeftButton : modDrag::kRightButton;
+    const bool changed = expected != TreeShape(root());
     QList<modDrag::ConfirmMenu> shown;
     modDrag::SetConfirmPopup([&](const modDrag::ConfirmMenu &menu) {
         shown << menu;
-        modDrag::Confirm(choices.at(how));
+        modDrag::Confirm(choices.at(how.section(QLatin1Char(' '), 1)));
     });
     Node *src = entry(source);
+    Node *dst = itself ? src : entry(target);
+    modDrag::g_bDragCopy = itself; // a drop onto itself never copies
     modDrag::DragPress(&m_doc->doc, src, button);
     QCOMPARE(m_doc->nodes().SelectedItem(), src);
-    // Ctrl counts when the drag starts; the popup's choice overrides it.
-    QVERIFY(modDrag::DragStart(entry(target), true, how.endsWith(QLatin1String("ctrl")) || !left,
-                               button));
-    modDrag::DragDrop(&m_doc->doc, entry(target));
-    modDrag::SetConfirmPopup({});
-    QTEST(TreeShape(root()), "expected");
-    QCOMPARE(shown.size(), left ? 0 : 1);
-    QVERIFY(!modDrag::g_nodDragSource);
-    QVERIFY(!m_doc->doc.m_bDataChanged); // drops that copy or move leave the mark alone
-    checkTreeWhole();
-}
-
-void TestOutline::dropOntoItself_data() {
-    QTest::addColumn<QString>("source");
-    QTest::addColumn<QString>("how"); // button and direction (pointer moved / popup choice)
-    QTest::addColumn<QString>("expected");
-    const char *same = "root(a(a1 a2) b(b1(b11)) c)";
-    AddRows({
-        {"left: indent", "b", "left right", "root(a(a1 a2 b(b1(b11))) c)"},
-        {"left: unindent", "a2", "left left", "root(a(a1) a2 b(b1(b11)) c)"},
-        {"left: indent not permitted", "a1", "left right", same},
-        {"left: unindent under root", "b", "left left", same},
-        {"left: root", "root", "left right", same},
-        {"right: indent", "a2", "right right", "root(a(a1(a2)) b(b1(b11)) c)"},
-        {"right: unindent", "b11", "right left", "root(a(a1 a2) b(b1 b11) c)"},
-    });
-}
-
-void TestOutline::dropOntoItself() {
-    QFETCH(QString, source);
-    QFETCH(QString, how);
-    QFETCH(QString, expected);
-    const int button =
-        how.startsWith(QLatin1String("left")) ? modDrag::kLeftButton : modDrag::kRightButton;
-    const bool right = how.endsWith(QLatin1String("right"));
-    const bool changed = expected != TreeShape(root()); // marked only when the entry moved
-    QList<modDrag::ConfirmMenu> shown;
-    modDrag::SetConfirmPopup([&](const modDrag::ConfirmMenu &menu) {
-        shown << menu;
-        modDrag::Confirm(right ? modDrag::ConfirmChoice::IndentRight
-                               : modDrag::ConfirmChoice::IndentLeft);
-    });
-    Node *src = entry(source);
-    modDrag::g_bDragCopy = true; // a drop onto itself never copies
-    modDrag::DragPress(&m_doc->doc, src, button);
-    // Over the source the pointer shows whether the direction is permitted.
     const modDrag::IndentPermissions p = modDrag::PermittedIndents(src);
-    QCOMPARE(modDrag::DropValid(src, src, right), right ? p.right : p.left);
-    QVERIFY(modDrag::DragStart(src, button == modDrag::kLeftButton && right, true, button));
-    modDrag::DragDrop(&m_doc->doc, src);
+    if (itself) { // over the source the pointer shows whether the direction is permitted
+        QCOMPARE(modDrag::DropValid(src, src, right), right ? p.right : p.left);
+    }
+    // Ctrl counts when the drag starts; the popup's choice overrides it.
+    const bool copyKey = itself ? true : how.endsWith(QLatin1String("ctrl")) || !left;
+    QVERIFY(modDrag::DragStart(dst, itself ? left && right : true, copyKey, button));
+    modDrag::DragDrop(&m_doc->doc, dst);
     modDrag::SetConfirmPopup({});
     QCOMPARE(TreeShape(root()), expected);
-    QCOMPARE(m_doc->doc.m_bDataChanged, changed);
-    QVERIFY(!modDrag::g_bDragCopy);
-    if (button == modDrag::kRightButton) {
-        QCOMPARE(shown.size(), 1);
+    QCOMPARE(shown.size(), left ? 0 : 1);
+    QVERIFY(!modDrag::g_nodDragSource);
+    QVERIFY(!itself || !modDrag::g_bDragCopy);
+    // Drops that copy or move leave the mark alone; onto itself it is set when the entry moved.
+    QCOMPARE(m_doc->doc.m_bDataChanged, itself && changed);
+    if (itself && !left) {
         QCOMPARE(shown[0], modDrag::ConfirmMenuFor(p));
     }
     checkTreeWhole();
