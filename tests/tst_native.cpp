@@ -34,8 +34,7 @@ private Q_SLOTS:
     void loadDispatch();
     void saveDispatchAndWarning_data();
     void saveDispatchAndWarning();
-    void backupOnSecondSave();
-    void failedSaveKeepsBackup();
+    void backups();
     void readOnlyFile();
     void captionsAndCounter();
     void windowHooks();
@@ -310,7 +309,10 @@ void TestNative::saveDispatchAndWarning() {
     QVERIFY(!modNodes::g_bDocTransfer);
 }
 
-void TestNative::backupOnSecondSave() {
+void TestNative::backups() {
+    // A second save keeps the first in the backup. A failing write (a file-size limit below the
+    // file, above the log) is reported, and with backups on the previous contents stay there.
+    ScopedLog log;
     QTemporaryDir dir;
     const QString path = dir.filePath("a.mvd");
     Document *doc = exampleDocument();
@@ -319,22 +321,13 @@ void TestNative::backupOnSecondSave() {
     const QByteArray first = ReadFileBytes(path);
     doc->trvOutline().Item(1)->setText("Renamed");
     QVERIFY(modDoc::DocSave(path));
-    modDoc::SetBackupRule({});
     QCOMPARE(ReadFileBytes(dir.filePath("a.bak")), first);
-    QVERIFY(ReadFileBytes(path).contains("{\\ttf_nodelabel Renamed}"));
-}
-
-void TestNative::failedSaveKeepsBackup() {
-    // With backups on, a failing write leaves the previous contents in the backup; without, the
-    // old file itself stays.
-    ScopedLog log;
-    QTemporaryDir dir;
-    const QString path = dir.filePath("a.mvd");
-    WriteFileBytes(path, "previous");
-    Document *doc = exampleDocument();
+    const QByteArray second = ReadFileBytes(path);
+    QVERIFY(second.contains("{\\ttf_nodelabel Renamed}"));
     bool plain = true, backedUp = true;
     {
-        ScopedFileSizeLimit limit(400); // below the file, above the log
+        ScopedFileSizeLimit limit(400);
+        modDoc::SetBackupRule({});
         plain = modDoc::DocSaveDocument(*doc, path, true);
         modDoc::SetBackupRule([] { return true; });
         backedUp = modDoc::DocSaveDocument(*doc, path, true);
@@ -342,7 +335,7 @@ void TestNative::failedSaveKeepsBackup() {
     }
     QVERIFY(!plain);
     QVERIFY(!backedUp);
-    QCOMPARE(ReadFileBytes(dir.filePath("a.bak")), QByteArray("previous"));
+    QCOMPARE(ReadFileBytes(dir.filePath("a.bak")), second);
     QVERIFY(log.content().contains("Error 61 - Disk full"));
     QVERIFY(log.content().contains("modDoc WriteWholeFile"));
     QVERIFY(!modNodes::g_bDocTransfer);
