@@ -58,24 +58,14 @@ void TestHelpers::fileNameParts_data() {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("ext");
     QTest::addColumn<QString>("without");
-    QTest::newRow("plain") << "notes.mvd"
-                           << "mvd"
-                           << "notes";
-    QTest::newRow("trailing dot") << "notes."
-                                  << ""
-                                  << "notes";
-    QTest::newRow("no dot") << " readme "
-                            << ""
-                            << "readme";
-    QTest::newRow("dot in folder") << "C:\\my.dir\\readme"
-                                   << "dir\\readme"
-                                   << "C:\\my";
-    QTest::newRow("blanks trimmed") << " a . txt "
-                                    << "txt"
-                                    << "a";
-    QTest::newRow("empty") << ""
-                           << ""
-                           << "";
+    AddRows({
+        {"plain", "notes.mvd", "mvd", "notes"},
+        {"trailing dot", "notes.", "", "notes"},
+        {"no dot", " readme ", "", "readme"},
+        {"dot in folder", "C:\\my.dir\\readme", "dir\\readme", "C:\\my"},
+        {"blanks trimmed", " a . txt ", "txt", "a"},
+        {"empty", "", "", ""},
+    });
 }
 
 void TestHelpers::fileNameParts() {
@@ -109,18 +99,12 @@ void TestHelpers::prefixAndSuffix() {
     QCOMPARE(StringPrefixRemove(" a ", ""), QString("a"));
     QCOMPARE(StringPrefixRemove("key1", "KEY"), QString("key1"));
 
-    bool removed = true;
-    QString text = "line\r\n\r\n";
-    int strips = 0;
-    for (;;) {
-        text = StringSuffixRemove(text, "\r\n", removed);
-        if (!removed) {
-            break;
-        }
-        ++strips;
-    }
-    QCOMPARE(strips, 2);
-    QCOMPARE(text, QString("line"));
+    // One suffix at a time.
+    bool removed = false;
+    QCOMPARE(StringSuffixRemove("line\r\n\r\n", "\r\n", removed), QString("line\r\n"));
+    QVERIFY(removed);
+    QCOMPARE(StringSuffixRemove("line", "\r\n", removed), QString("line"));
+    QVERIFY(!removed);
     QCOMPARE(StringSuffixRemove("", "\r\n", removed), QString(""));
     QVERIFY(!removed);
 }
@@ -130,26 +114,13 @@ void TestHelpers::splitAtLastDelimiter_data() {
     QTest::addColumn<QString>("delimiter");
     QTest::addColumn<QString>("before");
     QTest::addColumn<QString>("after");
-    QTest::newRow("key") << "0.1.3"
-                         << "."
-                         << "0.1"
-                         << "3";
-    QTest::newRow("none") << "0"
-                          << "."
-                          << "0"
-                          << "";
-    QTest::newRow("overlapping") << "aaa"
-                                 << "aa"
-                                 << "a"
-                                 << "";
-    QTest::newRow("long delimiter") << "a--b--c"
-                                    << "--"
-                                    << "a--b"
-                                    << "c";
-    QTest::newRow("empty") << ""
-                           << "."
-                           << ""
-                           << "";
+    AddRows({
+        {"key", "0.1.3", ".", "0.1", "3"},
+        {"none", "0", ".", "0", ""},
+        {"overlapping", "aaa", "aa", "a", ""},
+        {"long delimiter", "a--b--c", "--", "a--b", "c"},
+        {"empty", "", ".", "", ""},
+    });
 }
 
 void TestHelpers::splitAtLastDelimiter() {
@@ -166,9 +137,7 @@ void TestHelpers::fileExists() {
     QTemporaryDir dir;
     const QString file = dir.filePath("a.mvd");
     QVERIFY(!FileExists(file));
-    QFile f(file);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.close();
+    WriteFileBytes(file, {});
     QVERIFY(FileExists(file));
     QVERIFY(!FileExists(dir.path()));
     QVERIFY(!FileExists(""));
@@ -217,10 +186,7 @@ void TestHelpers::logKeepsNewestWholeLines() {
         existing += QByteArray(88, char('a' + i % 26)) + "\r\n";
     }
     QCOMPARE(existing.size(), 8190);
-    QFile f(log.path());
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(existing);
-    f.close();
+    WriteFileBytes(log.path(), existing);
 
     modMain::WriteLog(QString(30, QLatin1Char('z')));
     const QString content = log.content();
@@ -233,10 +199,7 @@ void TestHelpers::logKeepsNewestWholeLines() {
 
 void TestHelpers::logWithoutLineBreaks() {
     ScopedLog log;
-    QFile f(log.path());
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(QByteArray(8000, 'x'));
-    f.close();
+    WriteFileBytes(log.path(), QByteArray(8000, 'x'));
     modMain::WriteLog(QString(500, QLatin1Char('y')));
     const QString content = log.content();
     QCOMPARE(content.size(), 8192 + 2);
@@ -253,8 +216,7 @@ void TestHelpers::commandLineSplitsOnBlanks() {
     const QString b = dir.filePath("b.mvd");
     const QString spaced = dir.filePath("my notes.mvd");
     for (const QString &name : {a, b, spaced}) {
-        QFile f(name);
-        QVERIFY(f.open(QIODevice::WriteOnly));
+        WriteFileBytes(name, {});
     }
     const QString saved = QDir::currentPath();
     QDir::setCurrent(dir.path());

@@ -6,53 +6,16 @@
 #include "outline/modNodes.h"
 #include "support/FakeDocument.h"
 #include "support/TestSupport.h"
+#include "support/TreeText.h"
 
 #include <QRandomGenerator>
 #include <QtTest>
 
-#include <functional>
 #include <set>
 
 using namespace modNodes;
 
 namespace {
-
-// "root(a(c) b)": labels in pre-order, children in brackets.
-QString shape(Node *node) {
-    if (!node) {
-        return QStringLiteral("-");
-    }
-    QString s = node->Text();
-    if (node->Children() > 0) {
-        QStringList parts;
-        for (Node *c = node->Child(); c; c = c->Next()) {
-            parts << shape(c);
-        }
-        s += QLatin1Char('(') + parts.join(QLatin1Char(' ')) + QLatin1Char(')');
-    }
-    return s;
-}
-
-QString keys(Node *node) {
-    QStringList out;
-    std::function<void(Node *)> walk = [&](Node *n) {
-        out << n->Text() + QLatin1Char('=') + n->Key();
-        for (Node *c = n->Child(); c; c = c->Next()) {
-            walk(c);
-        }
-    };
-    walk(node);
-    return out.join(QLatin1Char(' '));
-}
-
-Node *find(Nodes &nodes, const QString &label) {
-    for (Node *n : nodes) {
-        if (n->Text() == label) {
-            return n;
-        }
-    }
-    return nullptr;
-}
 
 const char *kSample = "root\n"
                       "  a\n"
@@ -62,6 +25,15 @@ const char *kSample = "root\n"
                       "    b1\n"
                       "      b11\n"
                       "  c\n";
+
+// A test document holding an outline; entries are looked up by label.
+struct Sample : TestDocument {
+    explicit Sample(const char *outline = kSample)
+        : made(BuildOutline(doc, QString::fromLatin1(outline))) {}
+    Node *operator[](const QString &label) { return FindEntry(nodes(), label); }
+    QString shape() { return TreeShape(nodes().Item(1)); }
+    std::vector<Node *> made;
+};
 
 } // namespace
 
@@ -79,19 +51,14 @@ private Q_SLOTS:
     void keysDuringTransferMatchRenumbering();
     void manyChildrenAreKeyed();
     void duplicateCopiesSubtreeAndTags();
-    void duplicateIntoOwnSubtreeStops();
-    void paste_data();
-    void paste();
-    void pasteMovesAndClearsReference();
+    void pasteCopiesAndMoves();
     void deleteCollapsesEmptiedParent();
     void selectFullAndTransferSelect();
     void goDown_data();
     void goDown();
-    void collapseAndExpandAll();
-    void expandToLevel_data();
-    void expandToLevel();
-    void sortIgnoresCase();
-    void sortedParentPlacesInsertsAndRenames();
+    void expansion_data();
+    void expansion();
+    void sorting();
     void tags();
     void batchingCounter();
     void indexClosesGapsAfterRemovals();
@@ -123,35 +90,30 @@ void TestNodes::insertRedirections_data() {
     QTest::addColumn<QString>("relative");
     QTest::addColumn<int>("relationship");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("no relative") << "" << int(relFirst) << "root(a(a1 a2) b(b1(b11)) c new)";
-    QTest::newRow("next of root") << "root" << int(relNext) << "root(a(a1 a2) b(b1(b11)) c new)";
-    QTest::newRow("previous of root")
-        << "root" << int(relPrevious) << "root(a(a1 a2) b(b1(b11)) c new)";
-    QTest::newRow("first of root") << "root" << int(relFirst) << "root(a(a1 a2) b(b1(b11)) c new)";
-    QTest::newRow("child of root") << "root" << int(relChild) << "root(a(a1 a2) b(b1(b11)) c new)";
+    // Without a relative, and for any sibling relationship of the root, a new entry is a last
+    // child of the root: there is only one top entry.
+    const QString atEnd = QStringLiteral("root(a(a1 a2) b(b1(b11)) c new)");
+    QTest::newRow("no relative") << "" << int(relFirst) << atEnd;
+    QTest::newRow("next of root") << "root" << int(relNext) << atEnd;
+    QTest::newRow("first of root") << "root" << int(relFirst) << atEnd;
     QTest::newRow("first") << "a2" << int(relFirst) << "root(a(new a1 a2) b(b1(b11)) c)";
     QTest::newRow("last") << "a1" << int(relLast) << "root(a(a1 a2 new) b(b1(b11)) c)";
-    QTest::newRow("next") << "a" << int(relNext) << "root(a(a1 a2) new b(b1(b11)) c)";
-    QTest::newRow("previous") << "b" << int(relPrevious) << "root(a(a1 a2) new b(b1(b11)) c)";
-    QTest::newRow("child") << "b1" << int(relChild) << "root(a(a1 a2) b(b1(b11 new)) c)";
 }
 
 void TestNodes::insertRedirections() {
     QFETCH(QString, relative);
     QFETCH(int, relationship);
     QFETCH(QString, expected);
-    TestDocument t;
-    BuildOutline(t.doc, QString::fromLatin1(kSample));
-    Node *rel = relative.isEmpty() ? nullptr : find(t.nodes(), relative);
-    Node *added = NodeInsert(&t.doc, relationship, rel);
+    Sample s;
+    Node *added = NodeInsert(&s.doc, relationship, relative.isEmpty() ? nullptr : s[relative]);
     QVERIFY(added);
     QVERIFY(added->Text().isEmpty());
     QCOMPARE(added->Image(), QStringLiteral("Folder"));
     QCOMPARE(added->SelectedImage(), QStringLiteral("FolderSelected"));
     QVERIFY(added->Key().isEmpty()); // no bulk transfer: keyed at the next renumbering
     added->setText(QStringLiteral("new"));
-    QCOMPARE(shape(t.nodes().Item(1)), expected);
-    QCOMPARE(t.nodes().topNodes().size(), size_t(1));
+    QCOMPARE(s.shape(), expected);
+    QCOMPARE(s.nodes().topNodes().size(), size_t(1));
 }
 
 void TestNodes::firstInsertIsRootWithKey() {
@@ -169,47 +131,41 @@ void TestNodes::firstInsertIsRootWithKey() {
 void TestNodes::setKeys_data() {
     QTest::addColumn<QString>("key");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("KEY0") << "KEY0"
-                          << "root=KEY0 a=KEY0.1 a1=KEY0.1.1 a2=KEY0.1.2 b=KEY0.2 b1=KEY0.2.1 "
-                             "b11=KEY0.2.1.1 c=KEY0.3";
-    QTest::newRow("KEY") << "KEY"
-                         << "root=KEY a=KEY1 a1=KEY1.1 a2=KEY1.2 b=KEY2 b1=KEY2.1 b11=KEY2.1.1 "
-                            "c=KEY3";
-    QTest::newRow("empty") << ""
-                           << "root= a= a1= a2= b= b1= b11= c=";
-    QTest::newRow("other") << "X"
-                           << "root=X a=X.1 a1=X.1.1 a2=X.1.2 b=X.2 b1=X.2.1 b11=X.2.1.1 c=X.3";
+    AddRows({
+        {"KEY0", "KEY0",
+         "root=KEY0 a=KEY0.1 a1=KEY0.1.1 a2=KEY0.1.2 b=KEY0.2 b1=KEY0.2.1 b11=KEY0.2.1.1 c=KEY0.3"},
+        {"KEY", "KEY", "root=KEY a=KEY1 a1=KEY1.1 a2=KEY1.2 b=KEY2 b1=KEY2.1 b11=KEY2.1.1 c=KEY3"},
+        {"empty", "", "root= a= a1= a2= b= b1= b11= c="},
+        {"other", "X", "root=X a=X.1 a1=X.1.1 a2=X.1.2 b=X.2 b1=X.2.1 b11=X.2.1.1 c=X.3"},
+    });
 }
 
 void TestNodes::setKeys() {
     QFETCH(QString, key);
     QFETCH(QString, expected);
-    TestDocument t;
-    auto made = BuildOutline(t.doc, QString::fromLatin1(kSample));
-    NodeSetKeys(made[0], key);
-    QCOMPARE(keys(made[0]), expected);
+    Sample s;
+    NodeSetKeys(s.made[0], key);
+    QCOMPARE(TreeKeys(s.made[0]), expected);
     NodeSetKeys(nullptr, key); // nothing happens
 }
 
 void TestNodes::keysDuringTransferMatchRenumbering() {
     // Keys assigned while inserting in bulk must equal a whole renumbering from the root, also
     // for inserts in the middle and under a sorted parent.
-    TestDocument t;
-    auto made = BuildOutline(t.doc, QString::fromLatin1(kSample));
+    Sample s;
     g_bDocTransfer = true;
-    Node *mid = NodeInsert(&t.doc, relPrevious, find(t.nodes(), QStringLiteral("a")));
+    Node *mid = NodeInsert(&s.doc, relPrevious, s["a"]);
     mid->setText(QStringLiteral("m"));
-    Node *first = NodeInsert(&t.doc, relFirst, find(t.nodes(), QStringLiteral("b11")));
-    first->setText(QStringLiteral("b10"));
-    NodeSortAll(find(t.nodes(), QStringLiteral("b")), true);
-    Node *sortedIn = NodeInsert(&t.doc, relChild, find(t.nodes(), QStringLiteral("b")));
+    NodeInsert(&s.doc, relFirst, s["b11"])->setText(QStringLiteral("b10"));
+    NodeSortAll(s["b"], true);
+    Node *sortedIn = NodeInsert(&s.doc, relChild, s["b"]);
     g_bDocTransfer = false;
     QCOMPARE(sortedIn->row(), 0); // an empty label sorts first
-    const QString incremental = keys(made[0]);
-    NodeSetKeys(made[0], QStringLiteral("KEY0"));
-    QCOMPARE(incremental, keys(made[0]));
+    const QString incremental = TreeKeys(s.made[0]);
+    NodeSetKeys(s.made[0], QStringLiteral("KEY0"));
+    QCOMPARE(incremental, TreeKeys(s.made[0]));
     QCOMPARE(mid->Key(), QStringLiteral("KEY0.1"));
-    QCOMPARE(find(t.nodes(), QStringLiteral("c"))->Key(), QStringLiteral("KEY0.4"));
+    QCOMPARE(s["c"]->Key(), QStringLiteral("KEY0.4"));
 }
 
 void TestNodes::manyChildrenAreKeyed() {
@@ -233,224 +189,175 @@ void TestNodes::manyChildrenAreKeyed() {
 // ---- Duplicate, paste, delete --------------------------------------------------------------
 
 void TestNodes::duplicateCopiesSubtreeAndTags() {
-    TestDocument t;
-    BuildOutline(t.doc, QString::fromLatin1(kSample));
-    Node *b = find(t.nodes(), QStringLiteral("b"));
-    Node *b11 = find(t.nodes(), QStringLiteral("b11"));
+    Sample s;
+    Node *b = s["b"];
     b->setTag(QByteArray("5,stored"));
     b->setExpanded(true);
     NodeTagOn(b);
-    NodeTagOn(b11);
-    Node *copy = NodeDuplicate(&t.doc, b, find(t.nodes(), QStringLiteral("c")), relNext);
+    NodeTagOn(s["b11"]);
+    Node *copy = NodeDuplicate(&s.doc, b, s["c"], relNext);
     QVERIFY(copy && copy != b);
-    QCOMPARE(shape(t.nodes().Item(1)), QStringLiteral("root(a(a1 a2) b(b1(b11)) c b(b1(b11)))"));
+    QCOMPARE(s.shape(), QStringLiteral("root(a(a1 a2) b(b1(b11)) c b(b1(b11)))"));
     QCOMPARE(copy->Tag(), QByteArray("5,stored"));
     QVERIFY(copy->Tag().isSharedWith(b->Tag())); // copied without re-encoding
     QVERIFY(copy->Expanded());
     QVERIFY(NodeTagged(copy));
     QVERIFY(!NodeTagged(copy->Child()));
     QVERIFY(NodeTagged(copy->Child()->Child()));
-    QCOMPARE(t.nodes().Count(), 11);
+    QCOMPARE(s.nodes().Count(), 11);
     QCOMPARE(g_iActionDepth, 0);
-    QVERIFY(t.view.outlineVisible && t.pane->Visible());
+    QVERIFY(s.view.outlineVisible && s.pane->Visible());
 
     // A null target copies only with relationship 0, as a last child of the root.
-    QVERIFY(!NodeDuplicate(&t.doc, b, nullptr, relNext));
-    Node *appended = NodeDuplicate(&t.doc, find(t.nodes(), QStringLiteral("c")), nullptr, relFirst);
-    QCOMPARE(appended->Parent(), t.nodes().Item(1));
-    QCOMPARE(appended, t.nodes().Item(1)->Child()->LastSibling());
-    QVERIFY(!NodeDuplicate(&t.doc, nullptr, b, relNext));
+    QVERIFY(!NodeDuplicate(&s.doc, b, nullptr, relNext));
+    Node *appended = NodeDuplicate(&s.doc, s["c"], nullptr, relFirst);
+    QCOMPARE(appended->Parent(), s.nodes().Item(1));
+    QCOMPARE(appended, s.nodes().Item(1)->Child()->LastSibling());
+    QVERIFY(!NodeDuplicate(&s.doc, nullptr, b, relNext));
+
+    // Copying into the entry's own subtree copies the subtree as it was.
+    Node *a = s["a"];
+    QVERIFY(NodeDuplicate(&s.doc, a, a, relChild));
+    QCOMPARE(TreeShape(a), QStringLiteral("a(a1 a2 a(a1 a2))"));
 }
 
-void TestNodes::duplicateIntoOwnSubtreeStops() {
-    TestDocument t;
-    BuildOutline(t.doc, QString::fromLatin1(kSample));
-    Node *a = find(t.nodes(), QStringLiteral("a"));
-    Node *copy = NodeDuplicate(&t.doc, a, a, relChild);
-    QVERIFY(copy);
-    QCOMPARE(shape(a), QStringLiteral("a(a1 a2 a(a1 a2))"));
-}
+void TestNodes::pasteCopiesAndMoves() {
+    Sample s;
+    NodeRef copied = s["a1"];
+    NodePaste(&s.doc, copied, false); // nothing selected: a last child of the root
+    QCOMPARE(s.shape(), QStringLiteral("root(a(a1 a2) b(b1(b11)) c a1)"));
+    QVERIFY(copied && s.nodes().SelectedItem() != copied.get());
+    QCOMPARE(s.nodes().SelectedItem()->Text(), QStringLiteral("a1"));
 
-void TestNodes::paste_data() {
-    QTest::addColumn<QString>("selected");
-    QTest::addColumn<QString>("copied");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("root selected") << "root"
-                                   << "c"
-                                   << "root(c a(a1 a2) b(b1(b11)) c)";
-    QTest::newRow("root selected, copied is first child") << "root"
-                                                          << "a"
-                                                          << "root(a(a1 a2) b(b1(b11)) c a(a1 a2))";
-    QTest::newRow("entry selected") << "a1"
-                                    << "b"
-                                    << "root(a(a1 b(b1(b11)) a2) b(b1(b11)) c)";
-    QTest::newRow("nothing selected") << ""
-                                      << "a1"
-                                      << "root(a(a1 a2) b(b1(b11)) c a1)";
-}
-
-void TestNodes::paste() {
-    QFETCH(QString, selected);
-    QFETCH(QString, copied);
-    QFETCH(QString, expected);
-    TestDocument t;
-    BuildOutline(t.doc, QString::fromLatin1(kSample));
-    t.nodes().setSelectedItem(selected.isEmpty() ? nullptr : find(t.nodes(), selected));
-    NodeRef ref = find(t.nodes(), copied);
-    NodePaste(&t.doc, ref, false);
-    QCOMPARE(shape(t.nodes().Item(1)), expected);
-    QVERIFY(ref);
-    Node *sel = t.nodes().SelectedItem();
-    QVERIFY(sel && sel != ref.get());
-    QCOMPARE(sel->Text(), copied);
-    QCOMPARE(g_iActionDepth, 0);
-}
-
-void TestNodes::pasteMovesAndClearsReference() {
-    TestDocument t;
-    BuildOutline(t.doc, QString::fromLatin1(kSample));
-    t.nodes().setSelectedItem(find(t.nodes(), QStringLiteral("c")));
-    NodeRef ref = find(t.nodes(), QStringLiteral("a"));
-    NodePaste(&t.doc, ref, true);
-    QCOMPARE(shape(t.nodes().Item(1)), QStringLiteral("root(b(b1(b11)) c a(a1 a2))"));
+    s.nodes().setSelectedItem(s["c"]);
+    NodeRef ref = s["a"];
+    NodePaste(&s.doc, ref, true);
+    QCOMPARE(s.shape(), QStringLiteral("root(b(b1(b11)) c a(a1 a2) a1)"));
     QVERIFY(!ref);
-    QCOMPARE(t.nodes().SelectedItem()->Text(), QStringLiteral("a"));
-    QCOMPARE(t.nodes().Count(), 8);
+    QCOMPARE(s.nodes().SelectedItem()->Text(), QStringLiteral("a"));
+    QCOMPARE(s.nodes().Count(), 9);
 
     // Moving a node into its own subtree removes the copy with it; nothing dangles.
-    t.nodes().setSelectedItem(find(t.nodes(), QStringLiteral("b11")));
-    ref = find(t.nodes(), QStringLiteral("b"));
-    NodePaste(&t.doc, ref, true);
-    QCOMPARE(shape(t.nodes().Item(1)), QStringLiteral("root(c a(a1 a2))"));
+    s.nodes().setSelectedItem(s["b11"]);
+    ref = s["b"];
+    NodePaste(&s.doc, ref, true);
+    QCOMPARE(s.shape(), QStringLiteral("root(c a(a1 a2) a1)"));
     NodeRef none;
-    NodePaste(&t.doc, none, true); // nothing to paste
+    NodePaste(&s.doc, none, true); // nothing to paste
     QCOMPARE(g_iActionDepth, 0);
 }
 
 void TestNodes::deleteCollapsesEmptiedParent() {
-    TestDocument t;
-    BuildOutline(t.doc, QString::fromLatin1(kSample));
-    Node *a = find(t.nodes(), QStringLiteral("a"));
-    Node *b = find(t.nodes(), QStringLiteral("b"));
+    Sample s;
+    Node *a = s["a"];
+    Node *b = s["b"];
     a->setExpanded(true);
     b->setExpanded(true);
-    NodeDelete(&t.doc, find(t.nodes(), QStringLiteral("a1")));
+    NodeDelete(&s.doc, s["a1"]);
     QVERIFY(a->Expanded());
-    NodeDelete(&t.doc, find(t.nodes(), QStringLiteral("a2")));
+    NodeDelete(&s.doc, s["a2"]);
     QVERIFY(!a->Expanded());
-    NodeDelete(&t.doc, find(t.nodes(), QStringLiteral("b1"))); // with its subtree
+    NodeDelete(&s.doc, s["b1"]); // with its subtree
     QVERIFY(!b->Expanded());
-    QCOMPARE(t.nodes().Count(), 4);
-    QCOMPARE(shape(t.nodes().Item(1)), QStringLiteral("root(a b c)"));
-    NodeDelete(&t.doc, nullptr);
+    QCOMPARE(s.nodes().Count(), 4);
+    QCOMPARE(s.shape(), QStringLiteral("root(a b c)"));
+    NodeDelete(&s.doc, nullptr);
     QCOMPARE(g_iActionDepth, 0);
 }
 
 // ---- Selection -----------------------------------------------------------------------------
 
 void TestNodes::selectFullAndTransferSelect() {
-    TestDocument t;
-    auto made = BuildOutline(t.doc, QString::fromLatin1(kSample));
-    Node *b11 = find(t.nodes(), QStringLiteral("b11"));
+    Sample s;
+    Node *b11 = s["b11"];
     b11->setTag(QByteArray("{\\rtf1 plain}"));
-    t.nodes().setDropHighlight(made[1]);
-    MirrorObserver mirror(t.nodes());
+    s.nodes().setDropHighlight(s.made[1]);
+    MirrorObserver mirror(s.nodes());
 
     g_bDocTransfer = true;
-    NodeSelect(&t.doc, b11);
+    NodeSelect(&s.doc, b11);
     QVERIFY(b11->Selected());
-    QCOMPARE(t.pane->loads, 0); // light form: pane and status bar untouched
-    QVERIFY(t.view.statusNodes.empty());
+    QCOMPARE(s.pane->loads, 0); // light form: pane and status bar untouched
+    QVERIFY(s.view.statusNodes.empty());
     QVERIFY(!g_nodCurrent);
     g_bDocTransfer = false;
 
-    NodeSelect(&t.doc, made[1]);
-    QCOMPARE(g_nodCurrent.get(), made[1]);
-    QVERIFY(made[1]->Selected() && !b11->Selected());
-    QVERIFY(!t.nodes().DropHighlight());
-    QCOMPARE(t.view.statusNodes, std::vector<Node *>{made[1]});
-    QCOMPARE(t.view.menuRefreshes, 1);
+    NodeSelect(&s.doc, s.made[1]);
+    QCOMPARE(g_nodCurrent.get(), s.made[1]);
+    QVERIFY(s.made[1]->Selected() && !b11->Selected());
+    QVERIFY(!s.nodes().DropHighlight());
+    QCOMPARE(s.view.statusNodes, std::vector<Node *>{s.made[1]});
+    QCOMPARE(s.view.menuRefreshes, 1);
 
-    NodeSelectFull(&t.doc, b11);
-    QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1 plain}"));
-    QVERIFY(find(t.nodes(), QStringLiteral("b"))->Expanded()); // shown: ancestors expanded
-    QVERIFY(find(t.nodes(), QStringLiteral("b1"))->Expanded());
+    NodeSelectFull(&s.doc, b11);
+    QCOMPARE(s.pane->TextRTF(), QByteArray("{\\rtf1 plain}"));
+    QVERIFY(s["b"]->Expanded() && s["b1"]->Expanded()); // shown: ancestors expanded
     QCOMPARE(mirror.scrolledTo.back(), b11);
 
-    NodeSelectFull(&t.doc, nullptr); // commands are still re-evaluated
-    QCOMPARE(t.view.menuRefreshes, 3);
+    NodeSelectFull(&s.doc, nullptr); // commands are still re-evaluated
+    QCOMPARE(s.view.menuRefreshes, 3);
     QCOMPARE(g_nodCurrent.get(), b11);
 }
 
 void TestNodes::goDown_data() {
     QTest::addColumn<QString>("from");
     QTest::addColumn<QString>("to");
-    QTest::newRow("next sibling") << "a"
-                                  << "b";
-    QTest::newRow("last child climbs") << "a2"
-                                       << "b";
-    QTest::newRow("deep last child climbs twice") << "b11"
-                                                  << "c";
-    QTest::newRow("last of all stays") << "c"
-                                       << "c";
-    QTest::newRow("root goes to first child") << "root"
-                                              << "a";
-    QTest::newRow("nothing selected") << ""
-                                      << "";
+    AddRows({
+        {"next sibling", "a", "b"},
+        {"last child climbs", "a2", "b"},
+        {"deep last child climbs twice", "b11", "c"},
+        {"last of all stays", "c", "c"},
+        {"root goes to first child", "root", "a"},
+        {"nothing selected", "", ""},
+    });
 }
 
 void TestNodes::goDown() {
     QFETCH(QString, from);
     QFETCH(QString, to);
-    TestDocument t;
-    BuildOutline(t.doc, QString::fromLatin1(kSample));
-    t.nodes().setSelectedItem(from.isEmpty() ? nullptr : find(t.nodes(), from));
-    NodeGoDown(&t.doc);
-    Node *sel = t.nodes().SelectedItem();
+    Sample s;
+    s.nodes().setSelectedItem(from.isEmpty() ? nullptr : s[from]);
+    NodeGoDown(&s.doc);
+    Node *sel = s.nodes().SelectedItem();
     QCOMPARE(sel ? sel->Text() : QString(), to);
     Node *root = nullptr; // untouched when nothing is selected
-    NodeGetRoot(&t.doc, root);
-    QCOMPARE(root, sel ? t.nodes().Item(1) : nullptr);
+    NodeGetRoot(&s.doc, root);
+    QCOMPARE(root, sel ? s.nodes().Item(1) : nullptr);
 }
 
 // ---- Expansion and sorting -----------------------------------------------------------------
 
-void TestNodes::collapseAndExpandAll() {
-    TestDocument t;
-    auto made = BuildOutline(t.doc, QString::fromLatin1(kSample));
-    Node *c = find(t.nodes(), QStringLiteral("c"));
-    Node *b11 = find(t.nodes(), QStringLiteral("b11"));
-    NodeExpandAll(made[0]);
-    QVERIFY(made[0]->Expanded() && made[1]->Expanded() && find(t.nodes(), "b1")->Expanded());
-    QVERIFY(!c->Expanded() && !b11->Expanded()); // leaves untouched
-    c->setExpanded(true);
-    NodeExpandAll(c);
-    QVERIFY(c->Expanded());
-    NodeCollapseAll(made[0]);
-    for (Node *n : t.nodes()) {
-        QVERIFY2(!n->Expanded(), qPrintable(n->Text())); // leaves collapsed too
-    }
-    QCOMPARE(g_iActionDepth, 0);
-}
-
-void TestNodes::expandToLevel_data() {
+void TestNodes::expansion_data() {
+    // level > 0: expand to that level from the root; 0: collapse all; -1: expand all.
     QTest::addColumn<int>("level");
+    QTest::addColumn<QString>("preset");
     QTest::addColumn<QString>("expanded");
-    QTest::newRow("1: root collapsed") << 1 << "b1";
-    QTest::newRow("2: root open") << 2 << "root b1";
-    QTest::newRow("3: collapsed below") << 3 << "root a b";
-    QTest::newRow("9") << 9 << "root a b b1";
+    // b1 is expanded below a collapsed node; c is an expanded leaf.
+    QTest::newRow("level 9") << 9 << "b1"
+                             << "root a b b1";
+    QTest::newRow("expand all leaves leaves alone") << -1 << "c"
+                                                    << "root a b b1 c";
+    QTest::newRow("collapse all, leaves too") << 0 << "b1 c"
+                                              << "";
 }
 
-void TestNodes::expandToLevel() {
+void TestNodes::expansion() {
     QFETCH(int, level);
+    QFETCH(QString, preset);
     QFETCH(QString, expanded);
-    TestDocument t;
-    auto made = BuildOutline(t.doc, QString::fromLatin1(kSample));
-    find(t.nodes(), QStringLiteral("b1"))->setExpanded(true); // hidden below a collapsed node
-    NodeExpandToLevel(made[0], level);
+    Sample s;
+    for (const QString &label : preset.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        s[label]->setExpanded(true);
+    }
+    if (level > 0) {
+        NodeExpandToLevel(s.made[0], level);
+    } else if (level == 0) {
+        NodeCollapseAll(s.made[0]);
+    } else {
+        NodeExpandAll(s.made[0]);
+    }
     QStringList open;
-    for (Node *n : t.nodes()) {
+    for (Node *n : s.nodes()) {
         if (n->Expanded()) {
             open << n->Text();
         }
@@ -459,43 +366,28 @@ void TestNodes::expandToLevel() {
     QCOMPARE(g_iActionDepth, 0);
 }
 
-void TestNodes::sortIgnoresCase() {
-    TestDocument t;
-    auto made = BuildOutline(t.doc, QStringLiteral("root\n  delta\n  Bravo\n  alpha\n  Charlie\n"
-                                                   "    z\n    Y\n    x\n"));
-    MirrorObserver mirror(t.nodes());
-    NodeSortAll(made[0], true);
-    QCOMPARE(shape(made[0]), QStringLiteral("root(alpha Bravo Charlie(x Y z) delta)"));
-    QVERIFY(find(t.nodes(), QStringLiteral("x"))->Sorted());
-    NodeSortAll(made[0], false);
-    NodeInsert(&t.doc, relPrevious, find(t.nodes(), QStringLiteral("alpha")))->setText("omega");
-    QCOMPARE(shape(made[0]), QStringLiteral("root(omega alpha Bravo Charlie(x Y z) delta)"));
-    QVERIFY(mirror.differences().isEmpty());
-}
-
-void TestNodes::sortedParentPlacesInsertsAndRenames() {
-    TestDocument t;
-    auto made = BuildOutline(t.doc, QStringLiteral("root\n  b\n  d\n"));
-    MirrorObserver mirror(t.nodes());
-    NodeSortAll(made[0], true);
-    Node *n = NodeInsert(&t.doc, relNext, made[2]);
+void TestNodes::sorting() {
+    // A sorted parent places inserts and renamed children, ignoring case.
+    Sample s("root\n  b\n  d\n");
+    MirrorObserver mirror(s.nodes());
+    NodeSortAll(s.made[0], true);
+    Node *n = NodeInsert(&s.doc, relNext, s.made[2]);
     n->setText(QStringLiteral("C"));
-    QCOMPARE(shape(made[0]), QStringLiteral("root(b C d)"));
+    QCOMPARE(s.shape(), QStringLiteral("root(b C d)"));
     n->setText(QStringLiteral("a"));
-    QCOMPARE(shape(made[0]), QStringLiteral("root(a b d)"));
-    made[2]->setText(QStringLiteral("E"));
-    made[1]->setText(QStringLiteral("F"));
-    QCOMPARE(shape(made[0]), QStringLiteral("root(a E F)"));
-    QCOMPARE(made[1]->row(), 2);
-    QCOMPARE(made[1]->Previous(), made[2]);
+    QCOMPARE(s.shape(), QStringLiteral("root(a b d)"));
+    s.made[2]->setText(QStringLiteral("E"));
+    s.made[1]->setText(QStringLiteral("F"));
+    QCOMPARE(s.shape(), QStringLiteral("root(a E F)"));
+    QCOMPARE(s.made[1]->row(), 2);
+    QCOMPARE(s.made[1]->Previous(), s.made[2]);
     QVERIFY(mirror.differences().isEmpty());
 }
-
 // ---- Tags ----------------------------------------------------------------------------------
 
 void TestNodes::tags() {
-    TestDocument t;
-    auto made = BuildOutline(t.doc, QString::fromLatin1(kSample));
+    Sample t;
+    auto &made = t.made;
     QVERIFY(!NodesTaggedExist());
     NodeTagToggle(made[1]);
     QVERIFY(NodeTagged(made[1]));
@@ -614,8 +506,8 @@ void TestNodes::indexClosesGapsAfterRemovals() {
 void TestNodes::weakReferencesAndRemovedNodes() {
     NodeRef survivor;
     {
-        TestDocument t;
-        auto made = BuildOutline(t.doc, QString::fromLatin1(kSample));
+        Sample t;
+        auto &made = t.made;
         NodeRef b = made[4];
         NodeRef b11 = made[6];
         g_nodCurrent = made[6];
@@ -643,8 +535,8 @@ void TestNodes::weakReferencesAndRemovedNodes() {
 // ---- Notifications -------------------------------------------------------------------------
 
 void TestNodes::observerFollowsTheTree() {
-    TestDocument t;
-    auto made = BuildOutline(t.doc, QString::fromLatin1(kSample));
+    Sample t;
+    auto &made = t.made;
     MirrorObserver mirror(t.nodes());
     QRandomGenerator rng(11);
     for (int step = 0; step < 400; ++step) {
@@ -689,8 +581,7 @@ void TestNodes::observerFollowsTheTree() {
 }
 
 void TestNodes::initialiseNamesAndStartsEdit() {
-    TestDocument t;
-    BuildOutline(t.doc, QString::fromLatin1(kSample));
+    Sample t;
     t.doc.m_fntTextFont.setName(QStringLiteral("Serif"));
     t.doc.m_fntTextFont.setSize(13);
     Node *n = NodeInsert(&t.doc, relChild, nullptr);

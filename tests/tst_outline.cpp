@@ -68,23 +68,6 @@ struct Questions {
     ~Questions() { modMain::SetMsgBoxHandler({}); }
 };
 
-// Adds data rows of string columns: each row is its name followed by one value per column.
-void addRows(std::initializer_list<std::initializer_list<const char *>> rows) {
-    for (const auto &row : rows) {
-        auto it = row.begin();
-        QTestData &data = QTest::newRow(*it++);
-        for (; it != row.end(); ++it) {
-            data << QString::fromUtf8(*it);
-        }
-    }
-}
-
-int answerOf(const QString &word) {
-    return word == QLatin1String("yes")  ? modMain::vbYes
-           : word == QLatin1String("no") ? modMain::vbNo
-                                         : modMain::vbCancel;
-}
-
 } // namespace
 
 class TestOutline : public QObject {
@@ -93,19 +76,15 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void inserts_data();
-    void inserts();
-    void deleteEntry_data();
-    void deleteEntry();
-    void deleteTagged_data();
-    void deleteTagged();
+    void deletes_data();
+    void deletes();
     void tagging();
     void paste_data();
     void paste();
     void pasteRemovedOrMovedEntryDoesNothing();
     void pasteTaggedEntries();
-    void moves_data();
-    void moves();
+    void insertsAndMoves_data();
+    void insertsAndMoves();
     void movesCarryTextsTagsAndExpansion();
     void nothingWithoutActiveDocument();
     void sorting();
@@ -116,8 +95,6 @@ private Q_SLOTS:
     void dragThreshold();
     void drops_data();
     void drops();
-    void dropOntoItself_data();
-    void dropOntoItself();
     void dropOntoAnotherDocumentIsReported();
 
 private:
@@ -159,106 +136,60 @@ void TestOutline::cleanup() {
     m_log.reset();
 }
 
-// ---- Inserts -------------------------------------------------------------------------------
-
-void TestOutline::inserts_data() {
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QString>("selected");
-    QTest::addColumn<QString>("expected");
-    addRows({
-        {"above root", "above", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
-        {"below root", "below", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
-        {"child of root", "child", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
-        {"above a2", "above", "a2", "root(a(a1 New Entry a2) b(b1(b11)) c)"},
-        {"below a", "below", "a", "root(a(a1 a2) New Entry b(b1(b11)) c)"},
-        {"child of b1", "child", "b1", "root(a(a1 a2) b(b1(b11 New Entry)) c)"},
-    });
-}
-
-void TestOutline::inserts() {
-    QFETCH(QString, command);
-    QFETCH(QString, selected);
-    select(selected);
-    commands().at(command)();
-    QTEST(TreeShape(root()), "expected");
-    Node *made = m_doc->nodes().SelectedItem();
-    QCOMPARE(made->Text(), QStringLiteral("New Entry"));
-    QVERIFY(made->Key().isEmpty());
-    QCOMPARE(m_doc->view.labelEdits, std::vector<Node *>{made});
-    QVERIFY(m_doc->doc.m_bDataChanged);
-    checkTreeWhole();
-}
-
 // ---- Deletes -------------------------------------------------------------------------------
 
-void TestOutline::deleteEntry_data() {
+void TestOutline::deletes_data() {
+    QTest::addColumn<QString>("tags"); // none: the selected entry is deleted, else the tagged ones
     QTest::addColumn<QString>("selected");
     QTest::addColumn<QString>("answer");
     QTest::addColumn<QString>("expected");
     QTest::addColumn<QString>("selectedAfter");
-    addRows({
-        {"previous sibling before next", "b", "yes", "root(a(a1 a2) c)", "a"},
-        {"first takes next", "a1", "yes", "root(a(a2) b(b1(b11)) c)", "a2"},
-        {"only child takes parent", "b11", "yes", "root(a(a1 a2) b(b1) c)", "b1"},
-        {"no", "b", "no", "root(a(a1 a2) b(b1(b11)) c)", "b"},
-        {"cancel", "b", "cancel", "root(a(a1 a2) b(b1(b11)) c)", "b"},
+    const char *same = "root(a(a1 a2) b(b1(b11)) c)";
+    AddRows({
+        {"previous sibling before next", "", "b", "yes", "root(a(a1 a2) c)", "a"},
+        {"first takes next", "", "a1", "yes", "root(a(a2) b(b1(b11)) c)", "a2"},
+        {"only child takes parent", "", "b11", "yes", "root(a(a1 a2) b(b1) c)", "b1"},
+        {"no", "", "b", "no", same, "b"},
+        {"cancel", "", "b", "cancel", same, "b"},
+        {"tagged: nested, selection inside", "b b11 a2", "b11", "yes", "root(a(a1) c)", "root"},
+        {"tagged: selection survives", "a1 c", "b1", "yes", "root(a(a2) b(b1(b11)))", "b1"},
+        {"tagged: selection deep inside", "b1", "b11", "yes", "root(a(a1 a2) b c)", "b"},
+        {"tagged: tagged root stays", "root a", "a1", "yes", "root(b(b1(b11)) c)", "root"},
+        {"tagged: no", "b b11", "a", "no", same, "a"},
+        {"tagged: cancel", "b", "a", "cancel", same, "a"},
     });
 }
 
-void TestOutline::deleteEntry() {
+void TestOutline::deletes() {
+    QFETCH(QString, tags);
     QFETCH(QString, selected);
     QFETCH(QString, answer);
+    for (const QString &t : tags.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        NodeTagOn(entry(t));
+    }
     Questions q;
-    q.answer = answerOf(answer);
+    q.answer = answer == QLatin1String("yes")  ? modMain::vbYes
+               : answer == QLatin1String("no") ? modMain::vbNo
+                                               : modMain::vbCancel;
     select(selected);
-    OutlineDelete();
-    QCOMPARE(q.texts, QStringList{"Do you really want to delete the entry '" + selected + "'?"});
-    QCOMPARE(q.buttons, QList<int>{modMain::vbYesNoCancel});
+    if (tags.isEmpty()) {
+        OutlineDelete();
+        QCOMPARE(q.texts,
+                 QStringList{"Do you really want to delete the entry '" + selected + "'?"});
+        QCOMPARE(q.buttons, QList<int>{modMain::vbYesNoCancel});
+    } else {
+        OutlineDeleteTaggedEntries();
+        QCOMPARE(q.texts, QStringList{"Do you really want to delete the tagged entries, including "
+                                      "any children?"});
+        QVERIFY(q.busyWhileAsked);
+    }
     QCOMPARE(q.icons, QList<int>{modMain::vbQuestion});
     QTEST(TreeShape(root()), "expected");
     QTEST(m_doc->nodes().SelectedItem()->Text(), "selectedAfter");
     QVERIFY(m_doc->doc.m_bDataChanged); // also when answered No
-    if (selected == QLatin1String("b11") && answer == QLatin1String("yes")) {
+    if (selected == QLatin1String("b11") && tags.isEmpty() && answer == QLatin1String("yes")) {
         QVERIFY(!entry("b1")->Expanded()); // a parent left without children is collapsed
     }
-    checkTreeWhole();
-}
-
-void TestOutline::deleteTagged_data() {
-    QTest::addColumn<QString>("tags");
-    QTest::addColumn<QString>("selected");
-    QTest::addColumn<QString>("answer");
-    QTest::addColumn<QString>("expected");
-    QTest::addColumn<QString>("selectedAfter");
-    addRows({
-        {"nested, selection inside", "b b11 a2", "b11", "yes", "root(a(a1) c)", "root"},
-        {"selection survives", "a1 c", "b1", "yes", "root(a(a2) b(b1(b11)))", "b1"},
-        {"selection deep inside", "b1", "b11", "yes", "root(a(a1 a2) b c)", "b"},
-        {"tagged root stays", "root a", "a1", "yes", "root(b(b1(b11)) c)", "root"},
-        {"no", "b b11", "a", "no", "root(a(a1 a2) b(b1(b11)) c)", "a"},
-        {"cancel", "b", "a", "cancel", "root(a(a1 a2) b(b1(b11)) c)", "a"},
-    });
-}
-
-void TestOutline::deleteTagged() {
-    QFETCH(QString, tags);
-    QFETCH(QString, selected);
-    QFETCH(QString, answer);
-    for (const QString &t : tags.split(QLatin1Char(' '))) {
-        NodeTagOn(entry(t));
-    }
-    Questions q;
-    q.answer = answerOf(answer);
-    select(selected);
-    OutlineDeleteTaggedEntries();
-    QCOMPARE(
-        q.texts,
-        QStringList{"Do you really want to delete the tagged entries, including any children?"});
-    QCOMPARE(q.icons, QList<int>{modMain::vbQuestion});
-    QVERIFY(q.busyWhileAsked);
-    QTEST(TreeShape(root()), "expected");
-    QTEST(m_doc->nodes().SelectedItem()->Text(), "selectedAfter");
-    QVERIFY(m_doc->doc.m_bDataChanged);
     checkTreeWhole();
 }
 
@@ -283,7 +214,7 @@ void TestOutline::paste_data() {
     QTest::addColumn<QString>("selected");
     QTest::addColumn<QString>("how");
     QTest::addColumn<QString>("expected");
-    addRows({
+    AddRows({
         {"after selection", "b1", "a1", "paste", "root(a(a1 b1(b11) a2) b(b1(b11)) c)"},
         {"root selected: first", "c", "root", "paste", "root(c a(a1 a2) b(b1(b11)) c)"},
         {"root's first: last", "a", "root", "paste", "root(a(a1 a2) b(b1(b11)) c a(a1 a2))"},
@@ -355,14 +286,21 @@ void TestOutline::pasteTaggedEntries() {
     checkTreeWhole();
 }
 
-// ---- Moves ---------------------------------------------------------------------------------
+// ---- Inserts and moves
+// ---------------------------------------------------------------------------------
 
-void TestOutline::moves_data() {
+void TestOutline::insertsAndMoves_data() {
     QTest::addColumn<QString>("command");
     QTest::addColumn<QString>("selected");
     QTest::addColumn<QString>("expected");
     const char *same = "root(a(a1 a2) b(b1(b11)) c)";
-    addRows({
+    AddRows({
+        {"insert above root", "above", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
+        {"insert below root", "below", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
+        {"insert child of root", "child", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
+        {"insert above a2", "above", "a2", "root(a(a1 New Entry a2) b(b1(b11)) c)"},
+        {"insert below a", "below", "a", "root(a(a1 a2) New Entry b(b1(b11)) c)"},
+        {"insert child of b1", "child", "b1", "root(a(a1 a2) b(b1(b11 New Entry)) c)"},
         {"up before previous", "up", "b", "root(b(b1(b11)) a(a1 a2) c)"},
         {"up first of root's first: its last", "up", "a1", "root(a(a2 a1) b(b1(b11)) c)"},
         {"up first: end of parent's previous", "up", "b1", "root(a(a1 a2 b1(b11)) b c)"},
@@ -385,7 +323,7 @@ void TestOutline::moves_data() {
     });
 }
 
-void TestOutline::moves() {
+void TestOutline::insertsAndMoves() {
     QFETCH(QString, command);
     QFETCH(QString, selected);
     QFETCH(QString, expected);
@@ -395,10 +333,16 @@ void TestOutline::moves() {
     QCOMPARE(TreeShape(root()), expected);
     QVERIFY(m_doc->doc.m_bDataChanged); // also when nothing moved
     Node *now = m_doc->nodes().SelectedItem();
-    QCOMPARE(now->Text(), selected);
-    if (expected != kSampleShape) {
-        QVERIFY(now != before || selected == QLatin1String("root"));
-        QVERIFY(now->Key().isEmpty()); // copies are keyed at the next renumbering
+    if (QStringList{"above", "below", "child"}.contains(command)) {
+        QCOMPARE(now->Text(), QStringLiteral("New Entry"));
+        QCOMPARE(m_doc->view.labelEdits, std::vector<Node *>{now});
+        QVERIFY(now->Key().isEmpty());
+    } else {
+        QCOMPARE(now->Text(), selected);
+        if (expected != kSampleShape) {
+            QVERIFY(now != before || selected == QLatin1String("root"));
+            QVERIFY(now->Key().isEmpty()); // copies are keyed at the next renumbering
+        }
     }
     checkTreeWhole();
 }
@@ -519,7 +463,7 @@ void TestOutline::dropRules_data() {
     QTest::addColumn<QString>("source");
     QTest::addColumn<QString>("target");
     QTest::addColumn<QString>("permitted"); // p(revious) n(ext) c(hild)
-    addRows({
+    AddRows({
         {"plain", "a1", "c", "pnc"},
         {"onto root", "a1", "root", "c"},
         {"root's first onto root", "a", "root", "c"},
@@ -571,11 +515,13 @@ void TestOutline::dragThreshold() {
 
 void TestOutline::drops_data() {
     QTest::addColumn<QString>("source");
-    QTest::addColumn<QString>("target");
-    QTest::addColumn<QString>("how"); // left, left+ctrl, or the right button's popup choice
+    QTest::addColumn<QString>("target"); // none: dropped onto itself
+    // The button, then left+ctrl or the right button's popup choice; onto itself the direction
+    // the pointer moved or the popup's indent.
+    QTest::addColumn<QString>("how");
     QTest::addColumn<QString>("expected");
     const char *same = "root(a(a1 a2) b(b1(b11)) c)";
-    addRows({
+    AddRows({
         {"left: after", "a1", "c", "left", "root(a(a2) b(b1(b11)) c a1)"},
         {"left+ctrl: copy after", "a1", "c", "left+ctrl", "root(a(a1 a2) b(b1(b11)) c a1)"},
         {"left: next is source, before", "b", "a", "left", "root(b(b1(b11)) a(a1 a2) c)"},
@@ -583,11 +529,18 @@ void TestOutline::drops_data() {
         {"left: root's first onto root", "a", "root", "left", "root(b(b1(b11)) c a(a1 a2))"},
         {"left: parent of first child", "a1", "a", "left", same},
         {"left: own descendant", "b", "b11", "left", same},
-        {"right: copy child", "c", "a1", "CopyChild", "root(a(a1(c) a2) b(b1(b11)) c)"},
-        {"right: move previous", "c", "a1", "MovePrevious", "root(a(c a1 a2) b(b1(b11)))"},
-        {"right: copy next", "b1", "a2", "CopyNext", "root(a(a1 a2 b1(b11)) b(b1(b11)) c)"},
-        {"right: move next", "a1", "b", "MoveNext", "root(a(a2) b(b1(b11)) a1 c)"},
-        {"right: cancel", "c", "a1", "Cancel", same},
+        {"right: copy child", "c", "a1", "right CopyChild", "root(a(a1(c) a2) b(b1(b11)) c)"},
+        {"right: move previous", "c", "a1", "right MovePrevious", "root(a(c a1 a2) b(b1(b11)))"},
+        {"right: copy next", "b1", "a2", "right CopyNext", "root(a(a1 a2 b1(b11)) b(b1(b11)) c)"},
+        {"right: move next", "a1", "b", "right MoveNext", "root(a(a2) b(b1(b11)) a1 c)"},
+        {"right: cancel", "c", "a1", "right Cancel", same},
+        {"itself, left: indent", "b", "", "left IndentRight", "root(a(a1 a2 b(b1(b11))) c)"},
+        {"itself, left: unindent", "a2", "", "left IndentLeft", "root(a(a1) a2 b(b1(b11)) c)"},
+        {"itself, left: indent not permitted", "a1", "", "left IndentRight", same},
+        {"itself, left: unindent under root", "b", "", "left IndentLeft", same},
+        {"itself, left: root", "root", "", "left IndentRight", same},
+        {"itself, right: indent", "a2", "", "right IndentRight", "root(a(a1(a2)) b(b1(b11)) c)"},
+        {"itself, right: unindent", "b11", "", "right IndentLeft", "root(a(a1 a2) b(b1 b11) c)"},
     });
 }
 
@@ -595,78 +548,46 @@ void TestOutline::drops() {
     QFETCH(QString, source);
     QFETCH(QString, target);
     QFETCH(QString, how);
+    QFETCH(QString, expected);
     static const std::map<QString, modDrag::ConfirmChoice> choices{
         {"CopyChild", modDrag::ConfirmChoice::CopyChild},
         {"CopyNext", modDrag::ConfirmChoice::CopyNext},
         {"MovePrevious", modDrag::ConfirmChoice::MovePrevious},
         {"MoveNext", modDrag::ConfirmChoice::MoveNext},
-        {"Cancel", modDrag::ConfirmChoice::Cancel}};
+        {"Cancel", modDrag::ConfirmChoice::Cancel},
+        {"IndentRight", modDrag::ConfirmChoice::IndentRight},
+        {"IndentLeft", modDrag::ConfirmChoice::IndentLeft}};
+    const bool itself = target.isEmpty();
     const bool left = how.startsWith(QLatin1String("left"));
+    const bool right = how.endsWith(QLatin1String("Right")); // onto itself: the direction
     const int button = left ? modDrag::kLeftButton : modDrag::kRightButton;
+    const bool changed = expected != TreeShape(root());
     QList<modDrag::ConfirmMenu> shown;
     modDrag::SetConfirmPopup([&](const modDrag::ConfirmMenu &menu) {
         shown << menu;
-        modDrag::Confirm(choices.at(how));
+        modDrag::Confirm(choices.at(how.section(QLatin1Char(' '), 1)));
     });
     Node *src = entry(source);
+    Node *dst = itself ? src : entry(target);
+    modDrag::g_bDragCopy = itself; // a drop onto itself never copies
     modDrag::DragPress(&m_doc->doc, src, button);
     QCOMPARE(m_doc->nodes().SelectedItem(), src);
-    // Ctrl counts when the drag starts; the popup's choice overrides it.
-    QVERIFY(modDrag::DragStart(entry(target), true, how.endsWith(QLatin1String("ctrl")) || !left,
-                               button));
-    modDrag::DragDrop(&m_doc->doc, entry(target));
-    modDrag::SetConfirmPopup({});
-    QTEST(TreeShape(root()), "expected");
-    QCOMPARE(shown.size(), left ? 0 : 1);
-    QVERIFY(!modDrag::g_nodDragSource);
-    QVERIFY(!m_doc->doc.m_bDataChanged); // drops that copy or move leave the mark alone
-    checkTreeWhole();
-}
-
-void TestOutline::dropOntoItself_data() {
-    QTest::addColumn<QString>("source");
-    QTest::addColumn<QString>("how"); // button and direction (pointer moved / popup choice)
-    QTest::addColumn<QString>("expected");
-    const char *same = "root(a(a1 a2) b(b1(b11)) c)";
-    addRows({
-        {"left: indent", "b", "left right", "root(a(a1 a2 b(b1(b11))) c)"},
-        {"left: unindent", "a2", "left left", "root(a(a1) a2 b(b1(b11)) c)"},
-        {"left: indent not permitted", "a1", "left right", same},
-        {"left: unindent under root", "b", "left left", same},
-        {"left: root", "root", "left right", same},
-        {"right: indent", "a2", "right right", "root(a(a1(a2)) b(b1(b11)) c)"},
-        {"right: unindent", "b11", "right left", "root(a(a1 a2) b(b1 b11) c)"},
-    });
-}
-
-void TestOutline::dropOntoItself() {
-    QFETCH(QString, source);
-    QFETCH(QString, how);
-    QFETCH(QString, expected);
-    const int button =
-        how.startsWith(QLatin1String("left")) ? modDrag::kLeftButton : modDrag::kRightButton;
-    const bool right = how.endsWith(QLatin1String("right"));
-    const bool changed = expected != TreeShape(root()); // marked only when the entry moved
-    QList<modDrag::ConfirmMenu> shown;
-    modDrag::SetConfirmPopup([&](const modDrag::ConfirmMenu &menu) {
-        shown << menu;
-        modDrag::Confirm(right ? modDrag::ConfirmChoice::IndentRight
-                               : modDrag::ConfirmChoice::IndentLeft);
-    });
-    Node *src = entry(source);
-    modDrag::g_bDragCopy = true; // a drop onto itself never copies
-    modDrag::DragPress(&m_doc->doc, src, button);
-    // Over the source the pointer shows whether the direction is permitted.
     const modDrag::IndentPermissions p = modDrag::PermittedIndents(src);
-    QCOMPARE(modDrag::DropValid(src, src, right), right ? p.right : p.left);
-    QVERIFY(modDrag::DragStart(src, button == modDrag::kLeftButton && right, true, button));
-    modDrag::DragDrop(&m_doc->doc, src);
+    if (itself) { // over the source the pointer shows whether the direction is permitted
+        QCOMPARE(modDrag::DropValid(src, src, right), right ? p.right : p.left);
+    }
+    // Ctrl counts when the drag starts; the popup's choice overrides it.
+    const bool copyKey = itself ? true : how.endsWith(QLatin1String("ctrl")) || !left;
+    QVERIFY(modDrag::DragStart(dst, itself ? left && right : true, copyKey, button));
+    modDrag::DragDrop(&m_doc->doc, dst);
     modDrag::SetConfirmPopup({});
     QCOMPARE(TreeShape(root()), expected);
-    QCOMPARE(m_doc->doc.m_bDataChanged, changed);
-    QVERIFY(!modDrag::g_bDragCopy);
-    if (button == modDrag::kRightButton) {
-        QCOMPARE(shown.size(), 1);
+    QCOMPARE(shown.size(), left ? 0 : 1);
+    QVERIFY(!modDrag::g_nodDragSource);
+    QVERIFY(!itself || !modDrag::g_bDragCopy);
+    // Drops that copy or move leave the mark alone; onto itself it is set when the entry moved.
+    QCOMPARE(m_doc->doc.m_bDataChanged, itself && changed);
+    if (itself && !left) {
         QCOMPARE(shown[0], modDrag::ConfirmMenuFor(p));
     }
     checkTreeWhole();

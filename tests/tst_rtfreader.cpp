@@ -60,8 +60,6 @@ private slots:
     void lists();
     void tableAndLink();
     void pictures();
-    void malformed_data();
-    void malformed();
     void plainTextFallback();
     void corpus();
 };
@@ -120,6 +118,39 @@ void TestRtfReader::text_data() {
     QTest::newRow("hidden text kept") << rtf("a{\\v secret}b") << "asecretb";
     QTest::newRow("upr takes unicode part")
         << rtf("{\\upr{\\f0 ansi}{\\*\\ud{\\f0 uni}}}") << "uni";
+    // Broken input loads without crashing, keeping what text it can; "*": any text.
+    QTest::newRow("malformed: truncated") << QByteArray("{\\rtf1 abc\\b de") << "abcde";
+    QTest::newRow("malformed: truncated control word") << QByteArray("{\\rtf1 abc\\") << "abc";
+    QTest::newRow("malformed: truncated hex") << QByteArray("{\\rtf1 abc\\'4") << "abc";
+    QTest::newRow("malformed: truncated unicode") << QByteArray("{\\rtf1 abc\\u") << "abc";
+    QTest::newRow("malformed: extra closing braces") << QByteArray("{\\rtf1 a}}}}b") << "a";
+    QTest::newRow("malformed: unbalanced opening") << QByteArray("{\\rtf1 a{{{{b") << "ab";
+    QTest::newRow("malformed: huge bin")
+        << QByteArray("{\\rtf1 a{\\pict\\bin999999999 xyz}}") << "a\uFFFC";
+    QTest::newRow("malformed: negative bin") << QByteArray("{\\rtf1 a\\bin-5 b}") << "ab";
+    QTest::newRow("malformed: deep nesting")
+        << QByteArray("{\\rtf1 ") + QByteArray(100000, '{') + "x" + QByteArray(100000, '}') + "y}"
+        << "xy";
+    static const char garbage[] = "{\\rtf1 a\0b\x01\xff\\'zz\\'\\\\c}";
+    QTest::newRow("malformed: nuls and garbage")
+        << QByteArray::fromRawData(garbage, sizeof(garbage) - 1) << QString::fromUtf8("abÿzz\\c");
+    QTest::newRow("malformed: huge parameters")
+        << QByteArray("{\\rtf1\\fs99999999999\\uc99999\\u99999999 "
+                      "\\li-99999999999\\cf99999 a}")
+        << "*";
+    QTest::newRow("malformed: cell outside table")
+        << QByteArray("{\\rtf1 a\\cell b\\row c\\cell}") << "*";
+    QTest::newRow("malformed: pn outside paragraph")
+        << QByteArray("{\\rtf1{\\fonttbl{\\*\\pn\\pndec}}a}") << "a";
+    QTest::newRow("malformed: long control word")
+        << QByteArray("{\\rtf1 \\") + QByteArray(5000, 'a') + "}"
+        << "*";
+    QTest::newRow("malformed: nested pictures")
+        << QByteArray("{\\rtf1{\\pict{\\pict\\pngblip 00}ff}}") << "*";
+    QTest::newRow("malformed: lf only")
+        << QByteArray("{\\rtf1\n{\\fonttbl{\\f0 A;}}\na\\par\nb\\par\n}\n") << "a\nb";
+    QTest::newRow("malformed: cr only")
+        << QByteArray("{\\rtf1\r{\\fonttbl{\\f0 A;}}\ra\\par\rb\\par\r}\r") << "a\nb";
 }
 
 void TestRtfReader::text() {
@@ -127,61 +158,46 @@ void TestRtfReader::text() {
     QFETCH(QString, expected);
     QTextDocument doc;
     QVERIFY(RtfReader::read(input, &doc));
-    QCOMPARE(plain(doc), expected);
+    if (expected != "*")
+        QCOMPARE(plain(doc), expected);
 }
 
 void TestRtfReader::characterFormat_data() {
     QTest::addColumn<QByteArray>("input");
     QTest::addColumn<QString>("probe");
-    QTest::addColumn<QString>("what");
     QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QString>("what");
 
     QByteArray diff = rtf("This \\fs44 is\\fs22  a \\b simple \\ul five \\i paragraph \\ulnone\\b0 "
                           "document\\i0 .");
-    QTest::newRow("size") << diff << "is"
-                          << "size" << QVariant(22.0);
-    QTest::newRow("bold") << diff << "simple"
-                          << "bold" << QVariant(true);
-    QTest::newRow("bold off") << diff << "document"
-                              << "bold" << QVariant(false);
-    QTest::newRow("underline") << diff << "five"
-                               << "underline" << QVariant(true);
-    QTest::newRow("underline off") << diff << "document"
-                                   << "underline" << QVariant(false);
-    QTest::newRow("italic kept") << diff << "document"
-                                 << "italic" << QVariant(true);
-    QTest::newRow("group restores") << rtf("{\\b x}y") << "y"
-                                    << "bold" << QVariant(false);
-    QTest::newRow("plain resets") << rtf("\\b\\i x\\plain y") << "y"
-                                  << "italic" << QVariant(false);
-    QTest::newRow("strike") << rtf("\\strike s\\strike0  t") << "s"
-                            << "strike" << QVariant(true);
-    QTest::newRow("colour") << rtf("\\cf1 red\\cf0  auto") << "red"
-                            << "fg" << QVariant("#ff0000");
-    QTest::newRow("auto colour") << rtf("\\cf1 red\\cf0  auto") << "auto"
-                                 << "fg" << QVariant("");
-    QTest::newRow("highlight") << rtf("\\highlight2 hi") << "hi"
-                               << "bg" << QVariant("#0000ff");
+    QTest::newRow("size") << diff << "is" << QVariant(22.0) << "size";
+    QTest::newRow("bold") << diff << "simple" << QVariant(true) << "bold";
+    QTest::newRow("bold off") << diff << "document" << QVariant(false) << "bold";
+    QTest::newRow("underline") << diff << "five" << QVariant(true) << "underline";
+    QTest::newRow("underline off") << diff << "document" << QVariant(false) << "underline";
+    QTest::newRow("italic kept") << diff << "document" << QVariant(true) << "italic";
+    QTest::newRow("group restores") << rtf("{\\b x}y") << "y" << QVariant(false) << "bold";
+    QTest::newRow("plain resets") << rtf("\\b\\i x\\plain y") << "y" << QVariant(false) << "italic";
+    QTest::newRow("strike") << rtf("\\strike s\\strike0  t") << "s" << QVariant(true) << "strike";
+    QTest::newRow("colour") << rtf("\\cf1 red\\cf0  auto") << "red" << QVariant("#ff0000") << "fg";
+    QTest::newRow("auto colour") << rtf("\\cf1 red\\cf0  auto") << "auto" << QVariant("") << "fg";
+    QTest::newRow("highlight") << rtf("\\highlight2 hi") << "hi" << QVariant("#0000ff") << "bg";
     QTest::newRow("superscript") << rtf("x \\super 2\\nosupersub") << "2"
-                                 << "vert" << QVariant(int(QTextCharFormat::AlignSuperScript));
+                                 << QVariant(int(QTextCharFormat::AlignSuperScript)) << "vert";
     QTest::newRow("subscript") << rtf("H {\\sub 2} O") << "2"
-                               << "vert" << QVariant(int(QTextCharFormat::AlignSubScript));
+                               << QVariant(int(QTextCharFormat::AlignSubScript)) << "vert";
     QTest::newRow("font family") << rtf("\\f1 x", "{\\f0 Arial;}{\\f1\\froman Times New Roman;}")
-                                 << "x"
-                                 << "family" << QVariant("Times New Roman");
+                                 << "x" << QVariant("Times New Roman") << "family";
     QTest::newRow("hex font name")
         << rtf("\\f1 x", "{\\f1\\fnil\\fcharset134 \\'cb\\'ce\\'cc\\'e5;}") << "x"
-        << "family" << QVariant(QString::fromUtf8("宋体"));
-    QTest::newRow("hidden") << rtf("a {\\v secret} b") << "secret"
-                            << "hidden" << QVariant(true);
+        << QVariant(QString::fromUtf8("宋体")) << "family";
+    QTest::newRow("hidden") << rtf("a {\\v secret} b") << "secret" << QVariant(true) << "hidden";
     QTest::newRow("link") << rtf("{\\field{\\*\\fldinst{HYPERLINK \"http://x.org/\"}}"
                                  "{\\fldrslt{\\cf1\\ul site}}}\\cf0\\ulnone  after")
-                          << "site"
-                          << "href" << QVariant("http://x.org/");
+                          << "site" << QVariant("http://x.org/") << "href";
     QTest::newRow("no link after field") << rtf("{\\field{\\*\\fldinst{HYPERLINK \"http://x/\"}}"
                                                 "{\\fldrslt site}}  after")
-                                         << "after"
-                                         << "href" << QVariant("");
+                                         << "after" << QVariant("") << "href";
 }
 
 void TestRtfReader::characterFormat() {
@@ -316,7 +332,7 @@ void TestRtfReader::tableAndLink() {
     QCOMPARE(cellText(0, 1), "b");
     QCOMPARE(cellText(1, 0), "c");
     QCOMPARE(cellText(1, 1), QString("d\u2029e"));
-    QVERIFY(!blockWith(doc, "before").isValid() == false);
+    QVERIFY(blockWith(doc, "before").isValid());
     QVERIFY(!QTextCursor(blockWith(doc, "after")).currentTable());
     QVERIFY(!QTextCursor(blockWith(doc, "before")).currentTable());
 }
@@ -364,48 +380,6 @@ void TestRtfReader::pictures() {
     doc.drawContents(&p);
     p.end();
     QVERIFY(doc.documentLayout()->handlerForObject(RtfConventions::PlaceholderObjectType));
-}
-
-void TestRtfReader::malformed_data() {
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<QString>("expectedText"); // empty: only must not crash
-
-    QTest::newRow("truncated") << QByteArray("{\\rtf1 abc\\b de") << "abcde";
-    QTest::newRow("truncated control word") << QByteArray("{\\rtf1 abc\\") << "abc";
-    QTest::newRow("truncated hex") << QByteArray("{\\rtf1 abc\\'4") << "abc";
-    QTest::newRow("truncated unicode") << QByteArray("{\\rtf1 abc\\u") << "abc";
-    QTest::newRow("extra closing braces") << QByteArray("{\\rtf1 a}}}}b") << "a";
-    QTest::newRow("unbalanced opening") << QByteArray("{\\rtf1 a{{{{b") << "ab";
-    QTest::newRow("huge bin") << QByteArray("{\\rtf1 a{\\pict\\bin999999999 xyz}}") << "a\uFFFC";
-    QTest::newRow("negative bin") << QByteArray("{\\rtf1 a\\bin-5 b}") << "ab";
-    QTest::newRow("deep nesting") << QByteArray("{\\rtf1 ") + QByteArray(100000, '{') + "x" +
-                                         QByteArray(100000, '}') + "y}"
-                                  << "xy";
-    static const char garbage[] = "{\\rtf1 a\0b\x01\xff\\'zz\\'\\\\c}";
-    QTest::newRow("nuls and garbage")
-        << QByteArray::fromRawData(garbage, sizeof(garbage) - 1) << QString::fromUtf8("abÿzz\\c");
-    QTest::newRow("huge parameters") << QByteArray("{\\rtf1\\fs99999999999\\uc99999\\u99999999 "
-                                                   "\\li-99999999999\\cf99999 a}")
-                                     << "";
-    QTest::newRow("cell outside table") << QByteArray("{\\rtf1 a\\cell b\\row c\\cell}") << "";
-    QTest::newRow("pn outside paragraph")
-        << QByteArray("{\\rtf1{\\fonttbl{\\*\\pn\\pndec}}a}") << "a";
-    QTest::newRow("long control word") << QByteArray("{\\rtf1 \\") + QByteArray(5000, 'a') + "}"
-                                       << "";
-    QTest::newRow("nested pictures") << QByteArray("{\\rtf1{\\pict{\\pict\\pngblip 00}ff}}") << "";
-    QTest::newRow("lf only") << QByteArray("{\\rtf1\n{\\fonttbl{\\f0 A;}}\na\\par\nb\\par\n}\n")
-                             << "a\nb";
-    QTest::newRow("cr only") << QByteArray("{\\rtf1\r{\\fonttbl{\\f0 A;}}\ra\\par\rb\\par\r}\r")
-                             << "a\nb";
-}
-
-void TestRtfReader::malformed() {
-    QFETCH(QByteArray, input);
-    QFETCH(QString, expectedText);
-    QTextDocument doc;
-    QVERIFY(RtfReader::read(input, &doc));
-    if (!expectedText.isEmpty())
-        QCOMPARE(plain(doc), expectedText);
 }
 
 void TestRtfReader::plainTextFallback() {

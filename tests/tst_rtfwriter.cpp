@@ -114,36 +114,28 @@ void TestRtfWriter::characterFormatting_data() {
     QTest::addColumn<QTextCharFormat>("format");
     QTest::addColumn<QByteArray>("on");
     QTest::addColumn<QByteArray>("off");
-    QTest::newRow("bold") << fmt([](auto &f) { f.setFontWeight(QFont::Bold); })
-                          << QByteArray("x\\b y") << QByteArray("y\\b0  z");
-    QTest::newRow("italic") << fmt([](auto &f) { f.setFontItalic(true); }) << QByteArray("x\\i y")
-                            << QByteArray("y\\i0  z");
-    QTest::newRow("underline") << fmt([](auto &f) { f.setFontUnderline(true); })
-                               << QByteArray("x\\ul y") << QByteArray("y\\ulnone  z");
-    QTest::newRow("strike") << fmt([](auto &f) { f.setFontStrikeOut(true); })
-                            << QByteArray("x\\strike y") << QByteArray("y\\strike0  z");
-    QTest::newRow("super") << fmt([](auto &f) {
-        f.setVerticalAlignment(QTextCharFormat::AlignSuperScript);
-    }) << QByteArray("x\\super y")
-                           << QByteArray("y\\nosupersub  z");
-    QTest::newRow("sub") << fmt([](auto &f) {
-        f.setVerticalAlignment(QTextCharFormat::AlignSubScript);
-    }) << QByteArray("x\\sub y")
-                         << QByteArray("y\\nosupersub  z");
-    QTest::newRow("size 14") << fmt([](auto &f) { f.setFontPointSize(14); })
-                             << QByteArray("x\\fs28 y") << QByteArray("y\\fs20  z");
-    QTest::newRow("size 8.25 rounds") << fmt([](auto &f) { f.setFontPointSize(8.25); })
-                                      << QByteArray("x\\fs17 y") << QByteArray("y\\fs20  z");
-    QTest::newRow("font") << fmt([](auto &f) { f.setFontFamilies({"Courier New"}); })
-                          << QByteArray("x\\f1 y") << QByteArray("y\\f0  z");
-    QTest::newRow("colour") << fmt([](auto &f) { f.setForeground(QColor(255, 0, 0)); })
-                            << QByteArray("x\\cf1 y") << QByteArray("y\\cf0  z");
-    QTest::newRow("highlight") << fmt([](auto &f) { f.setBackground(QColor(255, 255, 0)); })
-                               << QByteArray("x\\highlight1 y") << QByteArray("y\\highlight0  z");
-    QTest::newRow("hidden") << fmt([](auto &f) {
-        f.setProperty(RtfConventions::HiddenProperty, true);
-    }) << QByteArray("x\\v y")
-                            << QByteArray("y\\v0  z");
+    // "y" formatted between plain "x" and " z": the switch on before it, off after it.
+    auto row = [](const char *name, const char *on, const char *off,
+                  const std::function<void(QTextCharFormat &)> &set) {
+        QTest::newRow(name) << fmt(set) << "x" + QByteArray(on) + " y"
+                            << "y" + QByteArray(off) + "  z";
+    };
+    row("bold", "\\b", "\\b0", [](auto &f) { f.setFontWeight(QFont::Bold); });
+    row("italic", "\\i", "\\i0", [](auto &f) { f.setFontItalic(true); });
+    row("underline", "\\ul", "\\ulnone", [](auto &f) { f.setFontUnderline(true); });
+    row("strike", "\\strike", "\\strike0", [](auto &f) { f.setFontStrikeOut(true); });
+    row("super", "\\super", "\\nosupersub",
+        [](auto &f) { f.setVerticalAlignment(QTextCharFormat::AlignSuperScript); });
+    row("sub", "\\sub", "\\nosupersub",
+        [](auto &f) { f.setVerticalAlignment(QTextCharFormat::AlignSubScript); });
+    row("size 14", "\\fs28", "\\fs20", [](auto &f) { f.setFontPointSize(14); });
+    row("size 8.25 rounds", "\\fs17", "\\fs20", [](auto &f) { f.setFontPointSize(8.25); });
+    row("font", "\\f1", "\\f0", [](auto &f) { f.setFontFamilies({"Courier New"}); });
+    row("colour", "\\cf1", "\\cf0", [](auto &f) { f.setForeground(QColor(255, 0, 0)); });
+    row("highlight", "\\highlight1", "\\highlight0",
+        [](auto &f) { f.setBackground(QColor(255, 255, 0)); });
+    row("hidden", "\\v", "\\v0",
+        [](auto &f) { f.setProperty(RtfConventions::HiddenProperty, true); });
 }
 
 void TestRtfWriter::characterFormatting() {
@@ -184,24 +176,22 @@ void TestRtfWriter::paragraphFormatting_data() {
     QTest::addColumn<QTextBlockFormat>("format");
     QTest::addColumn<QByteArray>("expected");
     QTest::addColumn<int>("pards");
-    QTextBlockFormat all;
+    auto aligned = [](Qt::Alignment alignment) {
+        QTextBlockFormat f;
+        f.setAlignment(alignment);
+        return f;
+    };
+    QTextBlockFormat all = aligned(Qt::AlignHCenter);
     all.setTextIndent(-24);
     all.setLeftMargin(48);
     all.setRightMargin(20);
     all.setTopMargin(8);
     all.setBottomMargin(13.3333);
-    all.setAlignment(Qt::AlignHCenter);
     QTest::newRow("all, in order")
         << all << QByteArray("\\pard\\fi-360\\li720\\ri300\\sb120\\sa200\\qc") << 2;
-    QTextBlockFormat right;
-    right.setAlignment(Qt::AlignRight);
-    QTest::newRow("right") << right << QByteArray("\\pard\\qr\\f0") << 2;
-    QTextBlockFormat justify;
-    justify.setAlignment(Qt::AlignJustify);
-    QTest::newRow("justify") << justify << QByteArray("\\pard\\qj\\f0") << 2;
-    QTextBlockFormat left;
-    left.setAlignment(Qt::AlignLeft);
-    QTest::newRow("left writes nothing") << left << QByteArray("\\pard\\f0") << 1;
+    QTest::newRow("right") << aligned(Qt::AlignRight) << QByteArray("\\pard\\qr\\f0") << 2;
+    QTest::newRow("justify") << aligned(Qt::AlignJustify) << QByteArray("\\pard\\qj\\f0") << 2;
+    QTest::newRow("left writes nothing") << aligned(Qt::AlignLeft) << QByteArray("\\pard\\f0") << 1;
 }
 
 void TestRtfWriter::paragraphFormatting() {

@@ -13,6 +13,36 @@ using namespace modSettings;
 using namespace modGlobals;
 using namespace Qt::StringLiterals;
 
+namespace {
+
+// The options in a fixed order: MaxMRUFiles, AutoLabelEdit, AutoSplit, Backup, PreserveSettings,
+// StartWithNewDocument, StartWithLatestDocuments, ViewStatusbar, ViewToolbar.
+QString options() {
+    QStringList out{QString::number(MaxMRUFiles)};
+    for (bool b : {AutoLabelEdit, AutoSplit, Backup, PreserveSettings, StartWithNewDocument,
+                   StartWithLatestDocuments, ViewStatusbar, ViewToolbar}) {
+        out << BoolText(b);
+    }
+    return out.join(u' ');
+}
+
+// "name size" and the styles set, e.g. "Arial 10 bold italic".
+QString fontText(const clsFont &f) {
+    QStringList out{f.Name(), QString::number(f.Size())};
+    const std::pair<bool, const char *> styles[] = {{f.Bold(), "bold"},
+                                                    {f.Italic(), "italic"},
+                                                    {f.Underline(), "underline"},
+                                                    {f.StrikeThrough(), "strike"}};
+    for (const auto &[on, name] : styles) {
+        if (on) {
+            out << QString::fromLatin1(name);
+        }
+    }
+    return out.join(u' ');
+}
+
+} // namespace
+
 class TestSettings : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -59,22 +89,20 @@ void TestSettings::storeOperations() {
 }
 
 void TestSettings::numericKeyOrder_data() {
-    QTest::addColumn<QStringList>("written");
-    QTest::addColumn<QStringList>("expected");
-    QTest::newRow("beyond nine") << QStringList{u"10"_s, u"2"_s, u"1"_s, u"11"_s, u"3"_s}
-                                 << QStringList{u"1"_s, u"2"_s, u"3"_s, u"10"_s, u"11"_s};
-    QTest::newRow("other keys after") << QStringList{u"zeta"_s, u"12"_s, u"alpha"_s, u"9"_s}
-                                      << QStringList{u"9"_s, u"12"_s, u"alpha"_s, u"zeta"_s};
+    QTest::addColumn<QString>("written");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("beyond nine") << u"10 2 1 11 3"_s << u"1 2 3 10 11"_s;
+    QTest::newRow("other keys after") << u"zeta 12 alpha 9"_s << u"9 12 alpha zeta"_s;
     QTest::newRow("longer than any integer")
-        << QStringList{u"123456789012345678901234"_s, u"99999999999999999999"_s, u"5"_s}
-        << QStringList{u"5"_s, u"99999999999999999999"_s, u"123456789012345678901234"_s};
+        << u"123456789012345678901234 99999999999999999999 5"_s
+        << u"5 99999999999999999999 123456789012345678901234"_s;
 }
 
 void TestSettings::numericKeyOrder() {
-    QFETCH(QStringList, written);
-    QFETCH(QStringList, expected);
+    QFETCH(QString, written);
+    QFETCH(QString, expected);
     ScopedSettings store;
-    for (const QString &key : written) {
+    for (const QString &key : written.split(u' ')) {
         SaveSetting(u"MRU"_s, key, u"value "_s + key);
     }
     QStringList keys;
@@ -82,7 +110,7 @@ void TestSettings::numericKeyOrder() {
         QCOMPARE(value, u"value "_s + key);
         keys << key;
     }
-    QCOMPARE(keys, expected);
+    QCOMPARE(keys.join(u' '), expected);
 }
 
 void TestSettings::booleanReading_data() {
@@ -105,8 +133,6 @@ void TestSettings::booleanReading() {
     const int got = modMain::Guarded([&] { return BoolValue(text) ? 1 : 0; }, -1);
     QCOMPARE(got, expected);
     QCOMPARE(log.content().contains(u"Error 13 - Type mismatch"_s), expected == -1);
-    QCOMPARE(BoolText(true), u"True"_s);
-    QCOMPARE(BoolText(false), u"False"_s);
 }
 
 void TestSettings::numberForms_data() {
@@ -152,20 +178,9 @@ void TestSettings::emptyStoreGivesDefaults() {
     g_fntOutlineFont.setBold(true);
     g_fntOutlineFont.setName(u"Old"_s);
     LoadSettings();
-    QCOMPARE(MaxMRUFiles, 10);
-    QCOMPARE(AutoLabelEdit, false);
-    QCOMPARE(AutoSplit, true);
-    QCOMPARE(Backup, true);
-    QCOMPARE(PreserveSettings, true);
-    QCOMPARE(StartWithNewDocument, false);
-    QCOMPARE(StartWithLatestDocuments, true);
-    QCOMPARE(ViewStatusbar, true);
-    QCOMPARE(ViewToolbar, true);
-    for (const clsFont *font : {&g_fntOutlineFont, &g_fntTextFont}) {
-        QCOMPARE(font->Bold(), false);
-        QCOMPARE(font->Name(), QString());
-        QCOMPARE(font->Size(), 10.0);
-    }
+    QCOMPARE(options(), u"10 False True True True False True True True"_s);
+    QCOMPARE(fontText(g_fntOutlineFont), u" 10"_s);
+    QCOMPARE(fontText(g_fntTextFont), u" 10"_s);
     QCOMPARE(frm.Geometry, QRect(100, 100, 650, 650));
     QCOMPARE(frm.Calls, (QStringList{u"Left"_s, u"Top"_s, u"Width"_s, u"Height"_s}));
 }
@@ -195,18 +210,8 @@ void TestSettings::roundTrip() {
     init();
     frm.Geometry = QRect();
     LoadSettings();
-    QCOMPARE(MaxMRUFiles, 25);
-    QCOMPARE(AutoLabelEdit, true);
-    QCOMPARE(AutoSplit, false);
-    QCOMPARE(Backup, false);
-    QCOMPARE(StartWithNewDocument, true);
-    QCOMPARE(StartWithLatestDocuments, false);
-    QCOMPARE(ViewStatusbar, false);
-    QCOMPARE(ViewToolbar, false);
-    QCOMPARE(g_fntTextFont.Name(), u"DejaVu Serif"_s);
-    QCOMPARE(g_fntTextFont.Size(), 11.25);
-    QVERIFY(g_fntTextFont.Italic() && g_fntTextFont.Underline() && g_fntTextFont.StrikeThrough() &&
-            g_fntTextFont.Bold());
+    QCOMPARE(options(), u"25 True False False True True False False False"_s);
+    QCOMPARE(fontText(g_fntTextFont), u"DejaVu Serif 11.25 bold italic underline strike"_s);
     QCOMPARE(frm.Geometry, QRect(33, 44, 555, 666));
 }
 
@@ -242,9 +247,7 @@ void TestSettings::bothFontsShareOneSection() {
     init();
     LoadSettings();
     // The text font was written last, so both records come back as the text font.
-    QCOMPARE(g_fntOutlineFont.Name(), u"Text Face"_s);
-    QCOMPARE(g_fntOutlineFont.Size(), 14.5);
-    QCOMPARE(g_fntOutlineFont.Bold(), true);
+    QCOMPARE(fontText(g_fntOutlineFont), u"Text Face 14.5 bold"_s);
     QVERIFY(g_fntOutlineFont == g_fntTextFont);
     QVERIFY(GetAllSettings(u"TextFont"_s).isEmpty());
 }
