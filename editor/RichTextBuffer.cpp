@@ -99,13 +99,10 @@ void RichTextBuffer::SetTextRTF(const QByteArray &rtf) {
     ++m_quiet;
     const QFont base = m_doc->defaultFont();
     m_doc->setUndoRedoEnabled(false);
-    {
-        // One edit: the layout is brought up to date once, not after every piece of text.
-        QTextCursor batch(m_doc);
-        batch.beginEditBlock();
-        RtfReader::readAny(rtf, m_doc);
-        batch.endEditBlock();
-    }
+    // Every cursor on the document is adjusted after each piece the reader inserts: the buffer's
+    // own goes while the text is read (the reader keeps the layout to one pass itself).
+    m_cursor = QTextCursor();
+    RtfReader::readAny(rtf, m_doc);
     m_doc->setUndoRedoEnabled(true);
     // Setting the default font lays the whole text out again, even when it is the same font.
     if (m_doc->defaultFont() != base) {
