@@ -3,6 +3,7 @@
 #include "app/modGlobals.h"
 #include "app/modMain.h"
 #include "document/modFile.h"
+#include "editor/OutlineDragUi.h"
 #include "editor/OutlineModel.h"
 #include "editor/RichTextBuffer.h"
 #include "editor/clsFont.h"
@@ -185,6 +186,7 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     m_pBar->hide();
 
     m_pTree->installEventFilter(this);
+    m_pDrag = new OutlineDragHandler(m_pTree, m_pModel, &m_doc, this);
     m_pText->installEventFilter(this);
     m_pBar->installEventFilter(this);
     m_pGrip->installEventFilter(this);

@@ -11,6 +11,7 @@
 #include <unordered_map>
 #include <utility>
 
+class OutlineDragHandler;
 class OutlineModel;
 class OutlineTreeView;
 class RichTextBuffer;
@@ -132,6 +133,7 @@ private:
 
     Document m_doc;
     OutlineModel *m_pModel = nullptr;
+    OutlineDragHandler *m_pDrag = nullptr;
     OutlineTreeView *m_pTree = nullptr;
     QTextEdit *m_pText = nullptr;
     RichTextBuffer *m_pBuffer = nullptr; // owned by the document as its text pane

@@ -1,0 +1,242 @@
+#include "editor/OutlineDragUi.h"
+
+#include "app/modCommands.h"
+#include "app/modMain.h"
+#include "document/Document.h"
+#include "editor/OutlineModel.h"
+#include "outline/modDrag.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCursor>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QTreeView>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+OutlineDragHandler::MenuAnswer g_menuAnswer;
+
+struct Item {
+    const char *name;
+    bool modDrag::ConfirmMenu::*available;
+    modDrag::ConfirmChoice choice;
+};
+
+// The two confirmation menus, in display order; null members are separators or Cancel.
+const Item kPlaceMenu[] = {
+    {"mnuConfirmCopyPrevious", &modDrag::ConfirmMenu::copyPrevious,
+     modDrag::ConfirmChoice::CopyPrevious},
+    {"mnuConfirmCopyNext", &modDrag::ConfirmMenu::copyNext, modDrag::ConfirmChoice::CopyNext},
+    {"mnuConfirmCopyChild", &modDrag::ConfirmMenu::copyChild, modDrag::ConfirmChoice::CopyChild},
+    {"mnuConfirmBar1", nullptr, modDrag::ConfirmChoice::Cancel},
+    {"mnuConfirmMovePrevious", &modDrag::ConfirmMenu::movePrevious,
+     modDrag::ConfirmChoice::MovePrevious},
+    {"mnuConfirmMoveNext", &modDrag::ConfirmMenu::moveNext, modDrag::ConfirmChoice::MoveNext},
+    {"mnuConfirmMoveChild", &modDrag::ConfirmMenu::moveChild, modDrag::ConfirmChoice::MoveChild},
+    {"mnuConfirmBar2", nullptr, modDrag::ConfirmChoice::Cancel},
+    {"mnuConfirmCancel", nullptr, modDrag::ConfirmChoice::Cancel},
+};
+const Item kIndentMenu[] = {
+    {"mnuConfirmIndentRight", &modDrag::ConfirmMenu::indentRight,
+     modDrag::ConfirmChoice::IndentRight},
+    {"mnuConfirmIndentLeft", &modDrag::ConfirmMenu::indentLeft, modDrag::ConfirmChoice::IndentLeft},
+    {"mnuConfirmIndentCancel", nullptr, modDrag::ConfirmChoice::Cancel},
+};
+
+// Shows the menu that fits the drop (modal, at the pointer) and reports the choice.
+void ConfirmMenuPopup(const modDrag::ConfirmMenu &menu) {
+    const bool indent = menu.indentLeft || menu.indentRight;
+    const Item *begin = indent ? std::begin(kIndentMenu) : std::begin(kPlaceMenu);
+    const Item *end = indent ? std::end(kIndentMenu) : std::end(kPlaceMenu);
+    QStringList available;
+    for (const Item *i = begin; i != end; ++i) {
+        const QString name = QString::fromLatin1(i->name);
+        const modCommands::MenuItem *item = modCommands::FindItem(name);
+        if (item && item->Kind == modCommands::ItemKind::Command &&
+            (!i->available || menu.*(i->available))) {
+            available.append(name);
+        }
+    }
+    QString chosen;
+    if (g_menuAnswer) {
+        chosen = g_menuAnswer(available);
+    } else {
+        QMenu popup;
+        for (const Item *i = begin; i != end; ++i) {
+            const QString name = QString::fromLatin1(i->name);
+            const modCommands::MenuItem *item = modCommands::FindItem(name);
+            if (!item || item->Kind == modCommands::ItemKind::Separator) {
+                popup.addSeparator();
+                continue;
+            }
+            QAction *action = popup.addAction(item->Caption);
+            action->setObjectName(name);
+            action->setEnabled(available.contains(name));
+        }
+        if (QAction *picked = popup.exec(QCursor::pos())) {
+            chosen = picked->objectName();
+        }
+    }
+    for (const Item *i = begin; i != end; ++i) {
+        if (chosen == QLatin1String(i->name) && available.contains(chosen)) {
+            modDrag::Confirm(i->choice);
+            return;
+        }
+    }
+    modDrag::Confirm(modDrag::ConfirmChoice::Cancel);
+}
+
+int ButtonNumber(Qt::MouseButton button) {
+    return button == Qt::LeftButton    ? modDrag::kLeftButton
+           : button == Qt::RightButton ? modDrag::kRightButton
+                                       : 0;
+}
+
+} // namespace
+
+OutlineDragHandler::OutlineDragHandler(QTreeView *tree, OutlineModel *model, Document *document,
+                                       QObject *parent)
+    : QObject(parent), m_pTree(tree), m_pModel(model), m_pDoc(document) {
+    m_pTree->setDragEnabled(false);
+    m_pTree->viewport()->installEventFilter(this);
+    m_pTree->installEventFilter(this);
+    modDrag::SetConfirmPopup(ConfirmMenuPopup);
+}
+
+OutlineDragHandler::~OutlineDragHandler() {
+    if (m_bDragging) {
+        modDrag::ResetDraggingFlags();
+    }
+}
+
+void OutlineDragHandler::setMenuAnswer(MenuAnswer answer) {
+    g_menuAnswer = std::move(answer);
+}
+
+Node *OutlineDragHandler::nodeAt(const QPoint &viewportPos) const {
+    if (!m_pTree->viewport()->rect().contains(viewportPos)) {
+        return nullptr;
+    }
+    return m_pModel->nodeFromIndex(m_pTree->indexAt(viewportPos));
+}
+
+bool OutlineDragHandler::eventFilter(QObject *watched, QEvent *event) {
+    if (watched == m_pTree) {
+        if (event->type() == QEvent::KeyPress && m_bArmed &&
+            static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
+            cancel();
+            return true;
+        }
+        return false;
+    }
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+        return press(static_cast<QMouseEvent *>(event));
+    case QEvent::MouseMove:
+        return move(static_cast<QMouseEvent *>(event));
+    case QEvent::MouseButtonRelease:
+        return release(static_cast<QMouseEvent *>(event));
+    default:
+        return false;
+    }
+}
+
+bool OutlineDragHandler::press(QMouseEvent *event) {
+    const int button = ButtonNumber(event->button());
+    if (!button || m_bArmed) {
+        return false;
+    }
+    const QPoint pos = event->position().toPoint();
+    Node *hit = nodeAt(pos);
+    modDrag::DragPress(m_pDoc, hit, button);
+    m_press = pos;
+    m_iButton = button;
+    m_bArmed = hit != nullptr;
+    m_bDragging = false;
+    m_iValid = -1;
+    // The left button also reaches the outline (the expand arrows); the right one selects only.
+    return button == modDrag::kRightButton;
+}
+
+bool OutlineDragHandler::move(QMouseEvent *event) {
+    if (!m_bArmed) {
+        return false;
+    }
+    PROC("frmDocument trvOutline_MouseMove");
+    const QPoint pos = event->position().toPoint();
+    if (!m_bDragging) {
+        const double dpiX = m_pTree->logicalDpiX() > 0 ? m_pTree->logicalDpiX() : 96;
+        const double dpiY = m_pTree->logicalDpiY() > 0 ? m_pTree->logicalDpiY() : 96;
+        if (!modDrag::DragThresholdPassed(m_press, pos, dpiX, dpiY)) {
+            return true;
+        }
+        const bool ctrl = event->modifiers() & Qt::ControlModifier;
+        if (!modDrag::DragStart(nodeAt(pos), pos.x() > m_press.x(), ctrl, m_iButton)) {
+            m_bArmed = false;
+            return true;
+        }
+        m_bDragging = true;
+    }
+    showValidity(nodeAt(pos));
+    return true;
+}
+
+void OutlineDragHandler::showValidity(Node *over) {
+    PROC("frmDocument trvOutline_DragOver");
+    Node *source = modDrag::g_nodDragSource.get();
+    if (!modDrag::g_bDragProceed || !source) {
+        return;
+    }
+    m_pDoc->trvOutline().setDropHighlight(over);
+    const int valid = modDrag::DropValid(source, over, modDrag::g_bDragIndentRight) ? 1 : 0;
+    if (valid == m_iValid) {
+        return;
+    }
+    m_iValid = valid;
+    const QCursor cursor(!valid                 ? Qt::ForbiddenCursor
+                         : modDrag::g_bDragCopy ? Qt::DragCopyCursor
+                                                : Qt::DragMoveCursor);
+    if (QGuiApplication::overrideCursor()) {
+        QGuiApplication::changeOverrideCursor(cursor);
+    } else {
+        QGuiApplication::setOverrideCursor(cursor);
+    }
+}
+
+bool OutlineDragHandler::release(QMouseEvent *event) {
+    if (!m_bArmed) {
+        return false;
+    }
+    const bool wasDragging = m_bDragging;
+    const QPoint pos = event->position().toPoint();
+    finish();
+    if (wasDragging) {
+        modDrag::DragDrop(m_pDoc, nodeAt(pos));
+        return true;
+    }
+    modDrag::ResetDraggingFlags();
+    // A right click without dragging offers the Outline menu of the main window.
+    if (m_iButton == modDrag::kRightButton) {
+        if (QMenu *menu = m_pTree->window()->findChild<QMenu *>(u"mnuoutline"_s)) {
+            menu->exec(event->globalPosition().toPoint());
+        }
+        return true;
+    }
+    return false;
+}
+
+void OutlineDragHandler::cancel() {
+    finish();
+    modDrag::ResetDraggingFlags();
+}
+
+void OutlineDragHandler::finish() {
+    m_bArmed = false;
+    m_bDragging = false;
+    m_iValid = -1;
+    m_pDoc->trvOutline().setDropHighlight(nullptr);
+}

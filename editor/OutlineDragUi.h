@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QObject>
+#include <QPoint>
+
+#include <functional>
+
+class Document;
+class Node;
+class OutlineModel;
+class QMouseEvent;
+class QTreeView;
+
+// Entries dragged with the mouse inside the outline pane. The rules and the drop itself are the
+// outline's (modDrag); this turns the pane's mouse and keys into them, shows the drop validity
+// by the pointer and asks the confirmation menus of a right-button drag.
+class OutlineDragHandler : public QObject {
+    Q_OBJECT
+public:
+    OutlineDragHandler(QTreeView *tree, OutlineModel *model, Document *document,
+                       QObject *parent = nullptr);
+    ~OutlineDragHandler() override;
+
+    // Answers the confirmation menu instead of showing it (tests): given the names of the
+    // available items, returns the chosen item's name ("" for none).
+    using MenuAnswer = std::function<QString(const QStringList &available)>;
+    static void setMenuAnswer(MenuAnswer answer);
+
+    bool dragging() const { return m_bDragging; }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    Node *nodeAt(const QPoint &viewportPos) const;
+    bool press(QMouseEvent *event);
+    bool move(QMouseEvent *event);
+    bool release(QMouseEvent *event);
+    void cancel();
+    void showValidity(Node *over);
+    void finish();
+
+    QTreeView *m_pTree;
+    OutlineModel *m_pModel;
+    Document *m_pDoc;
+    QPoint m_press;
+    int m_iButton = 0;
+    bool m_bArmed = false;    // a button went down on an entry
+    bool m_bDragging = false; // ... and the pointer left the threshold square
+    int m_iValid = -1;        // the validity the pointer shows (-1 none yet)
+};
