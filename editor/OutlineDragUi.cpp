@@ -213,11 +213,14 @@ bool OutlineDragHandler::release(QMouseEvent *event) {
     }
     const bool wasDragging = m_bDragging;
     const QPoint pos = event->position().toPoint();
-    finish();
+    m_bArmed = m_bDragging = false;
     if (wasDragging) {
+        // The target stays highlighted while the confirmation menu asks about it.
         modDrag::DragDrop(m_pDoc, nodeAt(pos));
+        finish();
         return true;
     }
+    finish();
     modDrag::ResetDraggingFlags();
     // A right click without dragging offers the Outline menu of the main window.
     if (m_iButton == modDrag::kRightButton) {

@@ -2,6 +2,10 @@
 
 #include "app/modMain.h"
 
+#include <QBrush>
+#include <QGuiApplication>
+#include <QPalette>
+
 namespace {
 OutlineModel::IconProvider &iconProvider() {
     static OutlineModel::IconProvider provider;
@@ -96,6 +100,14 @@ QVariant OutlineModel::data(const QModelIndex &index, int role) const {
         }
         return provider(node->Selected() ? node->SelectedImage() : node->Image());
     }
+    case Qt::BackgroundRole:
+        // The entry a dragged entry would be dropped on.
+        if (node == m_nodes.DropHighlight()) {
+            QColor c = QGuiApplication::palette().color(QPalette::Highlight);
+            c.setAlpha(90);
+            return QBrush(c);
+        }
+        return {};
     default:
         return {};
     }
