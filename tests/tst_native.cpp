@@ -37,7 +37,6 @@ private Q_SLOTS:
     void backups();
     void readOnlyFile();
     void captionsAndCounter();
-    void windowHooks();
 };
 
 void TestNative::exampleByteForByte() {
@@ -372,38 +371,6 @@ void TestNative::captionsAndCounter() {
     modDoc::DocClose(b);
     Document *c = modDoc::DocNew();
     QCOMPARE(c->m_sCaption, QString("Document %1").arg(before + 2));
-}
-
-void TestNative::windowHooks() {
-    // The application's factory builds the window; loading and saving record the file, refit
-    // the view and refresh the commands.
-    std::vector<std::unique_ptr<TestDocument>> windows;
-    modDoc::SetDocumentFactory([&] {
-        windows.push_back(std::make_unique<TestDocument>(false));
-        return &windows.back()->doc;
-    });
-    QStringList recent;
-    modDoc::SetRecentFileRule([&](const QString &path) { recent << path; });
-    QTemporaryDir dir;
-    const QString path = dir.filePath("w.mvd");
-    WriteFileBytes(path, exampleFile());
-    Document *doc = modDoc::DocLoad(path);
-    QCOMPARE(doc, &windows.front()->doc);
-    FakeView &view = windows.front()->view;
-    QVERIFY(view.autoFits > 0);
-    QVERIFY(view.menuRefreshes > 0);
-    QVERIFY(view.outlineVisible);
-    const QString copy = dir.filePath("copy.mvd");
-    QVERIFY(modDoc::DocSave(copy));
-    QCOMPARE(ReadFileBytes(copy), exampleFile());
-    QCOMPARE(doc->m_sCaption, copy);
-    QCOMPARE(recent, (QStringList{path, copy}));
-    modDoc::SetDocumentFactory({});
-    modDoc::SetRecentFileRule({});
-    for (auto &w : windows) {
-        modDoc::DocumentClosed();
-        (void)w;
-    }
 }
 
 QTEST_GUILESS_MAIN(TestNative)

@@ -110,8 +110,6 @@ private slots:
     void batchShowsRightTree();
     void shortcuts_data();
     void shortcuts();
-    void closeQuestion_data();
-    void closeQuestion();
 };
 
 void TestDocumentWindow::selectionAndTextInStep() {
@@ -415,37 +413,6 @@ void TestDocumentWindow::shortcuts() {
     QCOMPARE(t.w.Form_KeyDown(&press), consumed);
     QCOMPARE(calls.commands, call.isEmpty() ? QStringList() : QStringList{call});
     QCOMPARE(Documents::Active(), &t.w.document());
-}
-
-void TestDocumentWindow::closeQuestion_data() {
-    QTest::addColumn<bool>("changed");
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<bool>("asked");
-    QTest::addColumn<bool>("closes");
-    QTest::addColumn<bool>("saved");
-    QTest::newRow("unchanged") << false << int(modMain::vbCancel) << false << true << false;
-    QTest::newRow("changed, cancel") << true << int(modMain::vbCancel) << true << false << false;
-    QTest::newRow("changed, no") << true << int(modMain::vbNo) << true << true << false;
-    // Yes saves: the changed flag is cleared even though the unnamed document's Save As
-    // dialog is cancelled.
-    QTest::newRow("changed, yes") << true << int(modMain::vbYes) << true << true << true;
-}
-
-void TestDocumentWindow::closeQuestion() {
-    QFETCH(bool, changed);
-    QFETCH(int, answer);
-    QFETCH(bool, asked);
-    QFETCH(bool, closes);
-    QFETCH(bool, saved);
-    Window t;
-    modMain::ClearMsgBoxAnswers();
-    modMain::PushMsgBoxAnswer(modMain::MsgBoxResult(answer));
-    t.w.document().m_bDataChanged = changed;
-    QCOMPARE(t.w.close(), closes);
-    QCOMPARE(modMain::AskedMessages(),
-             asked ? QStringList{"Do you want to save the file ?"} : QStringList());
-    QCOMPARE(!t.w.document().m_bDataChanged && changed, saved);
-    modMain::ClearMsgBoxAnswers();
 }
 
 QTEST_MAIN(TestDocumentWindow)
