@@ -95,7 +95,7 @@ enum Kw : int {
     // destinations
     K_rtf, K_fonttbl, K_colortbl, K_stylesheet, K_info, K_listtable, K_listoverridetable, K_pntext,
     K_listtext, K_pn, K_pict, K_object, K_field, K_fldinst, K_fldrslt, K_upr, K_ud, K_shppict,
-    K_nonshppict, K_skipdest, K_result,
+    K_nonshppict, K_skipdest, K_result, K_header, K_footer, K_footnote,
     // document
     K_ansicpg, K_ansi, K_mac, K_pc, K_pca, K_deff, K_uc, K_u, K_bin,
     // fonts and colours
@@ -138,13 +138,18 @@ const std::unordered_map<std::string_view, KwEntry> &keywords() {
         k("ud", K_ud); k("shppict", K_shppict); k("nonshppict", K_nonshppict);
         k("result", K_result);
         for (std::string_view n :
-             {"header", "footer", "headerl", "headerr", "headerf", "footerl", "footerr", "footerf",
-              "footnote", "revtbl", "rsidtbl", "xmlnstbl", "themedata", "colorschememapping",
+             {"revtbl", "rsidtbl", "xmlnstbl", "themedata", "colorschememapping",
               "latentstyles", "datastore", "pgdsctbl", "filetbl", "generator", "listpicture",
               "pntxta", "pntxtb", "template", "docvar", "bkmkstart", "bkmkend", "xe", "tc", "atnid",
               "atnauthor", "annotation", "comment", "mmathPr", "ftnsep", "ftnsepc", "aftnsep",
               "aftnsepc", "private"})
             k(n, K_skipdest);
+        // Page content the pane cannot show: kept whole and shown as a placeholder.
+        for (std::string_view n : {"header", "headerl", "headerr", "headerf"})
+            k(n, K_header);
+        for (std::string_view n : {"footer", "footerl", "footerr", "footerf"})
+            k(n, K_footer);
+        k("footnote", K_footnote);
         k("ansicpg", K_ansicpg); k("ansi", K_ansi); k("mac", K_mac); k("pc", K_pc); k("pca", K_pca);
         k("deff", K_deff); k("uc", K_uc); k("u", K_u); k("bin", K_bin); k("f", K_f);
         k("fcharset", K_fcharset); k("cpg", K_cpg); k("red", K_red); k("green", K_green);
@@ -457,6 +462,7 @@ private:
     int m_pictType = 0;
     int m_picw = 0, m_pich = 0, m_picwgoal = 0, m_pichgoal = 0, m_scalex = 100, m_scaley = 100;
     int m_objectDepth = -1;
+    QString m_objectWhat; // what the kept group is, for its placeholder
     int m_imageCount = 0;
 };
 
@@ -962,7 +968,7 @@ void Reader::popGroup(qsizetype pos) {
         m_objectDepth = -1;
         QByteArray raw = m_in.sliced(st.start, pos - st.start + 1).toByteArray();
         m_stack.pop_back();
-        insertPlaceholder(raw, QStringLiteral("Embedded object"));
+        insertPlaceholder(raw, m_objectWhat);
         return;
     }
     m_stack.pop_back();
@@ -1138,6 +1144,9 @@ void Reader::controlWord(std::string_view word, bool hasParam, int param, qsizet
         m_scalex = m_scaley = 100;
         return;
     case K_object:
+    case K_header:
+    case K_footer:
+    case K_footnote:
         flushBytes();
         if (st.dest != Dest::Text || m_objectDepth >= 0) {
             st.dest = Dest::Skip;
@@ -1145,6 +1154,10 @@ void Reader::controlWord(std::string_view word, bool hasParam, int param, qsizet
         }
         st.dest = Dest::Object;
         m_objectDepth = int(m_stack.size()) - 1;
+        m_objectWhat = kw == K_object   ? QStringLiteral("Embedded object")
+                       : kw == K_header ? QStringLiteral("Header")
+                       : kw == K_footer ? QStringLiteral("Footer")
+                                        : QStringLiteral("Footnote");
         return;
     case K_field:
         flushBytes();

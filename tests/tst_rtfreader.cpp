@@ -349,10 +349,15 @@ void TestRtfReader::pictures() {
     QByteArray wmf = "{\\pict\\wmetafile8\\picw100\\pich100 0100090000}";
     QByteArray obj = "{\\object\\objemb{\\*\\objclass PBrush}{\\*\\objdata 0102}{\\result x}}";
     QByteArray bin = "{\\pict\\wmetafile8\\bin4 }}\xff}}";
+    // Page content (headers, footnotes) is kept the same way.
+    QByteArray note = "{\\footnote \\pard {\\super\\chftn} see page {\\b 4}\\par}";
+    QByteArray header = "{\\headerl \\pard\\qc Chapter\\par}";
     QTextDocument doc;
     installPlaceholderHandler(&doc);
-    QVERIFY(RtfReader::read(rtf("a" + pict + "b" + wmf + "c" + obj + "d" + bin + "e"), &doc));
-    QCOMPARE(plain(doc), QString("a\uFFFCb\uFFFCc\uFFFCd\uFFFCe"));
+    QVERIFY(RtfReader::read(
+        rtf("a" + pict + "b" + wmf + "c" + obj + "d" + bin + "e" + note + "f" + header + "g"),
+        &doc));
+    QCOMPARE(plain(doc), QString("a\uFFFCb\uFFFCc\uFFFCd\uFFFCe\uFFFCf\uFFFCg"));
     auto formatOf = [&](int pos) {
         QTextCursor c(&doc);
         c.setPosition(pos + 1);
@@ -364,10 +369,10 @@ void TestRtfReader::pictures() {
     QCOMPARE(image.height(), 30.0);
     QVERIFY(!doc.resource(QTextDocument::ImageResource, QUrl(image.name())).isNull());
     QCOMPARE(image.property(RtfConventions::RawGroupProperty).toByteArray(), pict);
-    const QByteArray raws[] = {wmf, obj, bin};
+    const QByteArray raws[] = {wmf, obj, bin, note, header};
     const char *labels[] = {"Picture (Windows metafile)", "Embedded object",
-                            "Picture (Windows metafile)"};
-    for (int i = 0; i < 3; ++i) {
+                            "Picture (Windows metafile)", "Footnote", "Header"};
+    for (int i = 0; i < 5; ++i) {
         QTextCharFormat f = formatOf(3 + 2 * i);
         QCOMPARE(f.objectType(), RtfConventions::PlaceholderObjectType);
         QCOMPARE(f.property(RtfConventions::RawGroupProperty).toByteArray(), raws[i]);
