@@ -288,6 +288,9 @@ void OnSubWindowActivated(QMdiSubWindow *frame) {
         return;
     }
     Documents::SetActive(window ? &window->document() : nullptr);
+    if (window) {
+        window->Form_Activate();
+    }
     modMain::MenuEnable(modDoc::OpenDocumentCount());
     Refresh();
 }

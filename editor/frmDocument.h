@@ -93,6 +93,8 @@ public:
 
     // The window's keyboard shortcuts; true when the key was consumed.
     bool Form_KeyDown(QKeyEvent *event);
+    // The window became the active one: the status bar and the splitter follow it.
+    void Form_Activate();
     // The closing question; true when the window may close.
     bool Form_QueryUnload();
     // True once the window has agreed to close (it goes at the next turn of the event loop).
@@ -115,7 +117,6 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    void Form_Activate();
     void trvOutline_NodeClick(Node *node);
     void trvOutline_Expand(Node *node);
     void trvOutline_Collapse(Node *node);
