@@ -91,19 +91,8 @@ bool ShowFileDialog(modFile::FileDialogRequest &request) {
 }
 
 bool ShowFontDialog(modFont::FontDialogValues &values) {
-    QFont initial;
-    if (!values.FontName.isEmpty()) {
-        initial.setFamily(values.FontName);
-    }
-    if (values.FontSize > 0) {
-        initial.setPointSizeF(values.FontSize);
-    }
-    initial.setBold(values.FontBold);
-    initial.setItalic(values.FontItalic);
-    initial.setUnderline(values.FontUnderline);
-    initial.setStrikeOut(values.FontStrikethru);
     bool ok = false;
-    const QFont chosen = QFontDialog::getFont(&ok, initial, g_frm, u"Font"_s);
+    const QFont chosen = QFontDialog::getFont(&ok, modFont::FontOf(values), g_frm, u"Font"_s);
     if (!ok) {
         return false;
     }

@@ -520,32 +520,30 @@ int IconRowHeight(QMdiArea *area) {
 } // namespace
 
 void frmMain::TileHorizontal() {
-    const QList<QMdiSubWindow *> windows = Tiled(m_mdi);
-    if (windows.isEmpty()) {
-        return;
-    }
-    const QRect area = m_mdi->viewport()->rect().adjusted(0, 0, 0, -IconRowHeight(m_mdi));
-    const int n = int(windows.size());
-    for (int i = 0; i < n; ++i) {
-        const int top = area.top() + area.height() * i / n;
-        const int bottom = area.top() + area.height() * (i + 1) / n;
-        windows[i]->showNormal();
-        windows[i]->setGeometry(area.left(), top, area.width(), bottom - top);
-    }
+    Tile(false);
 }
 
 void frmMain::TileVertical() {
+    Tile(true);
+}
+
+void frmMain::Tile(bool sideBySide) {
     const QList<QMdiSubWindow *> windows = Tiled(m_mdi);
     if (windows.isEmpty()) {
         return;
     }
     const QRect area = m_mdi->viewport()->rect().adjusted(0, 0, 0, -IconRowHeight(m_mdi));
     const int n = int(windows.size());
+    const int span = sideBySide ? area.width() : area.height();
     for (int i = 0; i < n; ++i) {
-        const int left = area.left() + area.width() * i / n;
-        const int right = area.left() + area.width() * (i + 1) / n;
+        const int from = span * i / n;
+        const int to = span * (i + 1) / n;
         windows[i]->showNormal();
-        windows[i]->setGeometry(left, area.top(), right - left, area.height());
+        if (sideBySide) {
+            windows[i]->setGeometry(area.left() + from, area.top(), to - from, area.height());
+        } else {
+            windows[i]->setGeometry(area.left(), area.top() + from, area.width(), to - from);
+        }
     }
 }
 

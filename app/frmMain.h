@@ -78,6 +78,8 @@ private:
     void Timer1_Timer();
     void TileHorizontal();
     void TileVertical();
+    // One above the other, or side by side.
+    void Tile(bool sideBySide);
     void ArrangeIcons();
 
     QMdiArea *m_mdi = nullptr;

@@ -19,6 +19,22 @@ bool ShowFont() {
     return g_dialog && g_dialog(g_dlg);
 }
 
+// Offers a font to the dialog; with onlySet, an unset name or size keeps the dialog's own.
+void Offer(const QString &name, double size, bool bold, bool italic, bool underline, bool strike,
+           bool onlySet) {
+    if (!onlySet || !name.isEmpty()) {
+        g_dlg.FontName = name;
+    }
+    if (!onlySet || size > 0) {
+        g_dlg.FontSize = size;
+    }
+    g_dlg.FontBold = bold;
+    g_dlg.FontItalic = italic;
+    g_dlg.FontUnderline = underline;
+    g_dlg.FontStrikethru = strike;
+    g_dlg.Color.reset();
+}
+
 void CopyBack(clsFont &font) {
     font.setName(g_dlg.FontName);
     font.setSize(g_dlg.FontSize);
@@ -37,19 +53,28 @@ RichTextBuffer *ActivePane(Document *&doc) {
 
 } // namespace
 
+QFont FontOf(const FontDialogValues &values, QFont base) {
+    if (!values.FontName.isEmpty()) {
+        base.setFamily(values.FontName);
+    }
+    if (values.FontSize > 0) {
+        base.setPointSizeF(values.FontSize);
+    }
+    base.setBold(values.FontBold);
+    base.setItalic(values.FontItalic);
+    base.setUnderline(values.FontUnderline);
+    base.setStrikeOut(values.FontStrikethru);
+    return base;
+}
+
 void SetFontDialogHandler(FontDialogHandler handler) {
     g_dialog = std::move(handler);
 }
 
 bool ChangeFontDetails(clsFont &font) {
     PROC("modFont ChangeFontDetails");
-    g_dlg.FontName = font.Name();
-    g_dlg.FontSize = font.Size();
-    g_dlg.FontBold = font.Bold();
-    g_dlg.FontItalic = font.Italic();
-    g_dlg.FontUnderline = font.Underline();
-    g_dlg.FontStrikethru = font.StrikeThrough();
-    g_dlg.Color.reset();
+    Offer(font.Name(), font.Size(), font.Bold(), font.Italic(), font.Underline(),
+          font.StrikeThrough(), false);
     if (!ShowFont()) {
         return false;
     }
@@ -59,17 +84,8 @@ bool ChangeFontDetails(clsFont &font) {
 
 bool ChangeTreeviewFont(clsFont &font) {
     PROC("modFont ChangeTreeviewFont");
-    if (!font.Name().isEmpty()) {
-        g_dlg.FontName = font.Name();
-    }
-    if (font.Size() > 0) {
-        g_dlg.FontSize = font.Size();
-    }
-    g_dlg.FontBold = font.Bold();
-    g_dlg.FontItalic = font.Italic();
-    g_dlg.FontUnderline = font.Underline();
-    g_dlg.FontStrikethru = font.StrikeThrough();
-    g_dlg.Color.reset();
+    Offer(font.Name(), font.Size(), font.Bold(), font.Italic(), font.Underline(),
+          font.StrikeThrough(), true);
     if (!ShowFont()) {
         return false;
     }
@@ -85,32 +101,12 @@ bool ChangeTreeviewFont(clsFont &font) {
 bool ChangeRTFFont(RichTextBuffer &pane) {
     PROC("modFont ChangeRTFFont");
     const QFont base = pane.Font();
-    if (!base.family().isEmpty()) {
-        g_dlg.FontName = base.family();
-    }
-    if (base.pointSizeF() > 0) {
-        g_dlg.FontSize = base.pointSizeF();
-    }
-    g_dlg.FontBold = base.bold();
-    g_dlg.FontItalic = base.italic();
-    g_dlg.FontUnderline = base.underline();
-    g_dlg.FontStrikethru = base.strikeOut();
-    g_dlg.Color.reset();
+    Offer(base.family(), base.pointSizeF(), base.bold(), base.italic(), base.underline(),
+          base.strikeOut(), true);
     if (!ShowFont()) {
         return false;
     }
-    QFont font = base;
-    if (!g_dlg.FontName.isEmpty()) {
-        font.setFamily(g_dlg.FontName);
-    }
-    if (g_dlg.FontSize > 0) {
-        font.setPointSizeF(g_dlg.FontSize);
-    }
-    font.setBold(g_dlg.FontBold);
-    font.setItalic(g_dlg.FontItalic);
-    font.setUnderline(g_dlg.FontUnderline);
-    font.setStrikeOut(g_dlg.FontStrikethru);
-    pane.SetFont(font);
+    pane.SetFont(FontOf(g_dlg, base));
     return true;
 }
 

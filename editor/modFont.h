@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QFont>
 #include <QString>
 
 #include <functional>
@@ -24,6 +25,10 @@ struct FontDialogValues {
     bool FontStrikethru = false;
     std::optional<QColor> Color; // the selection's colour, when the dialog is asked for it
 };
+
+// The font the values describe: the base font with the name (when set), the size (when set)
+// and the four styles of the values.
+QFont FontOf(const FontDialogValues &values, QFont base = QFont());
 
 // Shows the dialog: true when confirmed (the values then hold the choice), false when cancelled.
 // Without a handler every dialog is cancelled.
