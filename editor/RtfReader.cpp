@@ -585,7 +585,7 @@ void Reader::flushRun() {
         appendPlain(plainTarget(), m_run);
     else
         m_cursor.insertText(m_run, charFormat(m_runProps));
-    m_run.clear();
+    m_run.resize(0); // keeps its room for the next run
     m_blockStarted = true;
 }
 
