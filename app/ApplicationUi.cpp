@@ -24,6 +24,7 @@
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QPointer>
+#include <QRegularExpression>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QTreeView>
@@ -66,8 +67,10 @@ QStringList NameFilters(const QString &filter) {
     const QStringList parts = filter.split(u'|');
     QStringList filters;
     for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
-        // The description already shows the pattern: "Text Files (*.txt)".
-        filters.append(parts[i]);
+        // The description already shows the pattern: "Text Files (*.txt)". Here every file
+        // matches "*", with or without a dot in its name.
+        QString description = parts[i];
+        filters.append(description.replace(u"(*.*)"_s, u"(*)"_s));
     }
     return filters;
 }
@@ -80,6 +83,14 @@ bool ShowFileDialog(modFile::FileDialogRequest &request) {
     dialog.setOption(QFileDialog::DontConfirmOverwrite, !(request.Flags & 0x2));
     dialog.setNameFilters(NameFilters(request.Filter));
     dialog.setDefaultSuffix(request.DefaultExt);
+    // A name typed without extension takes the extension of the chosen kind of file.
+    QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, [&dialog](const QString &f) {
+        static const QRegularExpression pattern(u"\\(\\*\\.(\\w+)\\)"_s);
+        const QRegularExpressionMatch m = pattern.match(f);
+        if (m.hasMatch()) {
+            dialog.setDefaultSuffix(m.captured(1));
+        }
+    });
     if (!request.FileName.isEmpty()) {
         dialog.selectFile(request.FileName);
     }
