@@ -83,7 +83,7 @@ void TestRtfPlainText::sameAsBuffer_data() {
     row("hyperlink field",
         "{\\field{\\*\\fldinst{HYPERLINK \"http://x.org\"}}{\\fldrslt{\\ul link}}} after");
     row("other field", "{\\field{\\*\\fldinst PAGE}{\\fldrslt 7}}");
-    row("footnote skipped", "a{\\footnote note}b");
+    row("footnote kept whole", "a{\\footnote note}b");
     // Lists, both dialects.
     row("richedit bullets",
         "{\\pntext\\f1\\'b7\\tab}{\\*\\pn\\pnlvlblt\\pnf1\\pnindent0{\\pntxtb\\'b7}}"
