@@ -1,4 +1,3 @@
-#include "app/ApplicationUi.h"
 #include "app/frmMain.h"
 #include "app/modMain.h"
 #include "help/frmAbout.h"
@@ -24,7 +23,6 @@ int main(int argc, char *argv[]) {
 
     // 2. The main window loads; its load handler runs Initialise.
     frmMain frm;
-    ApplicationUi::Install(frm);
     frm.MDIForm_Load();
 
     // 3. The splash goes.
@@ -33,7 +31,5 @@ int main(int argc, char *argv[]) {
 
     // 4. The main window shows.
     frm.show();
-    const int result = app.exec();
-    ApplicationUi::Uninstall();
-    return result;
+    return app.exec();
 }

@@ -1,5 +1,7 @@
 #include "app/modMain.h"
 
+#include "util/MainWindowHost.h"
+
 #include "util/CodePage.h"
 #include "util/modString.h"
 
@@ -86,11 +88,7 @@ void ReportError() {
     }
     WriteLog(first + QStringLiteral(" - ") + Err.Description + QStringLiteral("\r\n") + Err.Source +
              QLatin1Char(' ') + CurrentProcName);
-    if (qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
-        while (QGuiApplication::overrideCursor()) {
-            QGuiApplication::restoreOverrideCursor();
-        }
-    }
+    Host().ResetPointer();
 }
 
 QString ProgramDirectory() {

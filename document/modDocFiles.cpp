@@ -1,5 +1,5 @@
 // File access of documents: whole-file reads, safe whole-file writes, the backup rule, the format
-// an extension implies, and the questions and settings the lifecycle consults.
+// an extension implies and the text-format warning.
 #include "document/modDoc.h"
 
 #include "app/modMain.h"
@@ -13,33 +13,6 @@
 #include <unistd.h>
 
 namespace modDoc {
-
-namespace {
-QuestionHandler g_questionHandler;
-std::function<bool()> g_backupRule;
-std::function<bool()> g_autoLabelEditRule;
-} // namespace
-
-void SetQuestionHandler(QuestionHandler handler) {
-    g_questionHandler = std::move(handler);
-}
-
-int AskQuestion(const QString &question) {
-    return g_questionHandler ? g_questionHandler(question) : int(Yes);
-}
-
-void SetBackupRule(std::function<bool()> backup) {
-    g_backupRule = std::move(backup);
-}
-void SetAutoLabelEditRule(std::function<bool()> rule) {
-    g_autoLabelEditRule = std::move(rule);
-}
-bool BackupOn() {
-    return g_backupRule ? g_backupRule() : false;
-}
-bool AutoLabelEditOn() {
-    return g_autoLabelEditRule ? g_autoLabelEditRule() : true;
-}
 
 QString TextFormatWarning() {
     return QStringLiteral("Warning - you are saving this document in text format.  ") +

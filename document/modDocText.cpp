@@ -7,6 +7,7 @@
 #include "document/modDoc.h"
 #include "outline/modNodes.h"
 #include "util/CodePage.h"
+#include "util/modGlobals.h"
 
 #include <vector>
 
@@ -136,7 +137,7 @@ bool DocImport(Document &doc, const QString &path) {
             DocLoadVersion(doc, bytes);
             doc.setOutlineVisible(true);
             Node *select = DocRoot(doc);
-            doc.m_bLabelEditAutomatic = modDoc::AutoLabelEditOn();
+            doc.m_bLabelEditAutomatic = modGlobals::AutoLabelEdit;
             if (doc.view()) {
                 doc.view()->DocumentStateChanged();
             }

@@ -1,52 +1,30 @@
 #pragma once
 
-#include <QString>
+#include "util/MainWindowHost.h"
 
-#include <functional>
+#include <QString>
 
 class Document;
 
 // The File menu's commands. Each acts on the active document and leaves the work to modDoc,
-// modDocText and modDocClipboard; the window system is reached through the hooks below, so the
-// commands also run without windows.
+// modDocText and modDocClipboard; dialogs and windows are the main window's (MainWindowHost), so
+// the commands also run without windows.
 namespace modFile {
 
-// The settings of the one common file dialog for a command.
-struct FileDialogRequest {
-    bool Save = false;  // a save dialog (else an open dialog)
-    QString DefaultExt; // "mvd" or "txt"
-    QString FileName;   // the initial name; the chosen name when the dialog is confirmed
-    QString Filter;     // description|pattern pairs, separated by "|"
-    int Flags = 0;      // the classic flags (file must exist 0x1000, overwrite prompt 0x2, ...)
-};
+using modMain::FileDialogRequest;
 inline constexpr int kOpenFlags = 0x281800;
 inline constexpr int kSaveFlags = 0x280802;
-
-// The dialog: true with request.FileName set when a name came back, false when cancelled.
-// Without a handler every dialog is cancelled.
-using FileDialogHandler = std::function<bool(FileDialogRequest &request)>;
-void SetFileDialogHandler(FileDialogHandler handler);
 
 // The filter of the native and text files; with "All Files" for opening.
 QString FileFilter(bool forOpening);
 QString TextFileFilter();
 
-// What the commands need of the windows. Unset hooks act on headless documents.
-struct WindowHooks {
-    // Makes the document's window the active one.
-    std::function<void(Document *doc)> Activate;
-    // Closes the document's window, which asks the closing question. Returns whether it closed.
-    std::function<bool(Document *doc)> Close;
-    // Closes the main window (and with it every document window).
-    std::function<void()> Exit;
-};
-void SetWindowHooks(WindowHooks hooks);
-
 // The closing question of a document about to close: true when it may close. Asks "Do you want
 // to save the file <name>?" of a changed, writable document; Yes saves it first.
 bool QueryUnload(Document &doc);
-// The bookkeeping after a document window has closed: the counter and the menus.
-void DocumentUnloaded();
+// The bookkeeping of a document allowed to close: it leaves the counter, stops being the active
+// one, and the menus follow.
+void DocumentUnloaded(Document &doc);
 
 void FileNew();
 void FileOpen();

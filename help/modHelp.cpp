@@ -1,15 +1,13 @@
 #include "help/modHelp.h"
 
-#include "app/MainWindowHost.h"
 #include "app/modMain.h"
+#include "util/MainWindowHost.h"
 
 namespace modHelp {
 
 void HelpAbout() {
     PROC("modHelp HelpAbout");
-    if (modMain::MainWindowHost *frm = modMain::MainWindow()) {
-        frm->ShowAbout();
-    }
+    modMain::Host().ShowAbout();
 }
 
 } // namespace modHelp

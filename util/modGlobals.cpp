@@ -1,4 +1,4 @@
-#include "app/modGlobals.h"
+#include "util/modGlobals.h"
 
 #include "app/modMain.h"
 
@@ -14,19 +14,6 @@ bool StartWithLatestDocuments = true;
 bool ViewStatusbar = true;
 bool ViewToolbar = true;
 qint32 TimerInterval = 250;
-
-clsFont g_fntOutlineFont;
-clsFont g_fntTextFont;
-clsFont g_fntCurrentFont;
-clsFont g_fntDocumentFont;
-
-void CreateFontRecords() {
-    PROC("modGlobals CreateFontRecords");
-    g_fntOutlineFont = clsFont();
-    g_fntTextFont = clsFont();
-    g_fntCurrentFont = clsFont();
-    g_fntDocumentFont = clsFont();
-}
 
 void InitialiseDefaults() {
     PROC("modMain InitialiseDefaults");
