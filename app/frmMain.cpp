@@ -57,6 +57,7 @@ frmMain::frmMain(QWidget *parent) : QMainWindow(parent) {
     setObjectName(u"frmMain"_s);
     setWindowTitle(u"Mavrolen"_s);
     setWindowIcon(ApplicationIcon());
+    QApplication::setWindowIcon(windowIcon());
     setAcceptDrops(true);
     m_mdi = new QMdiArea(this);
     m_mdi->setObjectName(u"MDIClient"_s);

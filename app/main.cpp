@@ -1,3 +1,4 @@
+#include "app/ToolbarIcons.h"
 #include "app/frmMain.h"
 #include "app/modMain.h"
 #include "help/frmAbout.h"
@@ -13,6 +14,7 @@ int main(int argc, char *argv[]) {
     if (QIcon::themeName().isEmpty()) {
         QIcon::setThemeName(QStringLiteral("Adwaita"));
     }
+    QApplication::setWindowIcon(ApplicationIcon());
     PROC("modMain Main");
 
     // 1. The About window as a splash: no OK button, not waiting, painted at once.

@@ -4,8 +4,8 @@
 #include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
-#include "editor/RichTextBuffer.h"
 #include "outline/modNodes.h"
+#include "richtext/RichTextBuffer.h"
 #include "util/MainWindowHost.h"
 
 using namespace Qt::StringLiterals;

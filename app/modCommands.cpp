@@ -5,11 +5,11 @@
 #include "app/modWindow.h"
 #include "document/Document.h"
 #include "document/modFile.h"
-#include "editor/RichTextBuffer.h"
 #include "editor/modFont.h"
 #include "editor/modView.h"
 #include "help/modHelp.h"
 #include "outline/modOutline.h"
+#include "richtext/RichTextBuffer.h"
 
 #include <QHash>
 

@@ -1,9 +1,9 @@
 // Speed of the outline commands on large outlines: moving an entry that carries a big subtree,
 // sorting everything, deleting many tagged entries, expanding and collapsing everything.
 #include "document/Document.h"
-#include "editor/TextPane.h"
 #include "outline/modNodes.h"
 #include "outline/modOutline.h"
+#include "richtext/TextPane.h"
 #include "support/FakeMainWindow.h"
 #include "util/MainWindowHost.h"
 

@@ -2,11 +2,11 @@
 // the read-only state and the open-document counter.
 #include "document/modDoc.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
 #include "outline/modNodes.h"
+#include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
 #include "util/modGlobals.h"
 #include "util/modString.h"

@@ -5,7 +5,7 @@
 #include <QList>
 #include <QString>
 
-#include "editor/clsFont.h"
+#include "richtext/clsFont.h"
 
 class Document;
 

@@ -1,11 +1,11 @@
 #include "document/modFile.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocClipboard.h"
 #include "document/modDocText.h"
 #include "outline/modNodes.h"
+#include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
 #include "util/modGlobals.h"
 #include "util/modString.h"

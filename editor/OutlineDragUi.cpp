@@ -1,9 +1,9 @@
 #include "editor/OutlineDragUi.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "editor/OutlineModel.h"
 #include "outline/modDrag.h"
+#include "util/ErrorLog.h"
 
 #include <QApplication>
 #include <QCursor>

@@ -1,13 +1,13 @@
 #include "editor/frmDocument.h"
 
-#include "app/modMain.h"
 #include "document/modFile.h"
 #include "editor/OutlineDragUi.h"
 #include "editor/OutlineModel.h"
-#include "editor/RichTextBuffer.h"
-#include "editor/clsFont.h"
 #include "editor/modView.h"
 #include "outline/modNodes.h"
+#include "richtext/RichTextBuffer.h"
+#include "richtext/clsFont.h"
+#include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
 
 #include <QAbstractItemDelegate>

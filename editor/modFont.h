@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/clsFont.h"
+#include "richtext/clsFont.h"
 #include "util/MainWindowHost.h"
 
 #include <QFont>

@@ -1,6 +1,6 @@
 #include "editor/modSplit.h"
 
-#include "app/modMain.h"
+#include "util/ErrorLog.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #include "editor/modView.h"
 
-#include "app/modMain.h"
 #include "editor/modSplit.h"
 #include "outline/modNodes.h"
+#include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
 #include "util/modGlobals.h"
 

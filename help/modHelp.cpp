@@ -1,6 +1,6 @@
 #include "help/modHelp.h"
 
-#include "app/modMain.h"
+#include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
 
 namespace modHelp {

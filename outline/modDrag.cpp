@@ -1,9 +1,9 @@
 #include "outline/modDrag.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "outline/modNodes.h"
 #include "outline/modOutline.h"
+#include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
 
 #include <QCoreApplication>

@@ -1,9 +1,9 @@
 #include "outline/modOutline.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
-#include "editor/clsFont.h"
 #include "outline/modNodes.h"
+#include "richtext/clsFont.h"
+#include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
 
 #include <unordered_set>

@@ -1,6 +1,5 @@
 // The native format on documents: the example byte for byte, round trips, damaged files, and
 // the choice of format when loading and saving.
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocV1.h"
@@ -10,6 +9,7 @@
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
 #include "support/TreeText.h"
+#include "util/ErrorLog.h"
 #include "util/modGlobals.h"
 
 #include <QFile>

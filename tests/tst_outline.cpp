@@ -10,6 +10,7 @@
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
 #include "support/TreeText.h"
+#include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
 
 #include <QGuiApplication>

@@ -8,6 +8,7 @@
 #include "support/DocTestSupport.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "util/ErrorLog.h"
 #include "util/modGlobals.h"
 
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "util/modGlobals.h"
 
-#include "app/modMain.h"
+#include "util/ErrorLog.h"
 
 namespace modGlobals {
 

@@ -1,11 +1,11 @@
 // The document window: outline, text pane and splitter kept in step with the entry tree.
 
 #include "editor/OutlineModel.h"
-#include "editor/RichTextBuffer.h"
 #include "editor/frmDocument.h"
 #include "editor/modSplit.h"
 #include "editor/modView.h"
 #include "outline/modNodes.h"
+#include "richtext/RichTextBuffer.h"
 #include "support/FakeDocument.h"
 #include "support/FakeMainWindow.h"
 #include "util/MainWindowHost.h"
