@@ -133,10 +133,13 @@ void frmMain::BindShortcuts(QAction *action, const QString &caption,
                             const QList<QKeySequence> &keys) {
     // A key the caption already shows (after its run of blanks) is bound beside the item, so that
     // the menu does not show it twice; the others are the item's own and show in the menu.
+    static const QRegularExpression tail(u"\\s{2,}(\\S+)$"_s);
+    const QRegularExpressionMatch m = tail.match(caption);
+    const QKeySequence shown =
+        m.hasMatch() ? QKeySequence::fromString(m.captured(1)) : QKeySequence();
     QList<QKeySequence> own;
     for (const QKeySequence &key : keys) {
-        if (!caption.endsWith(u"  "_s + key.toString(QKeySequence::PortableText)) &&
-            !caption.endsWith(u" "_s + key.toString(QKeySequence::PortableText))) {
+        if (key != shown) {
             own.append(key);
             continue;
         }
