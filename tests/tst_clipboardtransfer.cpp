@@ -1,11 +1,16 @@
-// Whole documents to and from the clipboard, on a fake clipboard.
+// Whole documents to and from the clipboard, on a fake clipboard and on the Qt clipboard
+// (offscreen platform).
 #include "document/Clipboard.h"
 #include "document/Document.h"
+#include "document/SystemClipboard.h"
 #include "document/modDocClipboard.h"
 #include "outline/modNodes.h"
 #include "support/DocTestSupport.h"
 #include "support/TestSupport.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
 #include <QtTest>
 
 using namespace DocTest;
@@ -55,9 +60,8 @@ private Q_SLOTS:
     }
     void import_data();
     void import();
-    void exportWithoutDocumentClears();
-    void exportOfEmptyTexts();
-    void exportOfExample();
+    void export_data();
+    void exportText();
     void exportWithoutClipboardIsReported();
 
 private:
@@ -65,23 +69,49 @@ private:
 };
 
 void TestClipboardTransfer::import_data() {
+    QTest::addColumn<bool>("system");
     QTest::addColumn<bool>("hasText");
     QTest::addColumn<bool>("hasRich");
     QTest::addColumn<QByteArray>("stored");
-    QTest::newRow("plain preferred over rich") << true << true << QByteArray("plain \xe9\r\nline");
-    QTest::newRow("rich only") << false << true << QByteArray("{\\rtf1 rich}");
-    QTest::newRow("empty clipboard") << false << false << QByteArray();
+    for (bool system : {false, true}) {
+        const QString on = system ? " (system)" : "";
+        QTest::newRow(qPrintable("plain preferred over rich" + on))
+            << system << true << true << QByteArray("plain \xe9\r\nline");
+        QTest::newRow(qPrintable("rich only" + on))
+            << system << false << true << QByteArray("{\\rtf1 rich}");
+        QTest::newRow(qPrintable("empty clipboard" + on))
+            << system << false << false << QByteArray();
+    }
 }
 
 void TestClipboardTransfer::import() {
+    QFETCH(bool, system);
     QFETCH(bool, hasText);
     QFETCH(bool, hasRich);
     QFETCH(QByteArray, stored);
-    if (hasText) {
-        m_clip.SetText(QString::fromUtf8("plain \u00e9\r\nline"));
-    }
-    if (hasRich) {
-        m_clip.SetRichText("{\\rtf1 rich}");
+    const QString text = QString::fromUtf8("plain \u00e9\r\nline");
+    SystemClipboard sys;
+    if (system) {
+        auto *data = new QMimeData;
+        if (hasText) {
+            data->setText(text);
+        }
+        if (hasRich) {
+            data->setData("text/rtf", "{\\rtf1 rich}");
+        }
+        QGuiApplication::clipboard()->setMimeData(data);
+        if (hasText && !sys.GetFormat(Clipboard::PlainText)) {
+            QSKIP("the platform has no clipboard");
+        }
+        QCOMPARE(sys.GetFormat(Clipboard::RichText), hasRich);
+        modDocClipboard::SetClipboard(&sys);
+    } else {
+        if (hasText) {
+            m_clip.SetText(text);
+        }
+        if (hasRich) {
+            m_clip.SetRichText("{\\rtf1 rich}");
+        }
     }
     Document *doc = newDocument();
     modDocClipboard::DocImport();
@@ -93,30 +123,33 @@ void TestClipboardTransfer::import() {
     QVERIFY(!modNodes::g_bDocTransfer);
 }
 
-void TestClipboardTransfer::exportWithoutDocumentClears() {
+void TestClipboardTransfer::export_data() {
+    QTest::addColumn<int>("document"); // 0 none, 1 empty texts, 2 the example
+    QTest::addColumn<QString>("text"); // null: the clipboard is left empty
+    // Keys and texts only: labels are not exported.
+    QTest::newRow("no document clears") << 0 << QString();
+    QTest::newRow("empty texts") << 1 << "0 \r\n0.1 \r\n0.1.1 \r\n0.2 \r\n";
+    QTest::newRow("example") << 2 << "0 Plans for the year\r\n0.1 \r\n0.2 Paint the hall\r\n";
+}
+
+void TestClipboardTransfer::exportText() {
+    QFETCH(int, document);
+    QFETCH(QString, text);
     m_clip.SetText("old");
+    m_clip.sets = 0;
+    if (document == 1) {
+        Document *doc = newDocument();
+        Node *root = add(doc, nullptr, "Projects");
+        add(doc, add(doc, root, "Garden"), "Beds");
+        add(doc, root, "House");
+    } else if (document == 2) {
+        exampleDocument();
+    }
     modDocClipboard::DocExport();
     QCOMPARE(m_clip.clears, 1);
-    QVERIFY(!m_clip.GetFormat(Clipboard::PlainText));
-}
-
-void TestClipboardTransfer::exportOfEmptyTexts() {
-    Document *doc = newDocument();
-    Node *root = add(doc, nullptr, "Projects");
-    Node *a = add(doc, root, "Garden");
-    add(doc, a, "Beds");
-    add(doc, root, "House");
-    modDocClipboard::DocExport();
-    // Keys and texts only: labels are not exported. Set once.
-    QCOMPARE(m_clip.text, QString("0 \r\n0.1 \r\n0.1.1 \r\n0.2 \r\n"));
-    QCOMPARE(m_clip.sets, 1);
-    QCOMPARE(m_clip.clears, 1);
-}
-
-void TestClipboardTransfer::exportOfExample() {
-    exampleDocument();
-    modDocClipboard::DocExport();
-    QCOMPARE(m_clip.text, QString("0 Plans for the year\r\n0.1 \r\n0.2 Paint the hall\r\n"));
+    QCOMPARE(m_clip.GetFormat(Clipboard::PlainText), !text.isNull());
+    QCOMPARE(m_clip.sets, text.isNull() ? 0 : 1); // set once
+    QCOMPARE(m_clip.text, text.isNull() ? QString() : text);
 }
 
 void TestClipboardTransfer::exportWithoutClipboardIsReported() {
@@ -128,5 +161,5 @@ void TestClipboardTransfer::exportWithoutClipboardIsReported() {
     QVERIFY(log.content().contains("modDocClipboard DocExport"));
 }
 
-QTEST_GUILESS_MAIN(TestClipboardTransfer)
+QTEST_MAIN(TestClipboardTransfer)
 #include "tst_clipboardtransfer.moc"
