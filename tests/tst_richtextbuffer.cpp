@@ -321,32 +321,10 @@ void TestRichTextBuffer::roundTrip_data() {
     QTest::addColumn<Build>("build");
     auto doc = [](const char *name, Build build) { QTest::newRow(name) << build; };
     doc("empty", [](RichTextBuffer &) {});
-    doc("plain paragraphs", [](RichTextBuffer &b) { setText(b, "one\r\n\r\nthree {x} \\ y"); });
+    // Runs of plain, formatted and aligned text are covered by the random round trip below and
+    // by the attribute table above; these rows hold what neither makes.
     doc("code page and unicode", [](RichTextBuffer &b) {
-        setText(b, QString::fromUtf8("caf\u00e9 \u20ac \u03a9 \U0001F4A9\ttab\vline"));
-    });
-    doc("every character attribute", [](RichTextBuffer &b) {
-        setText(b, "a b c d e f g h i");
-        select(b, 0, 1), b.SetSelBold(true);
-        select(b, 2, 1), b.SetSelItalic(true);
-        select(b, 4, 1), b.SetSelUnderline(true);
-        select(b, 6, 1), b.SetSelStrikeThru(true);
-        select(b, 8, 1), b.SetSelFontName("Courier New");
-        select(b, 10, 1), b.SetSelFontSize(18);
-        select(b, 12, 1), b.SetSelColor(QColor(10, 20, 30));
-        QTextCursor c(b.document());
-        c.setPosition(14);
-        c.setPosition(15, QTextCursor::KeepAnchor);
-        QTextCharFormat f;
-        f.setVerticalAlignment(QTextCharFormat::AlignSuperScript);
-        f.setBackground(QColor(255, 255, 0));
-        c.mergeCharFormat(f);
-    });
-    doc("paragraph formats", [](RichTextBuffer &b) {
-        setText(b, "left\r\ncentre\r\nright\r\nindented");
-        select(b, 6, 1), b.SetSelAlignment(2);
-        select(b, 13, 1), b.SetSelAlignment(1);
-        select(b, 19, 1), b.SetSelIndent(720);
+        setText(b, QString::fromUtf8("{x} \\ caf\u00e9 \u20ac \U0001F4A9\tt\vline\r\n\r\n"));
     });
     doc("bullets and numbers", [](RichTextBuffer &b) {
         setText(b, "intro\r\nb1\r\nb2\r\nn1\r\nn2\r\nend");
