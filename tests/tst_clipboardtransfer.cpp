@@ -1,6 +1,4 @@
-// Whole documents to and from the clipboard, on a fake clipboard and on the Qt clipboard
-// (offscreen platform).
-#include "document/Clipboard.h"
+// Whole documents to and from the clipboard (the Qt clipboard of the offscreen platform).
 #include "document/Document.h"
 #include "document/SystemClipboard.h"
 #include "document/modDocClipboard.h"
@@ -11,108 +9,68 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
+#include <QSignalSpy>
 #include <QtTest>
 
 using namespace DocTest;
 
-namespace {
-
-class FakeClipboard : public Clipboard {
-public:
-    void Clear() override {
-        ++clears;
-        hasText = hasRich = false;
-        text.clear();
-        rich.clear();
-    }
-    bool GetFormat(int format) const override {
-        return format == PlainText ? hasText : format == RichText ? hasRich : false;
-    }
-    QString GetText() const override { return text; }
-    QByteArray GetRichText() const override { return rich; }
-    void SetText(const QString &t) override {
-        ++sets;
-        text = t;
-        hasText = true;
-    }
-    void SetRichText(const QByteArray &r) override {
-        rich = r;
-        hasRich = true;
-    }
-    bool hasText = false;
-    bool hasRich = false;
-    QString text;
-    QByteArray rich;
-    int clears = 0;
-    int sets = 0;
-};
-
-} // namespace
-
 class TestClipboardTransfer : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { modDocClipboard::SetClipboard(&m_clip); }
+    void init();
     void cleanup() {
         closeAll();
         modDocClipboard::SetClipboard(nullptr);
-        m_clip = FakeClipboard();
     }
     void import_data();
     void import();
-    void export_data();
+    void exportText_data();
     void exportText();
     void exportWithoutClipboardIsReported();
 
 private:
-    FakeClipboard m_clip;
+    // Puts plain text and/or RTF on the clipboard at once.
+    void put(const QString &text, const QByteArray &rich);
+    SystemClipboard m_clip;
 };
 
-void TestClipboardTransfer::import_data() {
-    QTest::addColumn<bool>("system");
-    QTest::addColumn<bool>("hasText");
-    QTest::addColumn<bool>("hasRich");
-    QTest::addColumn<QByteArray>("stored");
-    for (bool system : {false, true}) {
-        const QString on = system ? " (system)" : "";
-        QTest::newRow(qPrintable("plain preferred over rich" + on))
-            << system << true << true << QByteArray("plain \xe9\r\nline");
-        QTest::newRow(qPrintable("rich only" + on))
-            << system << false << true << QByteArray("{\\rtf1 rich}");
-        QTest::newRow(qPrintable("empty clipboard" + on))
-            << system << false << false << QByteArray();
+void TestClipboardTransfer::put(const QString &text, const QByteArray &rich) {
+    auto *data = new QMimeData;
+    if (!text.isNull()) {
+        data->setText(text);
     }
+    if (!rich.isNull()) {
+        data->setData("text/rtf", rich);
+    }
+    QGuiApplication::clipboard()->setMimeData(data);
+}
+
+void TestClipboardTransfer::init() {
+    put("probe", {});
+    if (!m_clip.GetFormat(Clipboard::PlainText)) {
+        QSKIP("the platform has no clipboard");
+    }
+    modDocClipboard::SetClipboard(&m_clip);
+}
+
+void TestClipboardTransfer::import_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("rich");
+    QTest::addColumn<QByteArray>("stored");
+    QTest::newRow("plain preferred over rich")
+        << QString::fromUtf8("plain \u00e9\r\nline") << QByteArray("{\\rtf1 rich}")
+        << QByteArray("plain \xe9\r\nline");
+    QTest::newRow("rich only") << QString() << QByteArray("{\\rtf1 rich}")
+                               << QByteArray("{\\rtf1 rich}");
+    QTest::newRow("empty clipboard") << QString() << QByteArray() << QByteArray();
 }
 
 void TestClipboardTransfer::import() {
-    QFETCH(bool, system);
-    QFETCH(bool, hasText);
-    QFETCH(bool, hasRich);
+    QFETCH(QString, text);
+    QFETCH(QByteArray, rich);
     QFETCH(QByteArray, stored);
-    const QString text = QString::fromUtf8("plain \u00e9\r\nline");
-    SystemClipboard sys;
-    if (system) {
-        auto *data = new QMimeData;
-        if (hasText) {
-            data->setText(text);
-        }
-        if (hasRich) {
-            data->setData("text/rtf", "{\\rtf1 rich}");
-        }
-        QGuiApplication::clipboard()->setMimeData(data);
-        if (hasText && !sys.GetFormat(Clipboard::PlainText)) {
-            QSKIP("the platform has no clipboard");
-        }
-        QCOMPARE(sys.GetFormat(Clipboard::RichText), hasRich);
-        modDocClipboard::SetClipboard(&sys);
-    } else {
-        if (hasText) {
-            m_clip.SetText(text);
-        }
-        if (hasRich) {
-            m_clip.SetRichText("{\\rtf1 rich}");
-        }
-    }
+    put(text, rich);
+    QCOMPARE(m_clip.GetFormat(Clipboard::RichText), !rich.isNull());
     Document *doc = newDocument();
     modDocClipboard::DocImport();
     QCOMPARE(doc->trvOutline().Count(), 1);
@@ -123,7 +81,7 @@ void TestClipboardTransfer::import() {
     QVERIFY(!modNodes::g_bDocTransfer);
 }
 
-void TestClipboardTransfer::export_data() {
+void TestClipboardTransfer::exportText_data() {
     QTest::addColumn<int>("document"); // 0 none, 1 empty texts, 2 the example
     QTest::addColumn<QString>("text"); // null: the clipboard is left empty
     // Keys and texts only: labels are not exported.
@@ -135,8 +93,7 @@ void TestClipboardTransfer::export_data() {
 void TestClipboardTransfer::exportText() {
     QFETCH(int, document);
     QFETCH(QString, text);
-    m_clip.SetText("old");
-    m_clip.sets = 0;
+    put("old", "{\\rtf1 old}");
     if (document == 1) {
         Document *doc = newDocument();
         Node *root = add(doc, nullptr, "Projects");
@@ -145,11 +102,12 @@ void TestClipboardTransfer::exportText() {
     } else if (document == 2) {
         exampleDocument();
     }
+    QSignalSpy changes(QGuiApplication::clipboard(), &QClipboard::dataChanged);
     modDocClipboard::DocExport();
-    QCOMPARE(m_clip.clears, 1);
+    QCOMPARE(changes.count(), text.isNull() ? 1 : 2); // cleared, then set once
+    QVERIFY(!m_clip.GetFormat(Clipboard::RichText));
     QCOMPARE(m_clip.GetFormat(Clipboard::PlainText), !text.isNull());
-    QCOMPARE(m_clip.sets, text.isNull() ? 0 : 1); // set once
-    QCOMPARE(m_clip.text, text.isNull() ? QString() : text);
+    QCOMPARE(m_clip.GetText(), text.isNull() ? QString() : text);
 }
 
 void TestClipboardTransfer::exportWithoutClipboardIsReported() {
