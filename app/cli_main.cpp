@@ -138,12 +138,12 @@ enum class Target { Unknown, Native, Text, Pdf, Html, Markdown };
 
 Target targetOf(const QString &path) {
     const QString ext = QFileInfo(path).suffix().toLower();
-    return ext == u"mvd"    ? Target::Native
-           : ext == u"txt"  ? Target::Text
-           : ext == u"pdf"  ? Target::Pdf
-           : ext == u"html" ? Target::Html
-           : ext == u"md"   ? Target::Markdown
-                            : Target::Unknown;
+    return ext == QLatin1String("mvd")    ? Target::Native
+           : ext == QLatin1String("txt")  ? Target::Text
+           : ext == QLatin1String("pdf")  ? Target::Pdf
+           : ext == QLatin1String("html") ? Target::Html
+           : ext == QLatin1String("md")   ? Target::Markdown
+                                          : Target::Unknown;
 }
 
 Node *entryWithKey(Document *doc, const QString &key) {

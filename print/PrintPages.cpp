@@ -206,7 +206,7 @@ void PrintPages::cutsOf(QTextDocument *doc, qreal top, bool keepFirstLine) {
         const QRectF rect = layout->blockBoundingRect(block);
         const qreal firstLine = tl->lineAt(0).y();
         const bool forced =
-            block.blockFormat().pageBreakPolicy() & QTextFormat::PageBreak_AlwaysBefore;
+            block.blockFormat().pageBreakPolicy().testFlag(QTextFormat::PageBreak_AlwaysBefore);
         for (int i = 0; i < tl->lineCount(); ++i) {
             // A heading is never cut: only its first line may begin a page.
             add(rect.top() + tl->lineAt(i).y() - firstLine, forced && i == 0,
@@ -332,7 +332,9 @@ void PrintPages::paintPage(QPainter &painter, int index, int total) {
         const QRectF clip(-offset.x(), start - it->top, pageWidth, end - start);
         painter.setClipRect(clip, Qt::IntersectClip);
         QAbstractTextDocumentLayout::PaintContext context;
-        context.clip = clip;
+        // The layout draws whatever touches its clip: lines that end where the page begins, or
+        // begin where it ends, would be drawn invisibly but still be text of the page.
+        context.clip = clip.adjusted(0, 2, 0, -2);
         context.palette.setColor(QPalette::Text, Qt::black);
         doc->documentLayout()->draw(&painter, context);
         painter.restore();

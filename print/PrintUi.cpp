@@ -18,6 +18,8 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 PrintChoiceDialog::PrintChoiceDialog(const modPrint::PrintChoice &choice, bool hasCurrentEntry,
                                      QWidget *parent)
     : QDialog(parent) {

@@ -12,6 +12,7 @@
 #include "util/modString.h"
 
 #include <QBuffer>
+#include <QHash>
 #include <QImage>
 #include <QPixmap>
 #include <QTextBlock>
@@ -101,9 +102,34 @@ QString escapeHtml(const QString &text) {
 class HtmlWriter {
 public:
     explicit HtmlWriter(const QTextDocument &doc) : m_doc(doc) {}
+    // The font most of the text has goes on one division around it; runs name only the fonts
+    // that differ from it.
     QString run() {
+        QHash<QString, int> families;
+        QHash<qreal, int> sizes;
+        for (QTextBlock b = m_doc.begin(); b.isValid(); b = b.next()) {
+            for (QTextBlock::iterator it = b.begin(); !it.atEnd(); ++it) {
+                const QTextCharFormat f = it.fragment().charFormat();
+                families[family(f)] += it.fragment().length();
+                sizes[f.hasProperty(QTextFormat::FontPointSize) ? f.fontPointSize() : 0] +=
+                    it.fragment().length();
+            }
+        }
+        m_family = mostUsed(families);
+        m_size = mostUsed(sizes);
         flow(m_doc.rootFrame()->begin(), m_doc.rootFrame()->end());
-        return m_out;
+        QStringList css;
+        if (!m_family.isEmpty()) {
+            css << QStringLiteral("font-family:'%1'").arg(escapeHtml(m_family));
+        }
+        if (m_size > 0) {
+            css << QStringLiteral("font-size:%1pt").arg(m_size);
+        }
+        if (css.isEmpty()) {
+            return m_out;
+        }
+        return QStringLiteral("<div style=\"%1\">\n").arg(css.join(u';')) + m_out +
+               QLatin1String("</div>\n");
     }
 
 private:
@@ -127,6 +153,9 @@ private:
             }
             const QTextBlock b = it.currentBlock();
             const QTextList *list = b.textList();
+            if (list && b.length() <= 1) {
+                continue; // an empty item has nothing to show
+            }
             if (list != open) {
                 close();
                 if (list) {
@@ -209,7 +238,15 @@ private:
                     m_out += QStringLiteral(" rowspan=\"%1\"").arg(cell.rowSpan());
                 }
                 m_out += QLatin1Char('>');
-                flow(cell.begin(), cell.end());
+                // A cell of one plain paragraph holds its text without a paragraph around it.
+                QTextFrame::iterator only = cell.begin();
+                const QTextBlock single = only.currentBlock();
+                if (single.isValid() && !single.textList() && ++only == cell.end() &&
+                    blockStyle(single.blockFormat(), false).isEmpty()) {
+                    m_out += inlines(single);
+                } else {
+                    flow(cell.begin(), cell.end());
+                }
                 m_out += QLatin1String("</td>");
             }
             m_out += QLatin1String("</tr>\n");
@@ -251,7 +288,25 @@ private:
         return out;
     }
 
-    static QString wrap(const QTextCharFormat &f, QString text) {
+    template <class T> static T mostUsed(const QHash<T, int> &counts) {
+        T best{};
+        int most = 0;
+        for (auto it = counts.begin(); it != counts.end(); ++it) {
+            if (it.value() > most) {
+                most = it.value();
+                best = it.key();
+            }
+        }
+        return best;
+    }
+
+    static QString family(const QTextCharFormat &f) {
+        const QStringList families = f.fontFamilies().toStringList();
+        QString name = families.isEmpty() ? QString() : families.first();
+        return name.remove(u'\'').remove(u'"');
+    }
+
+    QString wrap(const QTextCharFormat &f, QString text) const {
         if (f.fontStrikeOut()) {
             text = QLatin1String("<s>") + text + QLatin1String("</s>");
         }
@@ -265,13 +320,12 @@ private:
             text = QLatin1String("<b>") + text + QLatin1String("</b>");
         }
         QStringList css;
-        const QStringList families = f.fontFamilies().toStringList();
-        if (!families.isEmpty() && !families.first().isEmpty()) {
-            QString family = families.first();
-            family.remove(u'\'').remove(u'"');
-            css << QStringLiteral("font-family:'%1'").arg(escapeHtml(family));
+        const QString name = family(f);
+        if (!name.isEmpty() && name != m_family) {
+            css << QStringLiteral("font-family:'%1'").arg(escapeHtml(name));
         }
-        if (f.hasProperty(QTextFormat::FontPointSize) && f.fontPointSize() > 0) {
+        if (f.hasProperty(QTextFormat::FontPointSize) && f.fontPointSize() > 0 &&
+            f.fontPointSize() != m_size) {
             css << QStringLiteral("font-size:%1pt").arg(f.fontPointSize());
         }
         if (f.hasProperty(QTextFormat::ForegroundBrush) && f.foreground().style() != Qt::NoBrush) {
@@ -293,6 +347,8 @@ private:
 
     const QTextDocument &m_doc;
     QString m_out;
+    QString m_family;
+    qreal m_size = 0;
 };
 
 // Markdown text: every ASCII punctuation that could start markup is escaped.
@@ -352,6 +408,7 @@ private:
 
     void flow(QTextFrame::iterator it, const QTextFrame::iterator &end) {
         bool inList = false;
+        const QTextList *current = nullptr;
         for (; it != end; ++it) {
             if (QTextFrame *frame = it.currentFrame()) {
                 if (inList) {
@@ -368,6 +425,13 @@ private:
             const QTextBlock b = it.currentBlock();
             const QTextList *list = b.textList();
             const QString text = inlines(b);
+            if (list && text.trimmed().isEmpty()) {
+                continue;
+            }
+            if (list && inList && list != current) {
+                m_out += QLatin1Char('\n'); // the next list
+            }
+            current = list;
             if (list) {
                 const QString marker = isOrdered(list)
                                            ? QStringLiteral("%1. ").arg(list->itemNumber(b) + 1)

@@ -20,6 +20,7 @@
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QTextFrame>
+#include <QtNumeric>
 
 #include <algorithm>
 
@@ -159,12 +160,14 @@ QPageLayout PageLayoutLoad() {
     if (!size.isValid() || !(left >= 0 && top >= 0 && right >= 0 && bottom >= 0)) {
         return layout;
     }
-    const bool landscape =
-        modSettings::GetSetting(kPageSetup, QStringLiteral("Orientation")) == u"Landscape";
+    const bool landscape = modSettings::GetSetting(kPageSetup, QStringLiteral("Orientation")) ==
+                           QLatin1String("Landscape");
     QPageLayout kept(size, landscape ? QPageLayout::Landscape : QPageLayout::Portrait,
                      QMarginsF(left, top, right, bottom), QPageLayout::Millimeter);
-    // Margins too wide for the paper are not kept.
-    return kept.isValid() && kept.margins() == QMarginsF(left, top, right, bottom) ? kept : layout;
+    // Margins that leave no room on the paper are not kept.
+    const bool fits = kept.isValid() && kept.margins() == QMarginsF(left, top, right, bottom) &&
+                      !kept.paintRect().isEmpty();
+    return fits ? kept : layout;
 }
 
 void PageLayoutSave(const QPageLayout &layout) {
@@ -188,8 +191,10 @@ void PageLayoutSave(const QPageLayout &layout) {
 void PrintChoiceLoad(PrintChoice &choice) {
     PROC("modPrint PrintChoiceLoad");
     // Anything but "False" keeps the default (yes) for both answers.
-    choice.Children = modSettings::GetSetting(kPrint, QStringLiteral("Children")) != u"False";
-    choice.Texts = modSettings::GetSetting(kPrint, QStringLiteral("Texts")) != u"False";
+    choice.Children =
+        modSettings::GetSetting(kPrint, QStringLiteral("Children")) != QLatin1String("False");
+    choice.Texts =
+        modSettings::GetSetting(kPrint, QStringLiteral("Texts")) != QLatin1String("False");
 }
 
 void PrintChoiceSave(const PrintChoice &choice) {

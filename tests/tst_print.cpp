@@ -12,6 +12,7 @@
 #include <QImage>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QSet>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTextDocument>
@@ -133,10 +134,10 @@ void TestPrint::printedPages() {
     QSet<QString> withText;
     const QStringList counts = lines.split(',');
     for (int i = 0; i < counts.size(); ++i) {
-        QString count = counts[i];
+        const bool page = counts[i].startsWith('p');
+        const int count = QString(counts[i]).remove('p').toInt();
         QStringList text;
-        const bool page = count.startsWith('p');
-        for (int k = 1; k <= count.remove('p').toInt(); ++k) {
+        for (int k = 1; k <= count; ++k) {
             text << QString("Line %1 of entry %2").arg(k).arg(i + 1);
             if (page && k == 1) {
                 text << "\\page";
@@ -144,7 +145,7 @@ void TestPrint::printedPages() {
         }
         const QString heading = QString("0.%1 Entry %1").arg(i + 1);
         DocTest::add(doc, root, QString("Entry %1").arg(i + 1),
-                     text.isEmpty() ? "" : rtfLines(text));
+                     text.isEmpty() ? QByteArray() : rtfLines(text));
         expected << heading;
         if (texts && !text.isEmpty()) {
             withText << heading;
@@ -179,15 +180,15 @@ void TestPrint::printedPages() {
 
 void TestPrint::pageSetupKept_data() {
     QTest::addColumn<QString>("stored"); // settings lines "key=value;..." before reading, or ""
-    QTest::addColumn<QString>("paper");  // expected page size key, orientation, margins
+    QTest::addColumn<QString>("paper");  // expected paper size in mm, orientation, margins
     const QString fallback = QLocale::system().measurementSystem() == QLocale::ImperialUSSystem
-                                 ? "Letter Portrait 20,20,20,20"
-                                 : "A4 Portrait 20,20,20,20";
+                                 ? "215.9x279.4 Portrait 20,20,20,20"
+                                 : "210x297 Portrait 20,20,20,20";
     QTest::newRow("nothing kept") << "" << fallback;
     QTest::newRow("saved A5 landscape") << "save:A5,Landscape,5,10,15,20"
-                                        << "A5 Landscape 5,10,15,20";
+                                        << "148x210 Landscape 5,10,15,20";
     QTest::newRow("saved custom paper") << "save:Custom,Portrait,10,10,10,10"
-                                        << "Custom Portrait 10,10,10,10";
+                                        << "150x200 Portrait 10,10,10,10";
     QTest::newRow("margins wider than the paper")
         << "PaperSize=A6;MarginLeft=80;MarginTop=1;MarginRight=80;MarginBottom=1" << fallback;
     QTest::newRow("margin not a number")
@@ -217,10 +218,12 @@ void TestPrint::pageSetupKept() {
     }
     const QPageLayout layout = modPrint::PageLayoutLoad();
     const QMarginsF m = layout.margins(QPageLayout::Millimeter);
+    const QSizeF sheet = layout.pageSize().size(QPageSize::Millimeter);
     const QString got =
-        QString("%1 %2 %3,%4,%5,%6")
-            .arg(layout.pageSize().key(),
-                 layout.orientation() == QPageLayout::Landscape ? "Landscape" : "Portrait")
+        QString("%1x%2 %3 %4,%5,%6,%7")
+            .arg(sheet.width())
+            .arg(sheet.height())
+            .arg(layout.orientation() == QPageLayout::Landscape ? "Landscape" : "Portrait")
             .arg(m.left())
             .arg(m.top())
             .arg(m.right())
@@ -236,25 +239,27 @@ void TestPrint::richTextPublished_data() {
         {"headings by depth", "<h1>0 Notes</h1>", "# 0 Notes", "0 Notes</h1>"},
         {"child heading", "<h2>0.1 Rich &amp; rare</h2>", "## 0.1 Rich \\& rare",
          "0.1 Rich &amp; rare</h2>"},
-        {"deep heading", "<h6>0.1.1.1.1.1 Deep</h6>", "###### 0.1.1.1.1.1 Deep",
-         "0.1.1.1.1.1 Deep</h6>"},
+        {"deeper than six levels", "<h6>0.1.1.1.1.1.1 Deep</h6>", "###### 0.1.1.1.1.1.1 Deep",
+         "0.1.1.1.1.1.1 Deep</h6>"},
+        {"the text's own font once", "<div style=\"font-family:'Arial';font-size:12pt\">\n<p>Plain",
+         "Plain", ""},
         {"bold", "<b>bold words</b>", "**bold words**", "<strong>bold words</strong>"},
         {"italic", "<i>italic</i>", "*italic*", "<em>italic</em>"},
         {"underline", "<u>under</u>", "<u>under</u>", "<u>under</u>"},
         {"strike", "<s>struck</s>", "~~struck~~", "<del>struck</del>"},
         {"bold italic", "<b><i>both</i></b>", "***both***", "<strong><em>both</em></strong>"},
-        {"colour", "color:#ff0000\">red</span>", "red", ""},
+        {"colour", "<span style=\"color:#ff0000\">red</span>", "red", ""},
         {"centred", "<p style=\"text-align:center\">Centred line</p>", "Centred line", ""},
         {"escaping", "a &lt;tag&gt; *star*", "a \\<tag\\> \\*star\\*", "a &lt;tag&gt; *star*"},
         {"bullets", "<ul>\n<li>first bullet</li>\n<li>second bullet</li>\n</ul>",
          "- first bullet\n- second bullet\n", "<li>first bullet</li>"},
         {"numbering", "<ol>\n<li>one</li>\n<li>two</li>\n</ol>", "1. one\n2. two\n",
          "<ol type=\"1\">"},
-        {"table", "<tr><td><p>a1</p>\n</td><td><p>b1</p>\n</td></tr>",
+        {"table", "<table>\n<tr><td>a1</td><td>b1</td></tr>\n<tr><td>a2</td><td>b2</td></tr>",
          "| a1 | b1 |\n| --- | --- |\n| a2 | b2 |", "<td>b2</td>"},
         {"picture", "<img src=\"data:image/png;base64,", "![](data:image/png;base64,",
-         "<img src=\"data:image/png;base64,"},
-        {"empty text has only its heading", "<h2>0.2 Empty</h2>\n<h2>", "## 0.2 Empty\n\n##", ""},
+         "src=\"data:image/png;base64,"},
+        {"empty text has only its heading", "<h2>0.2 Empty</h2>\n</body>", "## 0.2 Empty\n", ""},
     });
 }
 
@@ -280,8 +285,8 @@ void TestPrint::richTextPublished() {
         "second bullet\\par\n"
         "\\pard{\\*\\pn\\pnlvlbody\\pndec}\\fi-360\\li360 one\\par\n"
         "two\\par\n"
-        "\\pard\\trowd\\cellx2000\\cellx4000 a1\\cell b1\\cell\\row\n"
-        "\\trowd\\cellx2000\\cellx4000 a2\\cell b2\\cell\\row\n"
+        "\\pard\\trowd\\cellx2000\\cellx4000\\intbl a1\\cell b1\\cell\\row\n"
+        "\\trowd\\cellx2000\\cellx4000\\intbl a2\\cell b2\\cell\\row\n"
         "\\pard Picture {\\pict\\pngblip\\picw4\\pich3 " +
         png.toHex() + "}\\par\n}";
     Document *doc = DocTest::newDocument();
