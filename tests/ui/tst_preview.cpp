@@ -80,11 +80,20 @@ void TestPreview::choiceDialog() {
     QVERIFY(whileShown);
     modPrint::PrintChoice kept;
     modPrint::PrintChoiceLoad(kept);
-    const QString got = QString("%1%2%3|%4%5")
-                            .arg(choice.CurrentEntryOnly ? "entry" : "document",
-                                 choice.Children ? " children" : "", choice.Texts ? " texts" : "",
-                                 kept.Children ? "children" : "", kept.Texts ? " texts" : "");
-    QCOMPARE(got.replace("| ", "|"), expected);
+    QStringList now{choice.CurrentEntryOnly ? "entry" : "document"};
+    QStringList next;
+    for (const auto &[on, word] :
+         {std::pair{choice.Children, "children"}, {choice.Texts, "texts"}}) {
+        if (on) {
+            now << word;
+        }
+    }
+    for (const auto &[on, word] : {std::pair{kept.Children, "children"}, {kept.Texts, "texts"}}) {
+        if (on) {
+            next << word;
+        }
+    }
+    QCOMPARE(now.join(' ') + '|' + next.join(' '), expected);
 }
 
 void TestPreview::previewAndPrint_data() {
