@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QHash>
+#include <QIcon>
 #include <QKeySequence>
 #include <QLabel>
 #include <QPageSetupDialog>
@@ -129,7 +130,7 @@ frmPreview::frmPreview(PagesFactory factory, const QPageLayout &layout, const QS
     setObjectName(QStringLiteral("frmPreview"));
     setWindowTitle(QStringLiteral("Print preview - ") + title);
     setAttribute(Qt::WA_DeleteOnClose);
-    resize(820, 900);
+    resize(900, 900);
 
     m_scroll = new QScrollArea(this);
     m_scroll->setAlignment(Qt::AlignHCenter);
@@ -180,6 +181,27 @@ frmPreview::frmPreview(PagesFactory factory, const QPageLayout &layout, const QS
     bar->addSeparator();
     QAction *close = bar->addAction(QStringLiteral("&Close"), this, &QWidget::close);
     close->setShortcut(QKeySequence(Qt::Key_Escape));
+    // The desktop's icons where its theme has them; the captions otherwise.
+    static const std::pair<const char *, const char *> icons[] = {
+        {"&Print...", "document-print"},
+        {"Page set&up...", "document-page-setup"},
+        {"First", "go-first"},
+        {"Previous", "go-previous"},
+        {"Next", "go-next"},
+        {"Last", "go-last"},
+        {"Zoom out", "zoom-out"},
+        {"Zoom in", "zoom-in"},
+        {"Fit width", "zoom-fit-width"},
+        {"Whole page", "zoom-fit-best"},
+        {"&Close", "window-close"}};
+    for (QAction *action : bar->actions()) {
+        for (const auto &[text, theme] : icons) {
+            if (action->text() == QLatin1String(text)) {
+                action->setIcon(QIcon::fromTheme(QLatin1String(theme)));
+                action->setToolTip(QString(action->text()).remove(u'&'));
+            }
+        }
+    }
 
     connect(m_pageBox, &QSpinBox::valueChanged, this,
             [this](int page) { setCurrentPage(page - 1); });
