@@ -69,32 +69,50 @@ QPointF PrintPages::paintOffset() const {
 std::unique_ptr<QTextDocument> PrintPages::build(const Piece &piece) {
     auto doc = std::make_unique<QTextDocument>();
     doc->setUndoRedoEnabled(false);
-    doc->documentLayout()->setPaintDevice(&m_device);
     doc->setDocumentMargin(0);
     doc->setDefaultFont(m_textFont);
-    doc->setTextWidth(m_paint.width());
     const modPrint::PrintEntry &entry = m_entries[size_t(piece.entry)];
     if (!piece.heading) {
         if (!modPrint::EntryTextDocument(entry.Stored, doc.get())) {
             return nullptr;
         }
-        return doc;
+    } else {
+        const int level = modPrint::HeadingLevel(entry.Depth);
+        static const qreal sizes[] = {16, 14, 12.5, 11.5, 11, 10.5};
+        QTextBlockFormat bf;
+        bf.setHeadingLevel(level);
+        bf.setTopMargin(level == 1 ? 18 : 12);
+        bf.setBottomMargin(6);
+        QTextCharFormat cf;
+        cf.setFontFamilies(QStringList{m_textFont.family()});
+        cf.setFontPointSize(sizes[level - 1]);
+        cf.setFontWeight(QFont::Bold);
+        QTextCursor cursor(doc.get());
+        cursor.setBlockFormat(bf);
+        cursor.setBlockCharFormat(cf);
+        cursor.insertText(entry.Heading, cf);
     }
-    const int level = modPrint::HeadingLevel(entry.Depth);
-    static const qreal sizes[] = {16, 14, 12.5, 11.5, 11, 10.5};
-    QTextBlockFormat bf;
-    bf.setHeadingLevel(level);
-    // Space above in pixels at 96 dpi, as all text lengths are.
-    bf.setTopMargin(level == 1 ? 18 : 12);
-    bf.setBottomMargin(6);
-    QTextCharFormat cf;
-    cf.setFontFamilies(QStringList{m_textFont.family()});
-    cf.setFontPointSize(sizes[level - 1]);
-    cf.setFontWeight(QFont::Bold);
+    // Paragraph indents and spacing are pixels at 96 dpi; the layout takes them as pixels of its
+    // device (it scales fonts, pictures and list indents itself).
+    const qreal scale = Resolution / 96.0;
     QTextCursor cursor(doc.get());
-    cursor.setBlockFormat(bf);
-    cursor.setBlockCharFormat(cf);
-    cursor.insertText(entry.Heading, cf);
+    for (QTextBlock b = doc->begin(); b.isValid(); b = b.next()) {
+        QTextBlockFormat f = b.blockFormat();
+        if (f.leftMargin() == 0 && f.rightMargin() == 0 && f.topMargin() == 0 &&
+            f.bottomMargin() == 0 && f.textIndent() == 0) {
+            continue;
+        }
+        f.setLeftMargin(f.leftMargin() * scale);
+        f.setRightMargin(f.rightMargin() * scale);
+        f.setTopMargin(f.topMargin() * scale);
+        f.setBottomMargin(f.bottomMargin() * scale);
+        f.setTextIndent(f.textIndent() * scale);
+        cursor.setPosition(b.position());
+        cursor.setBlockFormat(f);
+    }
+    // Laid out once, now that the text is complete.
+    doc->documentLayout()->setPaintDevice(&m_device);
+    doc->setTextWidth(m_paint.width());
     return doc;
 }
 

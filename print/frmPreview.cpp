@@ -126,7 +126,7 @@ private:
 
 frmPreview::frmPreview(PagesFactory factory, const QPageLayout &layout, const QString &title,
                        QWidget *parent)
-    : QMainWindow(parent, Qt::Window), m_factory(std::move(factory)) {
+    : QMainWindow(parent, Qt::Window), m_factory(std::move(factory)), m_sTitle(title) {
     setObjectName(QStringLiteral("frmPreview"));
     setWindowTitle(QStringLiteral("Print preview - ") + title);
     setAttribute(Qt::WA_DeleteOnClose);
@@ -316,7 +316,7 @@ void frmPreview::fitPage() {
 void frmPreview::printPages() {
     QPrinter printer(QPrinter::HighResolution);
     modPrint::ApplyPageLayout(printer, m_pages->pageLayout());
-    printer.setDocName(windowTitle());
+    printer.setDocName(m_sTitle);
     QPrintDialog dialog(&printer, this);
     if (dialog.exec() != QDialog::Accepted) {
         return;

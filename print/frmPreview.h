@@ -49,6 +49,7 @@ private:
     void setPages(const QPageLayout &layout);
 
     PagesFactory m_factory;
+    QString m_sTitle;
     std::unique_ptr<PrintPages> m_pages;
     QScrollArea *m_scroll;
     PreviewStrip *m_strip;
