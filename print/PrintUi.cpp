@@ -1,10 +1,10 @@
 // The print commands: page setup, the question what to print, printing and the preview.
 #include "print/PrintUi.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "print/PrintPages.h"
 #include "print/frmPreview.h"
+#include "util/ErrorLog.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -1,9 +1,9 @@
 // The print preview window.
 #include "print/frmPreview.h"
 
-#include "app/modMain.h"
 #include "print/PrintPages.h"
 #include "print/PrintUi.h"
+#include "util/ErrorLog.h"
 
 #include <QAction>
 #include <QApplication>

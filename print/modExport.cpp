@@ -1,14 +1,14 @@
 // HTML and Markdown of an outline and its rich texts.
 #include "print/modExport.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocText.h"
 #include "document/modFile.h"
-#include "editor/RtfConventions.h"
 #include "outline/Node.h"
 #include "outline/modNodes.h"
+#include "richtext/RtfConventions.h"
+#include "util/ErrorLog.h"
 #include "util/modString.h"
 
 #include <QBuffer>

@@ -1,14 +1,14 @@
 // Printing without widgets: the entries of a print run, their texts, the page setup and PDF.
 #include "print/modPrint.h"
 
-#include "app/modMain.h"
 #include "app/modSettings.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocText.h"
-#include "editor/RtfReader.h"
 #include "outline/modNodes.h"
 #include "print/PrintPages.h"
+#include "richtext/RtfReader.h"
+#include "util/ErrorLog.h"
 
 #include <QBuffer>
 #include <QFileInfo>
