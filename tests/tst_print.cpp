@@ -2,6 +2,7 @@
 // and the HTML and Markdown of a text with every kind of formatting.
 #include "app/modSettings.h"
 #include "document/Document.h"
+#include "document/modFile.h"
 #include "print/PrintPages.h"
 #include "print/modExport.h"
 #include "print/modPrint.h"
@@ -31,6 +32,8 @@ private Q_SLOTS:
     void pageSetupKept();
     void richTextPublished_data();
     void richTextPublished();
+    void exportCommands_data();
+    void exportCommands();
 
 private:
     QTemporaryDir m_dir;
@@ -321,6 +324,38 @@ void TestPrint::richTextPublished() {
     QVERIFY(p.waitForFinished(60000));
     const QString read = QString::fromUtf8(p.readAllStandardOutput());
     QVERIFY2(read.contains(pandoc), qPrintable(read));
+}
+
+void TestPrint::exportCommands_data() {
+    QTest::addColumn<QString>("ext");
+    QTest::addColumn<QString>("start"); // of the written file
+    AddRows({{"html", "html", "<!DOCTYPE html>"},
+             {"markdown", "md", "# 0 Projects"},
+             {"pdf", "pdf", "%PDF-"},
+             {"cancelled", "html", ""}});
+}
+
+// The File > Export items ask for a name (the document's, with the format's extension) and write
+// the active document there; a cancelled dialog writes nothing.
+void TestPrint::exportCommands() {
+    QFETCH(QString, ext);
+    QFETCH(QString, start);
+    Document *doc = DocTest::exampleDocument();
+    doc->m_sFile = m_dir.filePath("plans.mvd");
+    const QString target = m_dir.filePath(QTest::currentDataTag() + QString(".") + ext);
+    QString asked;
+    modFile::SetFileDialogHandler([&](modFile::FileDialogRequest &request) {
+        asked = request.DefaultExt + " " + request.FileName;
+        request.FileName = target;
+        return !start.isEmpty();
+    });
+    (ext == "md"    ? modExport::FileExportMarkdown
+     : ext == "pdf" ? modExport::FileExportPdf
+                    : modExport::FileExportHtml)();
+    modFile::SetFileDialogHandler({});
+    QCOMPARE(asked, ext + " " + m_dir.filePath("plans"));
+    QVERIFY2(ReadFileBytes(target).startsWith(start.isEmpty() ? "<missing>" : start.toUtf8()),
+             ReadFileBytes(target).left(40).constData());
 }
 
 QTEST_MAIN(TestPrint)
