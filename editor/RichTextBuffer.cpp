@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -293,8 +294,45 @@ void RichTextBuffer::SetSelRTF(const QByteArray &rtf) {
             }
         }
     }
-    m_cursor.insertFragment(QTextDocumentFragment(&incoming));
+    m_cursor.beginEditBlock();
+    m_cursor.removeSelectedText();
+    if (m_doc->characterCount() <= 1 && incoming.rootFrame()->childFrames().isEmpty()) {
+        copyInto(incoming, m_cursor);
+    } else {
+        m_cursor.insertFragment(QTextDocumentFragment(&incoming));
+    }
+    m_cursor.endEditBlock();
     notifySelection();
+}
+
+void RichTextBuffer::copyInto(const QTextDocument &source, QTextCursor &cursor) {
+    // An empty text takes the source as it is, every paragraph with its format: one copy, where
+    // a fragment would copy the source twice. (Tables take the fragment's way.)
+    std::unordered_map<const QTextList *, QTextList *> lists;
+    bool first = true;
+    for (QTextBlock b = source.begin(); b.isValid(); b = b.next()) {
+        QTextBlockFormat bf = b.blockFormat();
+        bf.setObjectIndex(-1);
+        if (first) {
+            cursor.setBlockFormat(bf);
+            cursor.setBlockCharFormat(b.charFormat());
+            first = false;
+        } else {
+            cursor.insertBlock(bf, b.charFormat());
+        }
+        if (const QTextList *from = b.textList()) {
+            auto it = lists.find(from);
+            if (it == lists.end()) {
+                lists.emplace(from, cursor.createList(from->format()));
+            } else {
+                it->second->add(cursor.block());
+            }
+        }
+        for (QTextBlock::iterator it = b.begin(); !it.atEnd(); ++it) {
+            const QTextFragment frag = it.fragment();
+            cursor.insertText(frag.text(), frag.charFormat());
+        }
+    }
 }
 
 template <class T, class Get> std::optional<T> RichTextBuffer::uniformChar(Get get) const {

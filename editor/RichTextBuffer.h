@@ -141,6 +141,7 @@ private:
     template <class T, class Get> std::optional<T> uniformChar(Get get) const;
     template <class T, class Get> std::optional<T> uniformBlock(Get get) const;
     void onContentsChanged();
+    static void copyInto(const QTextDocument &source, QTextCursor &cursor);
 
     QTextDocument *m_doc;
     QTextCursor m_cursor;
