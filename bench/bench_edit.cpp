@@ -16,13 +16,15 @@
 
 namespace {
 
-// Ordinary notes: lines of plain, bold and italic words.
-QByteArray notes(qsizetype bytes) {
+// Ordinary notes of about `chars` characters: lines of plain, bold and italic words.
+QByteArray notes(qsizetype chars) {
     QByteArray rtf = "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}}\\f0\\fs20 ";
-    for (int line = 0; rtf.size() < bytes; ++line) {
-        rtf += "Line " + QByteArray::number(line) +
+    for (qsizetype text = 0, line = 0; text < chars; ++line) {
+        const QByteArray number = QByteArray::number(line);
+        rtf += "Line " + number +
                ": the quick brown fox jumps over the lazy dog, \\b bold words\\b0  and "
                "\\i italic ones\\i0 , then plain text to the end.\\par ";
+        text += 5 + number.size() + 105;
     }
     rtf += "}";
     return rtf;
