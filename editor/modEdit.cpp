@@ -1,13 +1,13 @@
 #include "editor/modEdit.h"
 
 #include "app/MainWindowHost.h"
-#include "app/modMain.h"
 #include "document/Clipboard.h"
 #include "document/Document.h"
-#include "editor/RichTextBuffer.h"
-#include "editor/RtfWriter.h"
 #include "editor/modFont.h"
 #include "outline/modNodes.h"
+#include "richtext/RichTextBuffer.h"
+#include "richtext/RtfWriter.h"
+#include "util/ErrorLog.h"
 
 #include <QDateTime>
 #include <QLocale>
