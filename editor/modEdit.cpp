@@ -201,11 +201,11 @@ void EditCopy() {
     modMain::Guarded([] {
         PROC("modEdit EditCopy");
         Document *doc = nullptr;
-        Clipboard *board = clipboard();
-        board->Clear();
         if (!modMain::DocumentActive(doc)) {
             return;
         }
+        Clipboard *board = clipboard();
+        board->Clear();
         if (auto *pane = dynamic_cast<RichTextBuffer *>(doc->txtRTF())) {
             board->SetRichCopy(pane->SelRTF(), pane->SelHtml(), plainForOthers(pane->SelText()));
         }
@@ -215,10 +215,10 @@ void EditCopy() {
 void EditCut() {
     modMain::Guarded([] {
         PROC("modEdit EditCut");
-        Clipboard *board = clipboard();
         Step step;
-        board->Clear();
         if (RichTextBuffer *pane = step.pane()) {
+            Clipboard *board = clipboard();
+            board->Clear();
             board->SetText(plainForOthers(pane->SelText()));
             pane->SetSelText(QString());
         }
@@ -238,12 +238,12 @@ void EditDelete() {
 void EditPaste() {
     modMain::Guarded([] {
         PROC("modEdit EditPaste");
-        Clipboard *board = clipboard();
         Step step;
         RichTextBuffer *pane = step.pane();
         if (!pane) {
             return;
         }
+        Clipboard *board = clipboard();
         if (board->GetFormat(Clipboard::RichText)) {
             pane->SetSelRTF(board->GetRichText());
         } else if (board->GetFormat(Clipboard::Html)) {
@@ -262,10 +262,9 @@ void EditPaste() {
 void EditPasteSpecial() {
     modMain::Guarded([] {
         PROC("modEdit EditPasteSpecial");
-        Clipboard *board = clipboard();
         Step step;
         if (RichTextBuffer *pane = step.pane()) {
-            pane->SetSelText(board->GetText());
+            pane->SetSelText(clipboard()->GetText());
         }
     });
 }
