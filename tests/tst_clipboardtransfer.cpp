@@ -56,20 +56,37 @@ void TestClipboardTransfer::init() {
 void TestClipboardTransfer::import_data() {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QByteArray>("rich");
+    QTest::addColumn<bool>("own"); // put as Mavrolen's own rich copy
     QTest::addColumn<QByteArray>("stored");
     QTest::newRow("plain preferred over rich")
-        << QString::fromUtf8("plain \u00e9\r\nline") << QByteArray("{\\rtf1 rich}")
+        << QString::fromUtf8("plain \u00e9\r\nline") << QByteArray("{\\rtf1 rich}") << false
         << QByteArray("plain \xe9\r\nline");
-    QTest::newRow("rich only") << QString() << QByteArray("{\\rtf1 rich}")
+    QTest::newRow("rich only") << QString() << QByteArray("{\\rtf1 rich}") << false
                                << QByteArray("{\\rtf1 rich}");
-    QTest::newRow("empty clipboard") << QString() << QByteArray() << QByteArray();
+    QTest::newRow("empty clipboard") << QString() << QByteArray() << false << QByteArray();
+    // Other programs get RTF, HTML and plain text; the import sees only the RTF.
+    QTest::newRow("own rich copy")
+        << "own" << QByteArray("{\\rtf1 own}") << true << QByteArray("{\\rtf1 own}");
 }
 
 void TestClipboardTransfer::import() {
     QFETCH(QString, text);
     QFETCH(QByteArray, rich);
+    QFETCH(bool, own);
     QFETCH(QByteArray, stored);
-    put(text, rich);
+    if (own) {
+        m_clip.SetRichCopy(rich, "<b>own</b>", text);
+        const QMimeData *data = QGuiApplication::clipboard()->mimeData();
+        for (const char *type : {"text/rtf", "text/html", "text/plain"}) {
+            QVERIFY2(data->hasFormat(type), type);
+        }
+        QVERIFY(!m_clip.GetFormat(Clipboard::PlainText));
+        QVERIFY(m_clip.GetFormat(Clipboard::Html));
+        QCOMPARE(m_clip.GetText(), text);
+        QVERIFY(m_clip.GetHtml().contains("<b>own</b>"));
+    } else {
+        put(text, rich);
+    }
     QCOMPARE(m_clip.GetFormat(Clipboard::RichText), !rich.isNull());
     Document *doc = newDocument();
     modDocClipboard::DocImport();
