@@ -56,6 +56,10 @@ void Activate(Document *doc) {
 
 } // namespace
 
+void ActivateDocument(Document *doc) {
+    Activate(doc);
+}
+
 void SetFileDialogHandler(FileDialogHandler handler) {
     g_dialog = std::move(handler);
 }
