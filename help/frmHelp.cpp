@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHBoxLayout>
+#include <QHelpContentModel>
 #include <QHelpContentWidget>
 #include <QHelpEngine>
 #include <QHelpIndexWidget>
@@ -49,10 +50,11 @@ public:
     }
 
     QVariant loadResource(int type, const QUrl &name) override {
-        if (name.scheme() == u"qthelp"_s) {
-            return m_pEngine->fileData(name);
+        const QUrl url = name.isRelative() ? source().resolved(name) : name;
+        if (url.scheme() == u"qthelp"_s) {
+            return m_pEngine->fileData(url);
         }
-        return QTextBrowser::loadResource(type, name);
+        return QTextBrowser::loadResource(type, url);
     }
 
 private:
@@ -132,6 +134,11 @@ frmHelp::frmHelp(QHelpEngine *engine, const QString &file)
     auto *contents = engine->contentWidget();
     contents->setObjectName(u"trvContents"_s);
     connect(contents, &QHelpContentWidget::linkActivated, this, &frmHelp::ShowPage);
+    // The guide's pages show at once; their sections stay folded.
+    connect(engine->contentModel(), &QHelpContentModel::contentsCreated, contents, [this] {
+        m_pEngine->contentWidget()->expandToDepth(0);
+        SelectInContents(m_pBrowser->source());
+    });
 
     auto *indexPage = new QWidget(this);
     auto *indexFilter = new QLineEdit(indexPage);
@@ -190,6 +197,7 @@ frmHelp::frmHelp(QHelpEngine *engine, const QString &file)
     connect(forward, &QToolButton::clicked, m_pBrowser, &QTextBrowser::forward);
     connect(home, &QToolButton::clicked, this, [this] { ShowContext(modHelp::kContentsContext); });
     connect(m_pBrowser, &QTextBrowser::backwardAvailable, back, &QWidget::setEnabled);
+    connect(m_pBrowser, &QTextBrowser::sourceChanged, this, &frmHelp::SelectInContents);
     connect(m_pBrowser, &QTextBrowser::forwardAvailable, forward, &QWidget::setEnabled);
 
     auto *pageSide = new QWidget(this);
@@ -283,9 +291,15 @@ void frmHelp::ShowContext(int context) {
 
 void frmHelp::ShowPage(const QUrl &url) {
     m_pBrowser->setSource(url);
-    m_pEngine->contentWidget()->selectionModel()->clearSelection();
-    const QModelIndex at = m_pEngine->contentWidget()->indexOf(url);
+    SelectInContents(url);
+}
+
+void frmHelp::SelectInContents(const QUrl &url) {
+    QHelpContentWidget *contents = m_pEngine->contentWidget();
+    const QModelIndex at = contents->indexOf(url);
     if (at.isValid()) {
-        m_pEngine->contentWidget()->setCurrentIndex(at);
+        contents->setCurrentIndex(at);
+    } else {
+        contents->selectionModel()->clearSelection();
     }
 }

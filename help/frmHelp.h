@@ -34,6 +34,8 @@ public:
     // Shows the page of a context number (the contents page for one that is unknown).
     void ShowContext(int context);
     void ShowPage(const QUrl &url);
+    // Marks the page's item in the contents tree (none when the page has none).
+    void SelectInContents(const QUrl &url);
 
 private:
     QHelpEngine *m_pEngine;
