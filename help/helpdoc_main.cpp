@@ -14,6 +14,7 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QTextDocument>
+#include <QUrl>
 #include <QXmlStreamReader>
 
 #include <cstdio>
@@ -32,6 +33,8 @@ QByteArray PageText(const QString &path) {
         modMain::Raise(modMain::errFileNotFound, path);
     }
     QTextDocument page;
+    // The page's style sheet link is found from its own folder.
+    page.setBaseUrl(QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()));
     page.setHtml(QString::fromUtf8(file.readAll()));
     QByteArray stored;
     modNodes::NodeTextCompressIfRequired(RtfWriter::write(&page), stored);
