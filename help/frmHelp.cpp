@@ -126,6 +126,9 @@ frmHelp::frmHelp(QHelpEngine *engine, const QString &file)
     setWindowTitle(u"Mavrolen Help"_s);
     setWindowIcon(ApplicationIcon());
     setAttribute(Qt::WA_DeleteOnClose);
+    // The program ends when its main window closes, also while the help is open.
+    setAttribute(Qt::WA_QuitOnClose, false);
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] { delete this; });
     engine->setParent(this);
 
     m_pBrowser = new HelpBrowser(engine, this);
