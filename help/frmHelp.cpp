@@ -17,6 +17,7 @@
 #include <QHelpSearchEngine>
 #include <QHelpSearchQueryWidget>
 #include <QHelpSearchResultWidget>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -117,6 +118,28 @@ void GiveDocumentWindowHelp() {
         }
     }
 }
+
+// Shift+F1, the desktop's key for pop-up help, anywhere in the program.
+class WhatsThisKey : public QObject {
+public:
+    using QObject::QObject;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override {
+        if (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress) {
+            const auto *key = static_cast<QKeyEvent *>(event);
+            if (key->key() == Qt::Key_F1 && key->modifiers() == Qt::ShiftModifier &&
+                !QWhatsThis::inWhatsThisMode()) {
+                event->accept();
+                if (event->type() == QEvent::KeyPress) {
+                    modHelp::HelpWhatsThis();
+                }
+                return true;
+            }
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
 
 } // namespace
 
@@ -273,6 +296,11 @@ void frmHelp::InstallHooks() {
         QWhatsThis::enterWhatsThisMode();
     };
     modHelp::SetHelpHooks(std::move(hooks));
+    static QPointer<WhatsThisKey> key;
+    if (!key && qApp) {
+        key = new WhatsThisKey(qApp);
+        qApp->installEventFilter(key);
+    }
 }
 
 void frmHelp::ShowContext(int context) {

@@ -23,7 +23,8 @@ public:
     static QString Open(const QString &file, int context);
     // The open window, or null.
     static frmHelp *Instance();
-    // Gives the help commands their windows: this window, what's-this mode.
+    // Gives the help commands their windows (this window, what's-this mode) and binds Shift+F1 to
+    // what's-this.
     static void InstallHooks();
 
     QString CollectionFile() const { return m_sFile; }

@@ -8,6 +8,7 @@
 
 #include <QHelpContentModel>
 #include <QHelpEngine>
+#include <QHelpIndexModel>
 #include <QTabWidget>
 #include <QTextBrowser>
 #include <QtTest>
@@ -92,6 +93,8 @@ void TestHelp::contentsAndSearch() {
         QHelpContentModel *contents = window->Engine()->contentModel();
         QTRY_VERIFY(!contents->isCreatingContents() && contents->rowCount() == 1);
         QVERIFY(contents->rowCount(contents->index(0, 0)) >= 10);
+        QHelpIndexModel *index = window->Engine()->indexModel();
+        QTRY_VERIFY(!index->isCreatingIndex() && index->stringList().contains(u"backup"_s));
         // Asking again reuses the window.
         modHelp::HelpContents();
         QCOMPARE(frmHelp::Instance(), window);
