@@ -1,8 +1,8 @@
 #include "help/frmHelp.h"
 
 #include "app/ToolbarIcons.h"
-#include "app/modMain.h"
 #include "help/modHelp.h"
+#include "util/ErrorLog.h"
 
 #include <QApplication>
 #include <QDesktopServices>

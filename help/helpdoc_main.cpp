@@ -3,11 +3,11 @@
 // the page's formatted text.
 //
 //   mavrolen-helpdoc GUIDE.qhp OUT.mvd
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
-#include "editor/RtfWriter.h"
 #include "outline/modNodes.h"
+#include "richtext/RtfWriter.h"
+#include "util/ErrorLog.h"
 
 #include <QDir>
 #include <QFile>

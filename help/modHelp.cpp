@@ -1,10 +1,10 @@
 #include "help/modHelp.h"
 
 #include "app/MainWindowHost.h"
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modFile.h"
+#include "util/ErrorLog.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
