@@ -55,6 +55,10 @@ std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &
     return request.FileName;
 }
 
+void ActivateDocument(Document *doc) {
+    Activate(doc);
+}
+
 void SetFileDialogHandler(FileDialogHandler handler) {
     g_dialog = std::move(handler);
 }

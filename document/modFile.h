@@ -45,6 +45,9 @@ struct WindowHooks {
     std::function<void()> Exit;
 };
 void SetWindowHooks(WindowHooks hooks);
+// Makes the document's window the active one and gives it the focus (the Activate hook; without
+// it, the document becomes the active one).
+void ActivateDocument(Document *doc);
 
 // The closing question of a document about to close: true when it may close. Asks "Do you want
 // to save the file <name>?" of a changed, writable document; Yes saves it first.
