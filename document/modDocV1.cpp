@@ -169,8 +169,10 @@ QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &tagge
                 relationship = relNext;
                 bool ok = false;
                 const qint64 number = key.mid(dot + 1).toLongLong(&ok);
-                relativeKey = prefix + key.left(dot + 1) +
-                              (ok ? QString::number(number - 1) : QStringLiteral("?"));
+                // Only a positive number has a predecessor (and no overflow at the boundary).
+                relativeKey =
+                    prefix + key.left(dot + 1) +
+                    (ok && number > 0 ? QString::number(number - 1) : QStringLiteral("?"));
             }
         }
         if (!relativeKey.isEmpty()) {

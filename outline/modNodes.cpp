@@ -644,7 +644,8 @@ void NodeTextPut(Document *document, Node *node) {
             return;
         }
         TextPane *pane = document->txtRTF();
-        if (!pane) {
+        // A refused text's stored bytes are kept as they are: the pane never held it.
+        if (!pane || NodeTextRefused(node->Tag())) {
             return;
         }
         QByteArray stored;
@@ -684,10 +685,68 @@ void NodeTextCompressIfRequired(const QByteArray &text, QByteArray &stored) {
     });
 }
 
+namespace {
+qint64 s_lInflateLeft = -1; // what the running budget still allows; -1 without a budget
+} // namespace
+
+InflateBudget::InflateBudget(qint64 bytes) : m_lSaved(s_lInflateLeft) {
+    s_lInflateLeft = qMax<qint64>(0, bytes);
+}
+InflateBudget::~InflateBudget() {
+    s_lInflateLeft = m_lSaved;
+}
+qint64 InflateBudget::ForFileSize(qint64 fileSize) {
+    return qMax<qint64>(qint64(256) << 20, qMin<qint64>(fileSize, qint64(1) << 40) * 64);
+}
+
+qint64 NodeTextStatedLength(const QByteArray &stored) {
+    const qsizetype comma = stored.indexOf(',');
+    if (comma > 0) {
+        // The digits of the prefix, saturating far above any limit.
+        qint64 length = 0;
+        qsizetype i = 0;
+        while (i < comma && (stored.at(i) == ' ' || stored.at(i) == '\t')) {
+            ++i;
+        }
+        const qsizetype first = i;
+        while (i < comma && stored.at(i) >= '0' && stored.at(i) <= '9') {
+            length = qMin<qint64>(length * 10 + (stored.at(i) - '0'), qint64(1) << 50);
+            ++i;
+        }
+        if (i > first && length > 0) {
+            return length;
+        }
+    }
+    return stored.size();
+}
+
+bool NodeTextRefused(const QByteArray &stored) {
+    return NodeTextStatedLength(stored) > kTextLimit;
+}
+
+QByteArray TextRefusedNotice(qint64 length) {
+    return QByteArrayLiteral("{\\rtf1\\ansi This entry's text (") + QByteArray::number(length) +
+           QByteArrayLiteral(" bytes) is too large to be shown. It is kept unchanged in the "
+                             "document.\\par }");
+}
+
 void NodeTextDecompressIfRequired(const QByteArray &stored, QByteArray &text) {
     text = stored;
     Guarded([&] {
         PROC("modNodes NodeTextDecompressIfRequired");
+        const qint64 stated = NodeTextStatedLength(stored);
+        const bool overBudget = s_lInflateLeft >= 0 && stated > s_lInflateLeft;
+        if (stated > kTextLimit || overBudget) {
+            text = TextRefusedNotice(stated);
+            modMain::Raise(modMain::errOutOfMemory,
+                           QStringLiteral("Text too large: an entry text of %1 bytes was not "
+                                          "decoded (the limit is %2 bytes)")
+                               .arg(stated)
+                               .arg(overBudget ? s_lInflateLeft : kTextLimit));
+        }
+        if (s_lInflateLeft >= 0) {
+            s_lInflateLeft -= stated;
+        }
         const qsizetype comma = stored.indexOf(',');
         if (comma < 0) {
             return;
