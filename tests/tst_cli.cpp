@@ -19,7 +19,8 @@ private Q_SLOTS:
     void cat();
     void convert_data();
     void convert();
-    void convertFailure();
+    void failures_data();
+    void failures();
     void exportTextOfEmptyTexts();
     void richTexts();
     void check_data();
@@ -31,7 +32,7 @@ private:
         QByteArray out;
         QByteArray err;
     };
-    Result run(const QStringList &args);
+    Result run(const QStringList &args, const QStringList &env = {});
     QString write(const QString &name, const QByteArray &bytes);
     QTemporaryDir m_dir;
     QString m_program;
@@ -42,9 +43,19 @@ void TestCli::initTestCase() {
     QVERIFY2(QFile::exists(m_program), qPrintable(m_program));
 }
 
-TestCli::Result TestCli::run(const QStringList &args) {
+TestCli::Result TestCli::run(const QStringList &args, const QStringList &env) {
     QProcess p;
     p.setWorkingDirectory(m_dir.path());
+    if (!env.isEmpty()) {
+        // The read-failing shim comes before the sanitizers' runtime in the preload order.
+        QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
+        e.insert("LD_PRELOAD", QCoreApplication::applicationDirPath() + "/libmavrolen_readfail.so");
+        e.insert("ASAN_OPTIONS", e.value("ASAN_OPTIONS") + ":verify_asan_link_order=0");
+        for (const QString &pair : env) {
+            e.insert(pair.section('=', 0, 0), m_dir.filePath(pair.section('=', 1)));
+        }
+        p.setProcessEnvironment(e);
+    }
     p.start(m_program, args);
     if (!p.waitForFinished(60000)) {
         return {};
@@ -74,7 +85,6 @@ void TestCli::usageErrors_data() {
     QTest::newRow("too few") << QStringList{"cat", "a.mvd"} << "cat takes 2 arguments";
     QTest::newRow("too many") << QStringList{"tree", "a", "b"} << "tree takes 1 argument";
     QTest::newRow("missing file") << QStringList{"tree", "none.mvd"} << "cannot open none.mvd";
-    QTest::newRow("folder") << QStringList{"check", "."} << "cannot open .";
     QTest::newRow("help") << QStringList{"--help"} << "Usage: mavrolen-cli";
 }
 
@@ -137,11 +147,52 @@ void TestCli::convert() {
     QVERIFY(!QFile::exists(m_dir.filePath("out.bak")));
 }
 
-void TestCli::convertFailure() {
-    const Result r = run({"convert", write("in.mvd", DocTest::exampleFile()), "no/such/dir/x.mvd"});
-    QCOMPARE(r.code, 1);
-    QVERIFY2(r.err.startsWith("mavrolen-cli: cannot write no/such/dir/x.mvd: error 75"),
-             r.err.constData());
+void TestCli::failures_data() {
+    // Files that cannot be read or written: exit 1 at once with the system's reason, and the
+    // input file is left as it was (also when it is the output).
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<QStringList>("env"); // the shim's variable = a file of the folder
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("read fails") << QStringList{"convert", "f.mvd", "f.mvd"}
+                                << QStringList{"MAVROLEN_FAIL_READ=f.mvd"} << 1
+                                << "cannot read f.mvd: error 57 - Input/output error";
+    QTest::newRow("read ends short")
+        << QStringList{"convert", "f.mvd", "f.mvd"} << QStringList{"MAVROLEN_SHORT_READ=f.mvd"} << 1
+        << "error 57 - Short read: 0 of";
+    QTest::newRow("check read fails")
+        << QStringList{"check", "f.mvd"} << QStringList{"MAVROLEN_FAIL_READ=f.mvd"} << 1
+        << "Input/output error";
+    QTest::newRow("folder") << QStringList{"check", "."} << QStringList{} << 1
+                            << "cannot read .: error 75 - Is a directory";
+    QTest::newRow("pipe") << QStringList{"tree", "fifo"} << QStringList{} << 1
+                          << "error 75 - Not a regular file";
+    QTest::newRow("device") << QStringList{"tree", "/dev/zero"} << QStringList{} << 1
+                            << "error 75 - Not a regular file";
+    QTest::newRow("no such folder")
+        << QStringList{"convert", "f.mvd", "no/such/dir/x.mvd"} << QStringList{} << 1
+        << "cannot write no/such/dir/x.mvd: error 76 - No such file or directory";
+    QTest::newRow("read-only output keeps its mode")
+        << QStringList{"convert", "f.mvd", "ro.mvd"} << QStringList{} << 0 << "";
+}
+
+void TestCli::failures() {
+    QFETCH(QStringList, args);
+    QFETCH(QStringList, env);
+    QFETCH(int, code);
+    QFETCH(QString, message);
+    const QString in = write("f.mvd", DocTest::exampleFile());
+    const QString ro = write("ro.mvd", "old");
+    QFile::setPermissions(ro, QFileDevice::ReadOwner | QFileDevice::ReadGroup);
+    QFile::remove(m_dir.filePath("fifo"));
+    QVERIFY(QProcess::execute("mkfifo", {m_dir.filePath("fifo")}) == 0);
+    const Result r = run(args, env);
+    QCOMPARE(r.code, code);
+    QVERIFY2(r.err.contains(message.toUtf8()), r.err.constData());
+    QCOMPARE(readFile(in), DocTest::exampleFile());
+    const auto ownerGroupOther = QFile::permissions(ro) & ~QFileDevice::Permissions(0x0f00);
+    QCOMPARE(ownerGroupOther, QFileDevice::ReadOwner | QFileDevice::ReadGroup);
+    QFile::setPermissions(ro, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
 }
 
 void TestCli::exportTextOfEmptyTexts() {
