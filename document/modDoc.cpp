@@ -7,6 +7,7 @@
 #include "document/Document.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
+#include "document/modRecovery.h"
 #include "outline/BusyPointer.h"
 #include "outline/modNodes.h"
 #include "util/modString.h"
@@ -93,6 +94,7 @@ void DocClose(Document *doc) {
     if (!doc) {
         return;
     }
+    modRecovery::Forget(doc);
     DocumentClosed();
     for (auto it = g_ownedDocuments.begin(); it != g_ownedDocuments.end(); ++it) {
         if (it->get() == doc) {

@@ -111,13 +111,17 @@ QByteArray DocSaveVersion(Document &doc) {
     }
     QByteArray out;
     out.reserve(estimate);
-    DocSaveNodeTag(out, "formatversion", "1");
     Node *selected = doc.trvOutline().SelectedItem();
-    DocSaveNodeTag(out, "selecteditemkey", selected ? selected->Key().toLatin1() : QByteArray());
-    saveFont(out, "outline", doc.m_fntOutlineFont);
-    saveFont(out, "text", doc.m_fntTextFont);
+    DocSaveHeader(out, doc, selected ? selected->Key().toLatin1() : QByteArray());
     DocSaveNodeAll(root, out);
     return out;
+}
+
+void DocSaveHeader(QByteArray &out, const Document &doc, const QByteArray &selectedKey) {
+    DocSaveNodeTag(out, "formatversion", "1");
+    DocSaveNodeTag(out, "selecteditemkey", selectedKey);
+    saveFont(out, "outline", doc.m_fntOutlineFont);
+    saveFont(out, "text", doc.m_fntTextFont);
 }
 
 QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &taggedByIndex,

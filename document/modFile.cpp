@@ -1,4 +1,5 @@
 #include "document/modFile.h"
+#include "document/modRecovery.h"
 
 #include "app/MainWindowHost.h"
 #include "app/modCommandState.h"
@@ -163,6 +164,8 @@ void FileSave() {
         if (!doc->m_sFile.isEmpty()) {
             if (!modDoc::DocSave(doc->m_sFile)) {
                 doc->m_bDataChanged = changed;
+            } else {
+                modRecovery::Forget(doc); // saved cleanly: the recovery copy goes
             }
         } else {
             FileSaveAs();
