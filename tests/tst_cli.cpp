@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <zlib.h>
+
 class TestCli : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -25,6 +27,8 @@ private Q_SLOTS:
     void richTexts();
     void check_data();
     void check();
+    void hostileFiles_data();
+    void hostileFiles();
 
 private:
     struct Result {
@@ -255,6 +259,115 @@ void TestCli::check() {
     QCOMPARE(r.code, code);
     QVERIFY2(r.out.endsWith(last), r.out.constData());
     QCOMPARE(r.out.count('\n') - 1, code == 0 ? 0 : int(modDocV1::CheckFile(file).Problems.size()));
+}
+
+namespace {
+
+QByteArray entryLines(const QByteArray &key, const QByteArray &label, const QByteArray &text) {
+    return "{\\ttf_nodekey " + key + "}\r\n{\\ttf_nodelabel " + label +
+           "}\r\n{\\ttf_nodetagged False}\r\n{\\ttf_nodevisible True}\r\n{\\ttf_nodetext " + text +
+           "}\r\n";
+}
+
+// A stored text that inflates to `size` bytes of rich text, with its true length prefix.
+QByteArray inflating(qint64 size) {
+    QByteArray raw(size, 'a');
+    raw.prepend("{\\rtf1\\ansi ");
+    raw.append("}");
+    uLongf n = compressBound(uLong(raw.size()));
+    QByteArray out(qsizetype(n), '\0');
+    compress(reinterpret_cast<Bytef *>(out.data()), &n,
+             reinterpret_cast<const Bytef *>(raw.constData()), uLong(raw.size()));
+    out.truncate(qsizetype(n));
+    return QByteArray::number(raw.size()) + ',' + out;
+}
+
+} // namespace
+
+void TestCli::hostileFiles_data() {
+    // Each file is read by the tool in a process of its own: the result is clean (done, or a
+    // reported failure; never a signal) and the peak memory a bounded multiple of the file.
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QStringList>("commands"); // each run with the file (and the key 0.1)
+    QTest::addColumn<int>("code");             // of the last command
+    const QByteArray head = "{\\ttf_formatversion 1}\r\n";
+    const QByteArray root = entryLines("0", "Root", "");
+    QTest::newRow("length prefix of 2,000,000,000")
+        << head + root + entryLines("0.1", "A", "2000000000," + inflating(100).mid(4))
+        << QStringList{"check", "tree", "cat"} << 1;
+    QByteArray gigabytes = head + root;
+    const QByteArray huge = inflating(qint64(200) << 20);
+    for (int i = 1; i <= 5; ++i) {
+        gigabytes += entryLines("0." + QByteArray::number(i), "Big", huge);
+    }
+    QTest::newRow("texts inflating to a gigabyte")
+        << gigabytes << QStringList{"tree", "export-text", "cat"} << 1;
+    QByteArray deep = head + root;
+    QByteArray key = "0";
+    for (int i = 0; i < 5000; ++i) {
+        key += ".1";
+        deep += entryLines(key, "L", "");
+    }
+    QTest::newRow("5,000 levels") << deep << QStringList{"tree", "check", "cat"} << 0;
+    QTest::newRow("10 MB label") << head + root + entryLines("0.1", QByteArray(10 << 20, 'x'), "")
+                                 << QStringList{"tree", "cat"} << 0;
+    QTest::newRow("key at the 64-bit boundary beside an intact entry")
+        << head + root + entryLines("0.1", "Fine", "{\\rtf1 intact}") +
+               entryLines("0.-9223372036854775808", "X", "50,garbage")
+        << QStringList{"tree", "cat"} << 0;
+    QByteArray garbage(1 << 20, '\0');
+    quint32 x = 12345;
+    for (char &c : garbage) {
+        x = x * 1103515245u + 12345u;
+        c = char(x >> 24);
+    }
+    QTest::newRow("garbage") << garbage << QStringList{"check", "tree"} << 0;
+    QTest::newRow("truncated")
+        << (head + root + entryLines("0.1", "A", inflating(5000))).chopped(30)
+        << QStringList{"check", "cat"} << 0;
+    QTest::newRow("rich text nested 100,000 deep")
+        << head + root +
+               entryLines("0.1", "A",
+                          "{\\rtf1 " + QByteArray(100000, '{') + "x" + QByteArray(100000, '}') +
+                              "}")
+        << QStringList{"cat", "compact"} << 0;
+    QTest::newRow("rich text with huge numbers")
+        << head + root +
+               entryLines("0.1", "A",
+                          "{\\rtf1\\fs-9223372036854775808\\li99999999999999999999\\u-2147483649 "
+                          "x\\bin2000000000 }")
+        << QStringList{"cat", "compact"} << 0;
+}
+
+void TestCli::hostileFiles() {
+    QFETCH(QByteArray, file);
+    QFETCH(QStringList, commands);
+    QFETCH(int, code);
+    const QString path = write("hostile.mvd", file);
+    for (qsizetype i = 0; i < commands.size(); ++i) {
+        const QString command = commands.at(i);
+        QStringList args{command, path};
+        if (command == "cat") {
+            args << "0.1";
+        } else if (command != "tree" && command != "check") {
+            args << m_dir.filePath("out.txt");
+        }
+        // Run through time(1): a child forked from this process would count this process's
+        // own peak as its own.
+        const QString peakFile = m_dir.filePath("peak.txt");
+        QProcess p;
+        p.start("/usr/bin/time", QStringList{"-f", "%M", "-o", peakFile, m_program} + args);
+        QVERIFY(p.waitForFinished(300000));
+        const int status = p.exitCode();
+        const qint64 peak = readFile(peakFile).trimmed().split('\n').last().toLongLong() * 1024;
+        QVERIFY2(p.exitStatus() == QProcess::NormalExit && status <= 1, qPrintable(command));
+        if (i == commands.size() - 1) {
+            QCOMPARE(status, code);
+        }
+        // The sanitizers' own memory is the base; the rest is a small multiple of the file.
+        const qint64 bound = (qint64(300) << 20) + 20 * qint64(file.size());
+        QVERIFY2(peak < bound, qPrintable(QString("%1: %2 MB").arg(command).arg(peak >> 20)));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestCli)
