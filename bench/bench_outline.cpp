@@ -2,9 +2,9 @@
 // sorting everything, deleting many tagged entries, expanding and collapsing everything.
 #include "app/MainWindowHost.h"
 #include "document/Document.h"
-#include "editor/TextPane.h"
 #include "outline/modNodes.h"
 #include "outline/modOutline.h"
+#include "richtext/TextPane.h"
 
 #include <benchmark/benchmark.h>
 
@@ -26,8 +26,8 @@ public:
     void SetTextRTF(const QByteArray &rtf) override { m_rtf = rtf; }
     bool Visible() const override { return m_bVisible; }
     void SetVisible(bool visible) override { m_bVisible = visible; }
-    void SetBaseFont(const clsFont &) override {}
-    void ApplyFontToAll(const clsFont &) override {}
+    void SetBaseFont(const PaneFont &) override {}
+    void ApplyFontToAll(const PaneFont &) override {}
 
 private:
     QByteArray m_rtf;

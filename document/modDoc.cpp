@@ -3,13 +3,13 @@
 #include "document/modDoc.h"
 
 #include "app/MainWindowHost.h"
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
 #include "document/modRecovery.h"
 #include "outline/BusyPointer.h"
 #include "outline/modNodes.h"
+#include "util/ErrorLog.h"
 #include "util/modString.h"
 
 #include <QFileInfo>
@@ -130,7 +130,7 @@ Document *DocNew() {
         modMain::UpdateStatusBarText(QString());
         doc->setOutlineVisible(false);
         if (TextPane *pane = doc->txtRTF()) {
-            pane->SetBaseFont(g_defaultTextFont);
+            pane->SetBaseFont(g_defaultTextFont.ToPaneFont());
         }
         g_defaultOutlineFont.CopyTo(doc->m_fntOutlineFont);
         g_defaultTextFont.CopyTo(doc->m_fntTextFont);

@@ -1,13 +1,14 @@
 // Recovery copies of documents with unsaved changes, written in the background.
 #include "document/modRecovery.h"
 
-#include "app/modMain.h"
+#include "document/DocFiles.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocV1.h"
 #include "outline/Node.h"
 #include "outline/modNodes.h"
 #include "util/CodePage.h"
+#include "util/ErrorLog.h"
 
 #include <QDir>
 #include <QElapsedTimer>

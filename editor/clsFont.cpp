@@ -1,7 +1,7 @@
 #include "editor/clsFont.h"
 
-#include "app/modMain.h"
-#include "editor/RichTextBuffer.h"
+#include "richtext/RichTextBuffer.h"
+#include "util/ErrorLog.h"
 
 #include <cmath>
 
@@ -40,6 +40,11 @@ void clsFont::SetFont(QFont &font) const {
     }
     font.setStrikeOut(m_bStrikeThrough);
     font.setUnderline(m_bUnderline);
+}
+
+PaneFont clsFont::ToPaneFont() const {
+    return {m_sName,   m_lSize > 0 ? Size() : 0.0, m_bBold,
+            m_bItalic, m_bStrikeThrough,           m_bUnderline};
 }
 
 void clsFont::SetRTFSelFont(RichTextBuffer &pane) const {

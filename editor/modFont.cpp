@@ -1,9 +1,9 @@
 #include "editor/modFont.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
-#include "editor/RichTextBuffer.h"
 #include "editor/clsFont.h"
+#include "richtext/RichTextBuffer.h"
+#include "util/ErrorLog.h"
 
 #include <cmath>
 
@@ -164,7 +164,7 @@ void ChangeDocumentTextFontDetails(bool allDocuments) {
         }
         const int start = pane->SelStart();
         const int length = pane->SelLength();
-        pane->SetBaseFont(doc->m_fntTextFont);
+        pane->SetBaseFont(doc->m_fntTextFont.ToPaneFont());
         pane->SetSelStart(start);
         pane->SetSelLength(length);
     }

@@ -1,9 +1,9 @@
 #include "outline/modNodes.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "editor/clsFont.h"
 #include "outline/modCompress.h"
+#include "util/ErrorLog.h"
 
 #include <algorithm>
 #include <cctype>
@@ -236,7 +236,7 @@ void NodeInitialise(Document *document, Node *node) {
             document->view()->StartLabelEdit(selected);
         }
         if (TextPane *pane = document->txtRTF()) {
-            pane->SetBaseFont(document->m_fntTextFont);
+            pane->SetBaseFont(document->m_fntTextFont.ToPaneFont());
         }
     });
 }
@@ -583,7 +583,7 @@ void NodeSetFontAll(Document *document, Node *node, const clsFont &font) {
             NodeTextGet(document, n);
             const bool visible = pane->Visible();
             pane->SetVisible(false);
-            pane->ApplyFontToAll(font);
+            pane->ApplyFontToAll(font.ToPaneFont());
             NodeTextPut(document, n);
             pane->SetVisible(visible);
             return true;

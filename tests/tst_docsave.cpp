@@ -1,12 +1,13 @@
 // Saving and loading never lose the user's file: atomic whole-file writes with the backup rule,
 // failed writes and reads (full disks, missing folders, pipes, devices), permissions kept, a kill
 // in the middle of a save, and the read-only rule.
-#include "app/modMain.h"
+#include "document/DocFiles.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modFile.h"
 #include "support/DocTestSupport.h"
 #include "support/TestSupport.h"
+#include "util/ErrorLog.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -1,12 +1,12 @@
 // The entry tree model and the tree primitives: inserts, keys, copies, deletion, selection,
 // expansion, sorting, tags, batching, collection indexes, weak references and notifications.
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "outline/Node.h"
 #include "outline/modNodes.h"
 #include "support/FakeDocument.h"
 #include "support/TestSupport.h"
 #include "support/TreeText.h"
+#include "util/ErrorLog.h"
 
 #include <QRandomGenerator>
 #include <QtTest>
@@ -573,7 +573,7 @@ void TestNodes::initialiseNamesAndStartsEdit() {
     QCOMPARE(n->Text(), QStringLiteral("New Entry"));
     QVERIFY(n->Selected());
     QCOMPARE(t.view.labelEdits, std::vector<Node *>{n});
-    QCOMPARE(t.pane->baseFont, t.doc.m_fntTextFont);
+    QCOMPARE(t.pane->baseFont, t.doc.m_fntTextFont.ToPaneFont());
 }
 
 void TestNodes::deepTreeWalks() {

@@ -1,7 +1,6 @@
 // Recovery copies: written for changed documents only, loadable as native documents, removed on
 // a clean save or close, offered after the owning process is gone, opened as changed documents
 // under their original names, and discarded.
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modFile.h"
@@ -9,6 +8,7 @@
 #include "outline/modNodes.h"
 #include "support/DocTestSupport.h"
 #include "support/TestSupport.h"
+#include "util/ErrorLog.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -1,10 +1,10 @@
 // The rich-text buffer: positions and plain text, selection attributes (uniform and mixed), Find,
 // signals, fonts, and the round trip through RTF.
-#include "editor/RichTextBuffer.h"
-#include "editor/RtfConventions.h"
-#include "editor/RtfReader.h"
-#include "editor/RtfWriter.h"
 #include "editor/clsFont.h"
+#include "richtext/RichTextBuffer.h"
+#include "richtext/RtfConventions.h"
+#include "richtext/RtfReader.h"
+#include "richtext/RtfWriter.h"
 
 #include <QImage>
 #include <QSignalSpy>
@@ -308,7 +308,7 @@ void TestRichTextBuffer::fonts() {
     clsFont g;
     g.setItalic(true);
     g.setSize(14);
-    b.ApplyFontToAll(g);
+    b.ApplyFontToAll(g.ToPaneFont());
     select(b, 0, 100);
     QCOMPARE(b.SelBold(), std::optional<bool>(false));
     QCOMPARE(b.SelItalic(), std::optional<bool>(true));
