@@ -52,8 +52,8 @@ QString usage() {
         "                        stored compressed, then saved as `convert` does\n"
         "  check FILE            reports damage of a native file (orphan or out-of-order keys,\n"
         "                        texts that do not decode, unknown tags); exit 1 when damaged\n"
-        "Exit status: 0 done, 1 the command failed or found damage, 2 usage error or missing "
-        "file.\n"
+        "Exit status: 0 done, 1 the command failed (a file that cannot be read or written) or "
+        "found\ndamage, 2 usage error or missing file.\n"
         "Output is UTF-8.\n");
 }
 
@@ -62,9 +62,8 @@ QString lastError() {
     return QStringLiteral("error %1 - %2").arg(modMain::Err.Number).arg(modMain::Err.Description);
 }
 
-bool readable(const QString &path) {
-    const QFileInfo info(path);
-    return info.exists() && info.isFile() && info.isReadable();
+bool exists(const QString &path) {
+    return QFileInfo::exists(path);
 }
 
 // Loads a document; null (after an error line) when it cannot be read.
@@ -106,6 +105,8 @@ int cmdCat(Document *doc, const QString &key) {
     if (!found) {
         return fail(kFailed, QStringLiteral("no entry with key %1").arg(shortKey(key)));
     }
+    // Damage elsewhere in the file, reported while loading, does not concern this entry.
+    modMain::Err = {};
     const QString text =
         modMain::Guarded([&] { return modDocText::PlainTextStripped(found->Tag()); }, QString());
     if (modMain::Err.Number != 0) {
@@ -226,6 +227,9 @@ int cmdCompact(Document *doc, const QString &target) {
     RichTextBuffer buffer;
     bool ok = true;
     modDocText::ForEachPreOrder(modDocText::DocRoot(*doc), [&](Node *n) {
+        if (modNodes::NodeTextRefused(n->Tag())) {
+            return; // too large to decode: kept as stored
+        }
         ok = modMain::Guarded(
                  [&] {
                      QByteArray rtf;
@@ -255,7 +259,7 @@ int cmdCheck(const QString &path) {
         },
         false);
     if (!read) {
-        return fail(kUsage, QStringLiteral("cannot read %1: ").arg(path) + lastError());
+        return fail(kFailed, QStringLiteral("cannot read %1: ").arg(path) + lastError());
     }
     int version = modDoc::DocDefaultVersionFromExt(path).toInt();
     bool isNumber = false;
@@ -332,15 +336,15 @@ int run(const QStringList &args) {
                                 .arg(known->arguments == 1 ? "" : "s"));
     }
     const QString file = args.at(1);
-    if (!readable(file)) {
-        return fail(kUsage, QStringLiteral("cannot open %1: no such readable file").arg(file));
+    if (!exists(file)) {
+        return fail(kUsage, QStringLiteral("cannot open %1: no such file").arg(file));
     }
     if (command == QLatin1String("check")) {
         return cmdCheck(file);
     }
     Document *doc = load(file);
     if (!doc) {
-        return fail(kUsage, QStringLiteral("cannot read %1: ").arg(file) + lastError());
+        return fail(kFailed, QStringLiteral("cannot read %1: ").arg(file) + lastError());
     }
     if (command == QLatin1String("tree")) {
         return cmdTree(doc);

@@ -6,16 +6,19 @@
 #include "document/Document.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
+#include "document/modRecovery.h"
 #include "outline/BusyPointer.h"
 #include "outline/modNodes.h"
 #include "util/ErrorLog.h"
 #include "util/modString.h"
 
+#include <QFileInfo>
 #include <QHash>
 
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace modDoc {
@@ -91,6 +94,7 @@ void DocClose(Document *doc) {
     if (!doc) {
         return;
     }
+    modRecovery::Forget(doc);
     DocumentClosed();
     for (auto it = g_ownedDocuments.begin(); it != g_ownedDocuments.end(); ++it) {
         if (it->get() == doc) {
@@ -193,10 +197,25 @@ void DocFinishLoad(Document &doc, const QString &selectedKey, const QList<bool> 
 
 Document *DocLoad(const QString &path) {
     PROC("modDoc DocLoad");
-    if (!modString::FileExists(path)) {
+    // A missing file is silent; a folder or anything else that is not a readable file is an
+    // error (ReadWholeFile reports it).
+    if (!QFileInfo::exists(path)) {
         Document *active = nullptr;
         modMain::DocumentActive(active);
         menuEnableDynamic(active);
+        return nullptr;
+    }
+    // The file is read whole before a document exists: a read that fails leaves no document
+    // standing in for the file.
+    QByteArray bytes;
+    const bool read = modMain::Guarded(
+        [&] {
+            PROC("modDoc DocLoad");
+            bytes = ReadWholeFile(path);
+            return true;
+        },
+        false);
+    if (!read) {
         return nullptr;
     }
     Document *doc = nullptr;
@@ -208,8 +227,7 @@ Document *DocLoad(const QString &path) {
         doc = DocInit();
         doc->setOutlineVisible(false);
         doc->m_sFile = path;
-        const QByteArray bytes = ReadWholeFile(path);
-        DocLoadBytes(*doc, bytes);
+        DocLoadBytes(*doc, std::exchange(bytes, QByteArray()));
     });
     if (doc) {
         if (doc->view()) {
@@ -253,15 +271,17 @@ bool DocSave(const QString &path) {
 }
 
 bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk) {
-    return modMain::Guarded([&] {
+    const QString oldFile = doc.m_sFile;
+    const int oldVersion = doc.m_iFileFormatVersion;
+    bool failed = false;
+    const bool saved = modMain::Guarded([&] {
         PROC("modDoc DocSave");
         const BusyPointer busy;
         const Transfer transfer;
         doc.m_sFile = path;
         doc.m_iFileFormatVersion = DocDefaultVersionFromExt(path).toInt();
-        if (backupAndAsk && BackupOn()) {
-            DocBackup(path);
-        }
+        // Declining the warning leaves the old file where it is; the backup is made only once
+        // the new file is complete (WriteWholeFile).
         if (doc.m_iFileFormatVersion == -1 && doc.trvOutline().Count() > 1 && backupAndAsk &&
             AskQuestion(TextFormatWarning()) != Yes) {
             return false;
@@ -269,7 +289,9 @@ bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk) {
         const QByteArray bytes = doc.m_iFileFormatVersion == -1 ? modDocText::DocSaveVersion(doc)
                                                                 : modDocV1::DocSaveVersion(doc);
         PROC("modDoc DocSave");
-        WriteWholeFile(path, bytes);
+        failed = true;
+        WriteWholeFile(path, bytes, backupAndAsk && BackupOn());
+        failed = false;
         doc.m_sCaption = doc.m_sFile;
         stateChanged(doc);
         menuEnableDynamic(&doc);
@@ -278,6 +300,12 @@ bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk) {
         }
         return true;
     });
+    if (failed) {
+        // Nothing was written: the document keeps the name of the file that holds it.
+        doc.m_sFile = oldFile;
+        doc.m_iFileFormatVersion = oldVersion;
+    }
+    return saved;
 }
 
 } // namespace modDoc

@@ -71,6 +71,12 @@ void DocSaveNodeAll(Node *node, QByteArray &out) {
 
 QByteArray DocSaveVersion(Document &doc) {
     PROC("modDocText DocSaveVersion");
+    // All the texts together may inflate to a bounded multiple of what the document holds.
+    qint64 held = 0;
+    for (Node *n : doc.trvOutline()) {
+        held += n->Tag().size() + n->Text().size();
+    }
+    const modNodes::InflateBudget budget(modNodes::InflateBudget::ForFileSize(held));
     Node *root = DocRoot(doc);
     if (!root) {
         return {};

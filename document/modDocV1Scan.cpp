@@ -194,16 +194,32 @@ bool undecodable(const QByteArray &stored) {
     if (i == 0 || length <= 0) {
         return false;
     }
-    const qint64 capacity = qint64(length + length * 0.01 + 12);
-    if (capacity > (qint64(1) << 31)) {
+    // Inflated in slices into one small buffer: the file's claims never size an allocation.
+    const qint64 capacity = qint64(double(length) + double(length) * 0.01 + 12);
+    const qint64 input = stored.size() - comma - 1;
+    if (capacity > (qint64(1) << 31) || length > input * 1032 + 64) {
         return true;
     }
-    QByteArray buffer(capacity, '\0');
-    uLongf outLen = uLongf(buffer.size());
-    const int rc = uncompress(reinterpret_cast<Bytef *>(buffer.data()), &outLen,
-                              reinterpret_cast<const Bytef *>(stored.constData() + comma + 1),
-                              uLong(stored.size() - comma - 1));
-    return rc != Z_OK;
+    z_stream zs{};
+    if (inflateInit(&zs) != Z_OK) {
+        return true;
+    }
+    zs.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(stored.constData() + comma + 1));
+    zs.avail_in = uInt(input);
+    char slice[1 << 16];
+    qint64 produced = 0;
+    int rc = Z_OK;
+    while (rc == Z_OK) {
+        zs.next_out = reinterpret_cast<Bytef *>(slice);
+        zs.avail_out = sizeof slice;
+        rc = inflate(&zs, Z_NO_FLUSH);
+        produced += qint64(sizeof slice - zs.avail_out);
+        if (produced > capacity) {
+            break;
+        }
+    }
+    inflateEnd(&zs);
+    return rc != Z_STREAM_END || produced > capacity;
 }
 
 // Whether a key is a well-formed path: "0", then ".n" parts with n a number from 1 without
@@ -269,8 +285,8 @@ CheckReport CheckFile(const QByteArray &text) {
                 if (dot >= 0) {
                     bool ok = false;
                     const qint64 n = rec.Key.mid(dot + 1).toLongLong(&ok);
-                    relative =
-                        ok ? rec.Key.left(dot + 1) + QByteArray::number(n - 1) : QByteArray("?");
+                    relative = ok && n > 0 ? rec.Key.left(dot + 1) + QByteArray::number(n - 1)
+                                           : QByteArray("?");
                 }
             }
             if (!relative.isEmpty() && !seen.contains(relative)) {

@@ -1,4 +1,5 @@
 #include "document/modFile.h"
+#include "document/modRecovery.h"
 
 #include "app/MainWindowHost.h"
 #include "app/modCommandState.h"
@@ -159,10 +160,16 @@ void FileSave() {
         if (!modMain::DocumentActive(doc)) {
             return;
         }
-        // Cleared first, and it stays cleared when the Save As dialog is cancelled.
+        // Cleared first, and it stays cleared when the Save As dialog is cancelled; a save that
+        // fails leaves the document marked changed.
+        const bool changed = doc->m_bDataChanged;
         doc->m_bDataChanged = false;
         if (!doc->m_sFile.isEmpty()) {
-            modDoc::DocSave(doc->m_sFile);
+            if (!modDoc::DocSave(doc->m_sFile)) {
+                doc->m_bDataChanged = changed;
+            } else {
+                modRecovery::Forget(doc); // saved cleanly: the recovery copy goes
+            }
         } else {
             FileSaveAs();
         }
@@ -178,8 +185,8 @@ void FileSaveAs() {
         }
         const auto name = ShowDialog(true, kNativeExt, modString::FileWithoutExt(doc->m_sFile),
                                      FileFilter(false), kSaveFlags);
-        if (name) {
-            modDoc::DocSave(*name);
+        if (name && !modDoc::DocSave(*name)) {
+            doc->m_bDataChanged = true;
         }
     });
 }

@@ -310,7 +310,7 @@ void TestNative::saveDispatchAndWarning() {
 
 void TestNative::backups() {
     // A second save keeps the first in the backup. A failing write (a file-size limit below the
-    // file, above the log) is reported, and with backups on the previous contents stay there.
+    // file, above the log) is reported, and leaves the file and the older backup as they were.
     ScopedLog log;
     QTemporaryDir dir;
     const QString path = dir.filePath("a.mvd");
@@ -334,8 +334,9 @@ void TestNative::backups() {
     }
     QVERIFY(!plain);
     QVERIFY(!backedUp);
-    QCOMPARE(ReadFileBytes(dir.filePath("a.bak")), second);
-    QVERIFY(log.content().contains("Error 61 - Disk full"));
+    QCOMPARE(ReadFileBytes(dir.filePath("a.bak")), first);
+    QCOMPARE(ReadFileBytes(path), second);
+    QVERIFY(log.content().contains("Error 61 - File too large"));
     QVERIFY(log.content().contains("modDoc WriteWholeFile"));
     QVERIFY(!modNodes::g_bDocTransfer);
 }

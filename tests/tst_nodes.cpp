@@ -64,6 +64,7 @@ private Q_SLOTS:
     void weakReferencesAndRemovedNodes();
     void observerFollowsTheTree();
     void initialiseNamesAndStartsEdit();
+    void deepTreeWalks();
 
 private:
     std::unique_ptr<ScopedLog> m_log;
@@ -561,6 +562,37 @@ void TestNodes::initialiseNamesAndStartsEdit() {
     QVERIFY(n->Selected());
     QCOMPARE(t.view.labelEdits, std::vector<Node *>{n});
     QCOMPARE(t.pane->baseFont, t.doc.m_fntTextFont.ToPaneFont());
+}
+
+void TestNodes::deepTreeWalks() {
+    // 100,000 levels: every whole-subtree walk finishes without exhausting the call stack, and
+    // each change of content raises the tree's revision.
+    TestDocument t;
+    Document *doc = &t.doc;
+    Node *root = NodeInsert(doc, relFirst, nullptr);
+    Node *n = root;
+    for (int i = 0; i < 100000; ++i) {
+        n = doc->trvOutline().Add(n, relChild);
+    }
+    Node *deepest = n;
+    NodeExpandAll(root);
+    QVERIFY(deepest->Parent()->Expanded());
+    NodeCollapseAll(root);
+    QVERIFY(!deepest->Parent()->Expanded());
+    NodeExpandToLevel(root, 50000);
+    NodeSortAll(root, true);
+    quint64 revision = doc->trvOutline().Revision();
+    Node *copy = NodeDuplicate(doc, root->Child(), root, relChild);
+    QVERIFY(copy);
+    QCOMPARE(doc->trvOutline().Count(), 200001);
+    QVERIFY(doc->trvOutline().Revision() > revision);
+    revision = doc->trvOutline().Revision();
+    deepest->setTag("5,x");
+    QVERIFY(doc->trvOutline().Revision() > revision);
+    NodeDelete(doc, copy);
+    NodeDelete(doc, root->Child());
+    QCOMPARE(doc->trvOutline().Count(), 1);
+    QVERIFY(!m_log->content().contains("Error"));
 }
 
 QTEST_GUILESS_MAIN(TestNodes)
