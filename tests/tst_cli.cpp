@@ -24,6 +24,8 @@ private Q_SLOTS:
     void richTexts();
     void check_data();
     void check();
+    void find_data();
+    void find();
 
 private:
     struct Result {
@@ -76,6 +78,8 @@ void TestCli::usageErrors_data() {
     QTest::newRow("missing file") << QStringList{"tree", "none.mvd"} << "cannot open none.mvd";
     QTest::newRow("folder") << QStringList{"check", "."} << "cannot open .";
     QTest::newRow("help") << QStringList{"--help"} << "Usage: mavrolen-cli";
+    QTest::newRow("find without text") << QStringList{"find", "a.mvd"} << "find takes a file and";
+    QTest::newRow("find option") << QStringList{"find", "a", "b", "--x"} << "unknown option --x";
 }
 
 void TestCli::usageErrors() {
@@ -204,6 +208,33 @@ void TestCli::check() {
     QCOMPARE(r.code, code);
     QVERIFY2(r.out.endsWith(last), r.out.constData());
     QCOMPARE(r.out.count('\n') - 1, code == 0 ? 0 : int(modDocV1::CheckFile(file).Problems.size()));
+}
+
+void TestCli::find_data() {
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("out");
+    QTest::newRow("one entry") << QStringList{"plans"} << 0 << "0\tProjects\n";
+    QTest::newRow("case ignored, outline order")
+        << QStringList{"THE"} << 0 << "0\tProjects\n0.2\tHouse\n";
+    QTest::newRow("case matched") << QStringList{"THE", "--case"} << 1 << "";
+    QTest::newRow("not a whole word") << QStringList{"--word", "hal"} << 1 << "";
+    QTest::newRow("whole word") << QStringList{"hall", "--word"} << 0 << "0.2\tHouse\n";
+    QTest::newRow("labels, unicode case")
+        << QStringList{"PI\u00d1ATA", "--labels"} << 0 << "0.1\tPi\u00f1ata\n";
+    QTest::newRow("labels only") << QStringList{"plans", "--labels"} << 1 << "";
+}
+
+void TestCli::find() {
+    QFETCH(QStringList, args);
+    QFETCH(int, code);
+    QFETCH(QString, out);
+    QByteArray file = DocTest::exampleFile();
+    file.replace("{\\ttf_nodelabel Garden}", "{\\ttf_nodelabel Pi\xf1"
+                                             "ata}");
+    const Result r = run(QStringList{"find", write("f.mvd", file)} + args);
+    QCOMPARE(r.code, code);
+    QCOMPARE(QString::fromUtf8(r.out), out);
 }
 
 QTEST_GUILESS_MAIN(TestCli)
