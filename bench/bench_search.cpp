@@ -5,8 +5,8 @@
 #include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
-#include "editor/RichTextBuffer.h"
 #include "outline/modNodes.h"
+#include "richtext/RichTextBuffer.h"
 #include "search/modSearch.h"
 
 #include <QFile>

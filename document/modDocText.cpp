@@ -2,11 +2,11 @@
 // file into one entry.
 #include "document/modDocText.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "outline/modNodes.h"
 #include "util/CodePage.h"
+#include "util/ErrorLog.h"
 
 #include <vector>
 

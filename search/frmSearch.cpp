@@ -1,9 +1,9 @@
 #include "search/frmSearch.h"
 
-#include "app/modMain.h"
 #include "app/modSettings.h"
 #include "outline/BusyPointer.h"
 #include "search/modSearch.h"
+#include "util/ErrorLog.h"
 #include "util/modString.h"
 
 #include <QApplication>

@@ -1,12 +1,12 @@
 #include "search/modSearch.h"
 
 #include "app/MainWindowHost.h"
-#include "app/modMain.h"
 #include "document/Document.h"
-#include "editor/RichTextBuffer.h"
 #include "outline/BusyPointer.h"
 #include "outline/modNodes.h"
+#include "richtext/RichTextBuffer.h"
 #include "search/EntryTextScan.h"
+#include "util/ErrorLog.h"
 #include "util/modString.h"
 
 using namespace Qt::StringLiterals;
