@@ -26,7 +26,20 @@ QString g_sDialogFileName;
 
 const QString kNativeExt = u"mvd"_s;
 
-// Shows the dialog; the chosen name, or nothing when cancelled.
+void StatusText(const QString &text) {
+    modMain::UpdateStatusBarText(text);
+}
+
+void Activate(Document *doc) {
+    if (g_hooks.Activate) {
+        g_hooks.Activate(doc);
+    } else {
+        Documents::SetActive(doc);
+    }
+}
+
+} // namespace
+
 std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &initial,
                                   const QString &filter, int flags) {
     FileDialogRequest request;
@@ -41,20 +54,6 @@ std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &
     g_sDialogFileName = request.FileName;
     return request.FileName;
 }
-
-void StatusText(const QString &text) {
-    modMain::UpdateStatusBarText(text);
-}
-
-void Activate(Document *doc) {
-    if (g_hooks.Activate) {
-        g_hooks.Activate(doc);
-    } else {
-        Documents::SetActive(doc);
-    }
-}
-
-} // namespace
 
 void SetFileDialogHandler(FileDialogHandler handler) {
     g_dialog = std::move(handler);

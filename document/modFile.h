@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 class Document;
 
@@ -26,6 +27,9 @@ inline constexpr int kSaveFlags = 0x280802;
 // Without a handler every dialog is cancelled.
 using FileDialogHandler = std::function<bool(FileDialogRequest &request)>;
 void SetFileDialogHandler(FileDialogHandler handler);
+// Shows the dialog; the chosen name, or nothing when cancelled. The dialog keeps the last name.
+std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &initial,
+                                  const QString &filter, int flags);
 
 // The filter of the native and text files; with "All Files" for opening.
 QString FileFilter(bool forOpening);

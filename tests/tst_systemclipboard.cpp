@@ -41,6 +41,20 @@ void TestSystemClipboard::formatsAndPreference() {
     Document *doc2 = DocTest::newDocument();
     modDocClipboard::DocImport();
     QCOMPARE(doc2->trvOutline().Item(1)->Tag(), QByteArray("{\\rtf1 only}"));
+
+    // Mavrolen's own copy: other programs get RTF, HTML and plain text, the import sees only RTF.
+    clip.SetRichCopy("{\\rtf1 own}", "<b>own</b>", "own");
+    const QMimeData *own = QGuiApplication::clipboard()->mimeData();
+    for (const char *type : {"text/rtf", "text/html", "text/plain"}) {
+        QVERIFY2(own->hasFormat(type), type);
+    }
+    QVERIFY(!clip.GetFormat(Clipboard::PlainText));
+    QVERIFY(clip.GetFormat(Clipboard::Html));
+    QCOMPARE(clip.GetText(), QString("own"));
+    QVERIFY(clip.GetHtml().contains("<b>own</b>"));
+    Document *doc3 = DocTest::newDocument();
+    modDocClipboard::DocImport();
+    QCOMPARE(doc3->trvOutline().Item(1)->Tag(), QByteArray("{\\rtf1 own}"));
     modDocClipboard::SetClipboard(nullptr);
     DocTest::closeAll();
 }
