@@ -7,6 +7,7 @@
 #include "outline/modNodes.h"
 #include "print/modExport.h"
 #include "richtext/RichTextBuffer.h"
+#include "search/modSearch.h"
 #include "util/modString.h"
 
 #include <QFileInfo>
@@ -52,6 +53,11 @@ QString usage() {
         "                        stored compressed, then saved as `convert` does\n"
         "  check FILE            reports damage of a native file (orphan or out-of-order keys,\n"
         "                        texts that do not decode, unknown tags); exit 1 when damaged\n"
+        "  find FILE TEXT [--case] [--word] [--labels]\n"
+        "                        one line per entry whose text (with --labels: label) holds TEXT,\n"
+        "                        in outline order: key, tab, label; case is ignored unless "
+        "--case,\n"
+        "                        --word matches whole words only; exit 1 when nothing is found\n"
         "Exit status: 0 done, 1 the command failed (a file that cannot be read or written) or "
         "found\ndamage, 2 usage error or missing file.\n"
         "Output is UTF-8.\n");
@@ -287,6 +293,58 @@ int cmdCheck(const QString &path) {
     return report.damaged() ? kFailed : kOk;
 }
 
+int cmdFind(Document *doc, const QString &text, bool matchCase, bool wholeWord, bool labels) {
+    modSearch::g_sFindText = text;
+    modSearch::g_bMatchCase = matchCase;
+    modSearch::g_bWholeWord = wholeWord;
+    QString lines;
+    modDocText::ForEachPreOrder(modDocText::DocRoot(*doc), [&](Node *n) {
+        const bool holds = labels ? modSearch::SearchLabel(n->Text(), matchCase ? 0 : 1)
+                                  : modSearch::EntryTextHolds(doc, n, false);
+        if (holds) {
+            lines += shortKey(n->Key()) + QLatin1Char('\t') + n->Text() + QLatin1Char('\n');
+        }
+    });
+    out(lines);
+    return lines.isEmpty() ? kFailed : kOk;
+}
+
+// find FILE TEXT [--case] [--word] [--labels], the options anywhere after the command.
+int runFind(const QStringList &args) {
+    QStringList positional;
+    bool matchCase = false;
+    bool wholeWord = false;
+    bool labels = false;
+    for (const QString &arg : args.mid(1)) {
+        if (arg == QLatin1String("--case")) {
+            matchCase = true;
+        } else if (arg == QLatin1String("--word")) {
+            wholeWord = true;
+        } else if (arg == QLatin1String("--labels")) {
+            labels = true;
+        } else if (arg.startsWith(QLatin1String("--"))) {
+            return fail(kUsage, QStringLiteral("find: unknown option %1 (try --help)").arg(arg));
+        } else {
+            positional.append(arg);
+        }
+    }
+    if (positional.size() != 2) {
+        return fail(kUsage, QStringLiteral("find takes a file and a text (try --help)"));
+    }
+    if (positional.at(1).isEmpty()) {
+        return fail(kUsage, QStringLiteral("find: the text to find is empty"));
+    }
+    const QString file = positional.at(0);
+    if (!readable(file)) {
+        return fail(kUsage, QStringLiteral("cannot open %1: no such readable file").arg(file));
+    }
+    Document *doc = load(file);
+    if (!doc) {
+        return fail(kUsage, QStringLiteral("cannot read %1: ").arg(file) + lastError());
+    }
+    return cmdFind(doc, positional.at(1), matchCase, wholeWord, labels);
+}
+
 int run(const QStringList &args) {
     if (args.isEmpty()) {
         return fail(kUsage, QStringLiteral("no command given (try --help)"));
@@ -296,6 +354,9 @@ int run(const QStringList &args) {
         command == QLatin1String("help")) {
         std::fputs(usage().toUtf8().constData(), stderr);
         return kUsage;
+    }
+    if (command == QLatin1String("find")) {
+        return runFind(args);
     }
     struct Command {
         const char *name;

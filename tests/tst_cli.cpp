@@ -31,6 +31,8 @@ private Q_SLOTS:
     void check();
     void hostileFiles_data();
     void hostileFiles();
+    void find_data();
+    void find();
 
 private:
     struct Result {
@@ -92,6 +94,8 @@ void TestCli::usageErrors_data() {
     QTest::newRow("too many") << QStringList{"tree", "a", "b"} << "tree takes 1 argument";
     QTest::newRow("missing file") << QStringList{"tree", "none.mvd"} << "cannot open none.mvd";
     QTest::newRow("help") << QStringList{"--help"} << "Usage: mavrolen-cli";
+    QTest::newRow("find without text") << QStringList{"find", "a.mvd"} << "find takes a file and";
+    QTest::newRow("find option") << QStringList{"find", "a", "b", "--x"} << "unknown option --x";
     QTest::newRow("unknown extension")
         << QStringList{"convert", "a.mvd", "b.docx"} << "cannot convert to b.docx";
     QTest::newRow("subtree without key")
@@ -418,6 +422,31 @@ void TestCli::hostileFiles() {
         const qint64 bound = (qint64(300) << 20) + 20 * qint64(file.size());
         QVERIFY2(peak < bound, qPrintable(QString("%1: %2 MB").arg(command).arg(peak >> 20)));
     }
+void TestCli::find_data() {
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("out");
+    QTest::newRow("one entry") << QStringList{"plans"} << 0 << "0\tProjects\n";
+    QTest::newRow("case ignored, outline order")
+        << QStringList{"THE"} << 0 << "0\tProjects\n0.2\tHouse\n";
+    QTest::newRow("case matched") << QStringList{"THE", "--case"} << 1 << "";
+    QTest::newRow("not a whole word") << QStringList{"--word", "hal"} << 1 << "";
+    QTest::newRow("whole word") << QStringList{"hall", "--word"} << 0 << "0.2\tHouse\n";
+    QTest::newRow("labels, unicode case")
+        << QStringList{"PI\u00d1ATA", "--labels"} << 0 << "0.1\tPi\u00f1ata\n";
+    QTest::newRow("labels only") << QStringList{"plans", "--labels"} << 1 << "";
+}
+
+void TestCli::find() {
+    QFETCH(QStringList, args);
+    QFETCH(int, code);
+    QFETCH(QString, out);
+    QByteArray file = DocTest::exampleFile();
+    file.replace("{\\ttf_nodelabel Garden}", "{\\ttf_nodelabel Pi\xf1"
+                                             "ata}");
+    const Result r = run(QStringList{"find", write("f.mvd", file)} + args);
+    QCOMPARE(r.code, code);
+    QCOMPARE(QString::fromUtf8(r.out), out);
 }
 
 QTEST_GUILESS_MAIN(TestCli)
