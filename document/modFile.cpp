@@ -2,6 +2,7 @@
 
 #include "app/MainWindowHost.h"
 #include "app/modCommandState.h"
+#include "app/modMRU.h"
 #include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
@@ -27,18 +28,24 @@ QString g_sDialogFileName;
 const QString kNativeExt = u"mvd"_s;
 
 // Shows the dialog; the chosen name, or nothing when cancelled.
+// With `encoding`, the dialog offers the text encoding too and the choice comes back there.
 std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &initial,
-                                  const QString &filter, int flags) {
+                                  const QString &filter, int flags,
+                                  TextEncoding::Encoding *encoding = nullptr) {
     FileDialogRequest request;
     request.Save = save;
     request.DefaultExt = ext;
     request.FileName = initial;
     request.Filter = filter;
     request.Flags = flags;
+    request.OfferEncoding = encoding != nullptr;
     if (!g_dialog || !g_dialog(request) || request.FileName.isEmpty()) {
         return std::nullopt;
     }
     g_sDialogFileName = request.FileName;
+    if (encoding) {
+        *encoding = request.Encoding;
+    }
     return request.FileName;
 }
 
@@ -219,10 +226,11 @@ void FileExportText() {
         if (!modMain::DocumentActive(doc)) {
             return;
         }
+        TextEncoding::Encoding encoding = TextEncoding::Encoding::CodePage;
         const auto name = ShowDialog(true, u"txt"_s, modString::FileWithoutExt(doc->m_sFile),
-                                     TextFileFilter(), kSaveFlags);
+                                     TextFileFilter(), kSaveFlags, &encoding);
         if (name) {
-            modDocText::DocExport(*doc, *name);
+            modDocText::DocExport(*doc, *name, encoding);
         }
     });
 }
@@ -288,6 +296,36 @@ void FileExit() {
                 return;
             }
         }
+    });
+}
+
+void FileMRU(int index) {
+    modMain::Guarded([index] {
+        PROC("modFile FileMRU");
+        const QString file = modMRU::MenuFile(index);
+        if (file.isEmpty()) {
+            return; // no such item
+        }
+        for (Document *doc : Documents::All()) {
+            if (doc->m_sFile == file) {
+                modMain::MsgBox(u"Warning - the file "_s + file +
+                                    u" is already loaded, so cannot be loaded again"_s,
+                                modMain::vbOKOnly, modMain::vbExclamation);
+                Activate(doc);
+                return;
+            }
+        }
+        if (modString::FileExists(file)) {
+            modDoc::DocLoad(file);
+            modMRU::UpdateMRUFile(file, false);
+        } else {
+            modMain::MsgBox(u"Warning - the file "_s + file +
+                                u" no longer exists, so cannot be loaded"_s,
+                            modMain::vbOKOnly, modMain::vbExclamation);
+            modMRU::UpdateMRUFile(file, true);
+        }
+        modMain::MenuEnable(modDoc::OpenDocumentCount());
+        modMain::MenuEnableDynamic();
     });
 }
 

@@ -4,6 +4,8 @@
 
 #include <functional>
 
+#include "util/TextEncoding.h"
+
 class Document;
 
 // The File menu's commands. Each acts on the active document and leaves the work to modDoc,
@@ -18,6 +20,9 @@ struct FileDialogRequest {
     QString FileName;   // the initial name; the chosen name when the dialog is confirmed
     QString Filter;     // description|pattern pairs, separated by "|"
     int Flags = 0;      // the classic flags (file must exist 0x1000, overwrite prompt 0x2, ...)
+    // A text export: the dialog also offers the character encoding, which comes back here.
+    bool OfferEncoding = false;
+    TextEncoding::Encoding Encoding = TextEncoding::Encoding::CodePage;
 };
 inline constexpr int kOpenFlags = 0x281800;
 inline constexpr int kSaveFlags = 0x280802;
@@ -59,5 +64,8 @@ void FileExportText();
 void FileImportClipboard();
 void FileExportClipboard();
 void FileExit();
+// The recently used file of menu item `index` (modMRU): an open one is brought forward with a
+// warning; one that no longer exists is taken out of the list with a warning; else it is opened.
+void FileMRU(int index);
 
 } // namespace modFile
