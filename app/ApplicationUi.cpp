@@ -11,11 +11,11 @@
 #include "document/modDoc.h"
 #include "document/modDocClipboard.h"
 #include "document/modFile.h"
-#include "editor/RichTextBuffer.h"
 #include "editor/frmDocument.h"
 #include "editor/modFont.h"
 #include "outline/modNodes.h"
 #include "outline/modOutline.h"
+#include "richtext/RichTextBuffer.h"
 
 #include <QAction>
 #include <QFileDialog>

@@ -4,8 +4,8 @@
 #include "document/modDoc.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
-#include "editor/RichTextBuffer.h"
 #include "outline/modNodes.h"
+#include "richtext/RichTextBuffer.h"
 #include "util/TextEncoding.h"
 #include "util/modString.h"
 

@@ -1,8 +1,8 @@
 #include "app/modMRU.h"
 
 #include "app/modGlobals.h"
-#include "app/modMain.h"
 #include "app/modSettings.h"
+#include "util/ErrorLog.h"
 #include "util/modString.h"
 
 using namespace Qt::StringLiterals;
@@ -12,6 +12,7 @@ namespace modMRU {
 namespace {
 
 const QString kSection = u"MRU"_s;
+constexpr qint32 kLongestList = 9999;
 QStringList g_list;
 // Item 0 exists from the start and is never used for a file.
 QStringList g_captions{QString()};
@@ -42,7 +43,8 @@ void LoadMRUFiles() {
         g_list = QStringList{QString()};
         for (const auto &[key, value] : modSettings::GetAllSettings(kSection)) {
             const qint32 index = modSettings::IntValue(key);
-            if (index < 0) {
+            // A key far beyond any list the menu could hold is damage, not a length to make.
+            if (index < 0 || index > kLongestList) {
                 modMain::Raise(modMain::errSubscriptOutOfRange);
             }
             // The last key read fixes the list's length.

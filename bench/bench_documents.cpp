@@ -1,11 +1,11 @@
 // Loading, saving and exporting large generated documents: 10,000 and 100,000 entries, each a
 // formatted rich text of a few hundred to a few thousand characters, stored compressed.
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
 #include "outline/modNodes.h"
+#include "util/ErrorLog.h"
 
 #include <QFile>
 #include <QGuiApplication>

@@ -2,9 +2,9 @@
 // sorting everything, deleting many tagged entries, expanding and collapsing everything.
 #include "app/MainWindowHost.h"
 #include "document/Document.h"
-#include "editor/TextPane.h"
 #include "outline/modNodes.h"
 #include "outline/modOutline.h"
+#include "richtext/TextPane.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,5 +1,5 @@
 // Reading a megabyte of formatted RTF as RichEdit writes it.
-#include "editor/RtfReader.h"
+#include "richtext/RtfReader.h"
 
 #include <QGuiApplication>
 #include <QTextDocument>

@@ -1,7 +1,7 @@
 // Speed of the RTF writer and of storing and reloading an entry text through the rich-text
 // buffer (RTF plus zlib, as entry texts are kept).
-#include "editor/RichTextBuffer.h"
-#include "editor/RtfWriter.h"
+#include "richtext/RichTextBuffer.h"
+#include "richtext/RtfWriter.h"
 
 #include <QGuiApplication>
 #include <QTextCursor>

@@ -6,9 +6,9 @@
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "editor/OutlineModel.h"
-#include "editor/RichTextBuffer.h"
 #include "editor/frmDocument.h"
 #include "outline/modNodes.h"
+#include "richtext/RichTextBuffer.h"
 
 #include <QApplication>
 #include <QKeyEvent>

@@ -1,6 +1,6 @@
 #include "document/Document.h"
 
-#include "app/modMain.h"
+#include "util/ErrorLog.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "editor/TextPane.h"
 #include "editor/clsFont.h"
 #include "outline/Node.h"
+#include "richtext/TextPane.h"
 
 #include <QString>
 

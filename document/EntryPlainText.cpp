@@ -1,10 +1,10 @@
 // Entry texts as plain characters: what the text pane would show, without building its document.
 #include "document/modDocText.h"
 
-#include "app/modMain.h"
 #include "outline/modNodes.h"
+#include "util/ErrorLog.h"
 
-#include "editor/RtfReader.h"
+#include "richtext/RtfReader.h"
 
 namespace modDocText {
 

@@ -1,6 +1,6 @@
 #include "document/SystemClipboard.h"
 
-#include "app/modMain.h"
+#include "util/ErrorLog.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

@@ -3,12 +3,12 @@
 #include "document/modDoc.h"
 
 #include "app/MainWindowHost.h"
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
 #include "outline/BusyPointer.h"
 #include "outline/modNodes.h"
+#include "util/ErrorLog.h"
 #include "util/modString.h"
 
 #include <QHash>

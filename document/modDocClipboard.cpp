@@ -1,12 +1,12 @@
 // Clipboard transfer of whole documents.
 #include "document/modDocClipboard.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocText.h"
 #include "outline/modNodes.h"
 #include "util/CodePage.h"
+#include "util/ErrorLog.h"
 
 namespace modDocClipboard {
 

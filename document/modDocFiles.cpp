@@ -2,7 +2,7 @@
 // an extension implies, and the questions and settings the lifecycle consults.
 #include "document/modDoc.h"
 
-#include "app/modMain.h"
+#include "util/ErrorLog.h"
 #include "util/modString.h"
 
 #include <QFile>

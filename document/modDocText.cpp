@@ -2,12 +2,12 @@
 // file into one entry.
 #include "document/modDocText.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
-#include "editor/RichTextBuffer.h"
 #include "outline/modNodes.h"
+#include "richtext/RichTextBuffer.h"
 #include "util/CodePage.h"
+#include "util/ErrorLog.h"
 
 #include <vector>
 

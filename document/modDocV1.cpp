@@ -1,11 +1,11 @@
 // The native format on a document: writing the tree, and building it back from the file's bytes.
 #include "document/modDocV1.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "outline/modNodes.h"
 #include "util/CodePage.h"
+#include "util/ErrorLog.h"
 
 #include <QHash>
 

@@ -3,7 +3,7 @@
 #include "document/modDoc.h"
 #include "document/modDocV1.h"
 
-#include "app/modMain.h"
+#include "util/ErrorLog.h"
 
 #include <QHash>
 #include <QSet>

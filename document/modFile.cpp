@@ -3,13 +3,13 @@
 #include "app/MainWindowHost.h"
 #include "app/modCommandState.h"
 #include "app/modMRU.h"
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocClipboard.h"
 #include "document/modDocText.h"
 #include "outline/BusyPointer.h"
 #include "outline/modNodes.h"
+#include "util/ErrorLog.h"
 #include "util/modString.h"
 
 #include <optional>

@@ -1,10 +1,10 @@
 #include "editor/OutlineDragUi.h"
 
 #include "app/modCommands.h"
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "editor/OutlineModel.h"
 #include "outline/modDrag.h"
+#include "util/ErrorLog.h"
 
 #include <QAction>
 #include <QApplication>

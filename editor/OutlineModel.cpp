@@ -1,6 +1,6 @@
 #include "editor/OutlineModel.h"
 
-#include "app/modMain.h"
+#include "util/ErrorLog.h"
 
 #include <QBrush>
 #include <QGuiApplication>

@@ -1,7 +1,7 @@
 #include "editor/clsFont.h"
 
-#include "app/modMain.h"
-#include "editor/RichTextBuffer.h"
+#include "richtext/RichTextBuffer.h"
+#include "util/ErrorLog.h"
 
 #include <cmath>
 

@@ -5,9 +5,9 @@
 #include "document/modFile.h"
 #include "editor/OutlineDragUi.h"
 #include "editor/OutlineModel.h"
-#include "editor/RichTextBuffer.h"
 #include "editor/clsFont.h"
 #include "outline/modNodes.h"
+#include "richtext/RichTextBuffer.h"
 
 #include <QAbstractItemDelegate>
 #include <QApplication>

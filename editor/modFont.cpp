@@ -1,9 +1,9 @@
 #include "editor/modFont.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
-#include "editor/RichTextBuffer.h"
 #include "editor/clsFont.h"
+#include "richtext/RichTextBuffer.h"
+#include "util/ErrorLog.h"
 
 #include <cmath>
 

@@ -1,9 +1,9 @@
 // Feeds arbitrary bytes to the native document reader: the damage check and a full load into a
 // document. Neither may crash, hang or leak out an exception.
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocV1.h"
+#include "util/ErrorLog.h"
 
 #include <QCoreApplication>
 #include <QTemporaryDir>

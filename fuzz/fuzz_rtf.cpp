@@ -1,6 +1,6 @@
 // libFuzzer target: the RTF reader must survive any input without crashing, hanging or
 // growing without bound.
-#include "editor/RtfReader.h"
+#include "richtext/RtfReader.h"
 
 #include <QGuiApplication>
 #include <QTextDocument>

@@ -1,9 +1,9 @@
 #include "help/DebugDetails.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
-#include "editor/RichTextBuffer.h"
+#include "richtext/RichTextBuffer.h"
 #include "util/CodePage.h"
+#include "util/ErrorLog.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,7 +1,7 @@
 #include "help/frmAbout.h"
 
 #include "app/ToolbarIcons.h"
-#include "app/modMain.h"
+#include "util/ErrorLog.h"
 
 #include <QGridLayout>
 #include <QLabel>

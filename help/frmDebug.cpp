@@ -1,8 +1,8 @@
 #include "help/frmDebug.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "help/DebugDetails.h"
+#include "util/ErrorLog.h"
 
 #include <QFontDatabase>
 #include <QHBoxLayout>

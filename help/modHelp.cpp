@@ -1,7 +1,7 @@
 #include "help/modHelp.h"
 
 #include "app/MainWindowHost.h"
-#include "app/modMain.h"
+#include "util/ErrorLog.h"
 
 namespace modHelp {
 

@@ -1,6 +1,6 @@
 #include "outline/Node.h"
 
-#include "app/modMain.h"
+#include "util/ErrorLog.h"
 
 #include <QCollator>
 

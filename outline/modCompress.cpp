@@ -1,6 +1,6 @@
 #include "outline/modCompress.h"
 
-#include "app/modMain.h"
+#include "util/ErrorLog.h"
 
 #include <zlib.h>
 

@@ -1,10 +1,10 @@
 #include "outline/modDrag.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "outline/BusyPointer.h"
 #include "outline/modNodes.h"
 #include "outline/modOutline.h"
+#include "util/ErrorLog.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>

@@ -1,9 +1,9 @@
 #include "outline/modNodes.h"
 
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "editor/clsFont.h"
 #include "outline/modCompress.h"
+#include "util/ErrorLog.h"
 
 #include <algorithm>
 #include <cctype>

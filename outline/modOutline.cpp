@@ -1,11 +1,11 @@
 #include "outline/modOutline.h"
 
 #include "app/MainWindowHost.h"
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "editor/clsFont.h"
 #include "outline/BusyPointer.h"
 #include "outline/modNodes.h"
+#include "util/ErrorLog.h"
 
 #include <unordered_set>
 #include <utility>

@@ -1,8 +1,8 @@
 // The routing table and the refresh of the command states.
 #include "app/modCommandState.h"
 #include "app/modCommands.h"
-#include "app/modMain.h"
 #include "support/FakeMainWindow.h"
+#include "util/ErrorLog.h"
 
 #include <QRegularExpression>
 #include <QSet>

@@ -1,8 +1,8 @@
 // Saving never destroys the previous file: safe whole-file writes, the backup rule, the read-only
 // rule, and the format an extension implies.
-#include "app/modMain.h"
 #include "document/modDoc.h"
 #include "support/TestSupport.h"
+#include "util/ErrorLog.h"
 
 #include <QDir>
 #include <QFile>

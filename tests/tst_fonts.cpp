@@ -1,9 +1,9 @@
 // The font commands with the dialog answered by the test: what reaches the dialog, what comes
 // back, cancelling, and the one-step size keys.
 #include "document/Document.h"
-#include "editor/RichTextBuffer.h"
 #include "editor/clsFont.h"
 #include "editor/modFont.h"
+#include "richtext/RichTextBuffer.h"
 
 #include <QtTest>
 

@@ -1,6 +1,5 @@
 // The native format on documents: the example byte for byte, round trips, damaged files, and
 // the choice of format when loading and saving.
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocV1.h"
@@ -9,6 +8,7 @@
 #include "support/FakeDocument.h"
 #include "support/TestSupport.h"
 #include "support/TreeText.h"
+#include "util/ErrorLog.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,12 +1,12 @@
 // The entry tree model and the tree primitives: inserts, keys, copies, deletion, selection,
 // expansion, sorting, tags, batching, collection indexes, weak references and notifications.
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "outline/Node.h"
 #include "outline/modNodes.h"
 #include "support/FakeDocument.h"
 #include "support/TestSupport.h"
 #include "support/TreeText.h"
+#include "util/ErrorLog.h"
 
 #include <QRandomGenerator>
 #include <QtTest>

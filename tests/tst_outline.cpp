@@ -2,7 +2,6 @@
 // tags, moves with their climbing rules, indent and unindent, sorting once, expansion levels,
 // the drop rules and drops with each placement.
 #include "app/MainWindowHost.h"
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "outline/modDrag.h"
 #include "outline/modNodes.h"
@@ -10,6 +9,7 @@
 #include "support/FakeDocument.h"
 #include "support/TestSupport.h"
 #include "support/TreeText.h"
+#include "util/ErrorLog.h"
 
 #include <QGuiApplication>
 #include <QtTest>

@@ -1,6 +1,6 @@
 // The plain-text path of the RTF reader gives exactly the characters of the rich-text buffer.
-#include "editor/RichTextBuffer.h"
-#include "editor/RtfReader.h"
+#include "richtext/RichTextBuffer.h"
+#include "richtext/RtfReader.h"
 
 #include <QBuffer>
 #include <QDir>

@@ -1,6 +1,6 @@
-#include "editor/RtfConventions.h"
-#include "editor/RtfPlaceholder.h"
-#include "editor/RtfReader.h"
+#include "richtext/RtfConventions.h"
+#include "richtext/RtfPlaceholder.h"
+#include "richtext/RtfReader.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QBuffer>

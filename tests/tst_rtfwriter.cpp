@@ -1,7 +1,7 @@
 // The RTF writer: header and tables, escaping, character and paragraph formatting, lists, links,
 // tables, pictures, ranges, determinism.
-#include "editor/RtfConventions.h"
-#include "editor/RtfWriter.h"
+#include "richtext/RtfConventions.h"
+#include "richtext/RtfWriter.h"
 
 #include <QImage>
 #include <QTextBlock>

@@ -1,10 +1,10 @@
 // The settings store, its text forms, and the options, fonts and window placement kept in it.
 #include "app/modGlobals.h"
-#include "app/modMain.h"
 #include "app/modSession.h"
 #include "app/modSettings.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "util/ErrorLog.h"
 
 #include <QFile>
 #include <QtTest>

@@ -1,10 +1,10 @@
 // Entry texts: the stored form, compression, and the loading and storing through the text pane.
-#include "app/modMain.h"
 #include "document/Document.h"
 #include "outline/modCompress.h"
 #include "outline/modNodes.h"
 #include "support/FakeDocument.h"
 #include "support/TestSupport.h"
+#include "util/ErrorLog.h"
 
 #include <QRandomGenerator>
 #include <QtTest>

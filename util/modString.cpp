@@ -1,6 +1,6 @@
 #include "util/modString.h"
 
-#include "app/modMain.h"
+#include "util/ErrorLog.h"
 
 #include <QFile>
 #include <QFileInfo>

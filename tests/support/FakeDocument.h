@@ -1,9 +1,9 @@
 #pragma once
 
 #include "document/Document.h"
-#include "editor/TextPane.h"
 #include "editor/clsFont.h"
 #include "outline/Node.h"
+#include "richtext/TextPane.h"
 
 #include <QByteArray>
 #include <QString>

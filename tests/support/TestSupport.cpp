@@ -1,7 +1,7 @@
 #include "support/TestSupport.h"
 
-#include "app/modMain.h"
 #include "util/CodePage.h"
+#include "util/ErrorLog.h"
 
 #include <QFile>
 #include <QTest>

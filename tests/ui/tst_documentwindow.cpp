@@ -2,9 +2,9 @@
 
 #include "app/MainWindowHost.h"
 #include "editor/OutlineModel.h"
-#include "editor/RichTextBuffer.h"
 #include "editor/frmDocument.h"
 #include "outline/modNodes.h"
+#include "richtext/RichTextBuffer.h"
 #include "support/FakeDocument.h"
 
 #include <QAbstractItemModelTester>

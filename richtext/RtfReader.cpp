@@ -1,6 +1,6 @@
-#include "editor/RtfReader.h"
+#include "richtext/RtfReader.h"
 
-#include "editor/RtfConventions.h"
+#include "richtext/RtfConventions.h"
 #include "util/CodePage.h"
 
 #include <QHash>

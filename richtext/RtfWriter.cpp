@@ -1,6 +1,6 @@
-#include "editor/RtfWriter.h"
+#include "richtext/RtfWriter.h"
 
-#include "editor/RtfConventions.h"
+#include "richtext/RtfConventions.h"
 #include "util/CodePage.h"
 
 #include <QBuffer>

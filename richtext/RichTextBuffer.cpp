@@ -1,9 +1,9 @@
-#include "editor/RichTextBuffer.h"
+#include "richtext/RichTextBuffer.h"
 
-#include "app/modMain.h"
-#include "editor/RtfReader.h"
-#include "editor/RtfWriter.h"
 #include "editor/clsFont.h"
+#include "richtext/RtfReader.h"
+#include "richtext/RtfWriter.h"
+#include "util/ErrorLog.h"
 #include "util/modString.h"
 
 #include <QTextBlock>

@@ -1,6 +1,6 @@
-#include "editor/RtfPlaceholder.h"
+#include "richtext/RtfPlaceholder.h"
 
-#include "editor/RtfConventions.h"
+#include "richtext/RtfConventions.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QFontMetricsF>

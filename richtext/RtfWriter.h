@@ -9,7 +9,7 @@ class QTextDocument;
 // used, character formatting as differences (no groups, no \plain), paragraphs ended "\par" and
 // CR LF, bullets and numbering as \pn groups, links as HYPERLINK fields, tables as \trowd rows.
 // Characters of the code page above 0x7F are written \'hh, everything else \uN?.
-// The content is held as described in editor/RtfConventions.h. The output depends only on the
+// The content is held as described in richtext/RtfConventions.h. The output depends only on the
 // document: the same document always gives the same bytes.
 class RtfWriter {
 public:

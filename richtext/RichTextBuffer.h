@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/TextPane.h"
+#include "richtext/TextPane.h"
 
 #include <QColor>
 #include <QFont>
