@@ -5,6 +5,7 @@
 #include "util/ErrorLog.h"
 
 #include <QFontDatabase>
+#include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QPointer>
 #include <QPushButton>
@@ -71,6 +72,10 @@ void frmDebug::Form_Load() {
         box->setFont(fixed);
         box->setLineWrapMode(QTextEdit::WidgetWidth);
     }
+    // Room for the six detail lines without scrolling.
+    txtFormat->setMinimumHeight(QFontMetrics(fixed).lineSpacing() * 7 +
+                                2 * txtFormat->frameWidth() +
+                                int(txtFormat->document()->documentMargin() * 2));
 }
 
 void frmDebug::ShowDetails() {
