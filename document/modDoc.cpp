@@ -126,7 +126,7 @@ Document *DocNew() {
         modMain::UpdateStatusBarText(QString());
         doc->setOutlineVisible(false);
         if (TextPane *pane = doc->txtRTF()) {
-            pane->SetBaseFont(g_defaultTextFont);
+            pane->SetBaseFont(g_defaultTextFont.ToPaneFont());
         }
         g_defaultOutlineFont.CopyTo(doc->m_fntOutlineFont);
         g_defaultTextFont.CopyTo(doc->m_fntTextFont);

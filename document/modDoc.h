@@ -7,6 +7,7 @@
 
 #include <functional>
 
+#include "document/DocFiles.h"
 #include "editor/clsFont.h"
 
 class Document;
@@ -24,13 +25,6 @@ enum Answer { Ok = 1, Cancel = 2, Yes = 6, No = 7 };
 using QuestionHandler = std::function<int(const QString &question)>;
 void SetQuestionHandler(QuestionHandler handler);
 int AskQuestion(const QString &question);
-
-// The two settings documents follow: Backup (rename the old file to ".bak" before saving) and
-// AutoLabelEdit (labels editable by clicking). Headless defaults: no backup, automatic editing.
-void SetBackupRule(std::function<bool()> backup);
-void SetAutoLabelEditRule(std::function<bool()> autoLabelEdit);
-bool BackupOn();
-bool AutoLabelEditOn();
 
 // The message asked before a document of several entries is saved as plain text.
 QString TextFormatWarning();
@@ -74,29 +68,7 @@ bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk = tru
 // "1" for the native extension "mvd" (any case), "-1" for every other extension and none.
 QString DocDefaultVersionFromExt(const QString &path);
 
-// True when the file exists and is read-only: its owner write bit is clear, or the user may not
-// write it.
-bool FileReadOnly(const QString &path);
-// Renames an existing file to its backup name (the name without extension, ".bak"), deleting an
-// older backup first; a read-only backup is left alone and nothing is renamed.
-void DocBackup(const QString &path);
-
 // True when the document's file is set and the user may not write it.
 bool DocReadOnly(const Document &doc);
-
-// The value of the first tag `name` anywhere in the text, "" when there is none.
-QByteArray DocLoadTag(QByteArrayView text, QByteArrayView name);
-// Whether the tag `name` begins at `position` (0-based offset of its opener); when it does,
-// closePosition is the offset of the first "}" at or after it (the text's size when there is
-// none) and value the bytes between the blank after the name and that brace.
-bool DocLoadTagAtPosition(QByteArrayView text, QByteArrayView name, qsizetype position,
-                          qsizetype &closePosition, QByteArray &value);
-
-// Reads a whole file; raises 53 when it does not exist and 75 when it cannot be read.
-QByteArray ReadWholeFile(const QString &path);
-// Writes a whole file safely: the bytes go to a temporary file in the same folder, which then
-// replaces `path`. On any failure the old file is untouched and an error is raised (75 path or
-// access, 61 disk full, 70 permission denied).
-void WriteWholeFile(const QString &path, const QByteArray &bytes);
 
 } // namespace modDoc

@@ -2,8 +2,8 @@
 // file into one entry.
 #include "document/modDocText.h"
 
+#include "document/DocFiles.h"
 #include "document/Document.h"
-#include "document/modDoc.h"
 #include "outline/modNodes.h"
 #include "richtext/RichTextBuffer.h"
 #include "util/CodePage.h"

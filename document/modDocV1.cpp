@@ -1,8 +1,8 @@
 // The native format on a document: writing the tree, and building it back from the file's bytes.
 #include "document/modDocV1.h"
 
+#include "document/DocFiles.h"
 #include "document/Document.h"
-#include "document/modDoc.h"
 #include "outline/modNodes.h"
 #include "util/CodePage.h"
 #include "util/ErrorLog.h"
@@ -129,7 +129,7 @@ QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &tagge
     loadFont(text, "text", doc.m_fntTextFont);
     // The text pane's base font is the outline font after loading; the text font is only kept.
     if (TextPane *pane = doc.txtRTF()) {
-        pane->SetBaseFont(doc.m_fntOutlineFont);
+        pane->SetBaseFont(doc.m_fntOutlineFont.ToPaneFont());
     }
 
     // Entries by their key in the tree, so that every relative is found in constant time.

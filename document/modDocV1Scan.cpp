@@ -1,6 +1,6 @@
 // The byte scanner of the native format and the damage check built on it. Neither needs a
 // document, so the command-line checker and the fuzzer use them directly.
-#include "document/modDoc.h"
+#include "document/DocFiles.h"
 #include "document/modDocV1.h"
 
 #include "util/ErrorLog.h"

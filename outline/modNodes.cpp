@@ -244,7 +244,7 @@ void NodeInitialise(Document *document, Node *node) {
             document->view()->StartLabelEdit(selected);
         }
         if (TextPane *pane = document->txtRTF()) {
-            pane->SetBaseFont(document->m_fntTextFont);
+            pane->SetBaseFont(document->m_fntTextFont.ToPaneFont());
         }
     });
 }
@@ -545,7 +545,7 @@ void NodeSetFontAll(Document *document, Node *node, const clsFont &font) {
         NodeTextGet(document, node);
         const bool visible = pane->Visible();
         pane->SetVisible(false);
-        pane->ApplyFontToAll(font);
+        pane->ApplyFontToAll(font.ToPaneFont());
         NodeTextPut(document, node);
         pane->SetVisible(visible);
         for (Node *child = node->Child(); child; child = child->Next()) {

@@ -1,6 +1,5 @@
 #include "richtext/RichTextBuffer.h"
 
-#include "editor/clsFont.h"
 #include "richtext/RtfReader.h"
 #include "richtext/RtfWriter.h"
 #include "util/ErrorLog.h"
@@ -416,10 +415,19 @@ void RichTextBuffer::SetFont(const QFont &font) {
     m_doc->setDefaultFont(font);
 }
 
-void RichTextBuffer::SetBaseFont(const clsFont &font) {
+void RichTextBuffer::SetBaseFont(const PaneFont &font) {
     PROC("RichTextBuffer SetBaseFont");
     QFont base = m_doc->defaultFont();
-    font.SetFont(base);
+    base.setBold(font.bold);
+    base.setItalic(font.italic);
+    if (!font.name.isEmpty()) {
+        base.setFamily(font.name);
+    }
+    if (font.size > 0) {
+        base.setPointSizeF(font.size);
+    }
+    base.setStrikeOut(font.strikeThrough);
+    base.setUnderline(font.underline);
     m_doc->setDefaultFont(base);
 }
 
@@ -459,19 +467,19 @@ int RichTextBuffer::Find(const QString &text, int start, int end, int options) {
     return -1;
 }
 
-void RichTextBuffer::ApplyFontToAll(const clsFont &font) {
+void RichTextBuffer::ApplyFontToAll(const PaneFont &font) {
     PROC("RichTextBuffer ApplyFontToAll");
     QTextCharFormat f;
-    f.setFontWeight(font.Bold() ? QFont::Bold : QFont::Normal);
-    f.setFontItalic(font.Italic());
-    if (!font.Name().isEmpty()) {
-        f.setFontFamilies(QStringList{font.Name()});
+    f.setFontWeight(font.bold ? QFont::Bold : QFont::Normal);
+    f.setFontItalic(font.italic);
+    if (!font.name.isEmpty()) {
+        f.setFontFamilies(QStringList{font.name});
     }
-    if (font.Size() > 0) {
-        f.setFontPointSize(std::round(font.Size() * 2.0) / 2.0);
+    if (font.size > 0) {
+        f.setFontPointSize(std::round(font.size * 2.0) / 2.0);
     }
-    f.setFontStrikeOut(font.StrikeThrough());
-    f.setFontUnderline(font.Underline());
+    f.setFontStrikeOut(font.strikeThrough);
+    f.setFontUnderline(font.underline);
     QTextCursor all(m_doc);
     all.beginEditBlock();
     all.select(QTextCursor::Document);

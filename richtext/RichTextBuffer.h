@@ -10,7 +10,6 @@
 #include <optional>
 
 class QTextDocument;
-class clsFont;
 
 // The rich text of the text pane, without a widget: a text document and the selection in it,
 // with the operations of the rich-edit control. A view shows document() and mirrors the
@@ -105,9 +104,9 @@ public:
     int Find(const QString &text, int start = 0, int end = -1, int options = 0);
 
     // The whole text takes the set fields of the font (name only when set, size only when set).
-    void ApplyFontToAll(const clsFont &font) override;
-    // The base font takes the set fields of the font (clsFont::SetFont).
-    void SetBaseFont(const clsFont &font) override;
+    void ApplyFontToAll(const PaneFont &font) override;
+    // The base font takes the set fields of the font (name only when set, size only when set).
+    void SetBaseFont(const PaneFont &font) override;
 
 signals:
     void Change();

@@ -208,7 +208,7 @@ void TestNative::paneAfterLoad() {
     TestDocument t;
     t.doc.m_sFile = "p.mvd";
     modDoc::DocLoadBytes(t.doc, exampleFile());
-    QCOMPARE(t.pane->baseFont.Name(), QString("Arial"));
+    QCOMPARE(t.pane->baseFont.name, QString("Arial"));
     QCOMPARE(t.doc.m_fntTextFont.Name(), QString("Times New Roman"));
     QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1\\ansi Paint the hall\\par }"));
     QVERIFY(t.view.outlineVisible);

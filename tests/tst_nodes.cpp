@@ -572,7 +572,7 @@ void TestNodes::initialiseNamesAndStartsEdit() {
     QCOMPARE(n->Text(), QStringLiteral("New Entry"));
     QVERIFY(n->Selected());
     QCOMPARE(t.view.labelEdits, std::vector<Node *>{n});
-    QCOMPARE(t.pane->baseFont, t.doc.m_fntTextFont);
+    QCOMPARE(t.pane->baseFont, t.doc.m_fntTextFont.ToPaneFont());
 }
 
 QTEST_GUILESS_MAIN(TestNodes)

@@ -308,7 +308,7 @@ void TestRichTextBuffer::fonts() {
     clsFont g;
     g.setItalic(true);
     g.setSize(14);
-    b.ApplyFontToAll(g);
+    b.ApplyFontToAll(g.ToPaneFont());
     select(b, 0, 100);
     QCOMPARE(b.SelBold(), std::optional<bool>(false));
     QCOMPARE(b.SelItalic(), std::optional<bool>(true));
