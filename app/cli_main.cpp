@@ -5,6 +5,7 @@
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
 #include "outline/modNodes.h"
+#include "print/modExport.h"
 #include "richtext/RichTextBuffer.h"
 #include "util/TextEncoding.h"
 #include "util/modString.h"
@@ -41,9 +42,12 @@ QString usage() {
         "                        tab, label\n"
         "  cat FILE KEY          the plain text of the entry with that key (as `tree` shows it)\n"
         "  export-text FILE OUT  the document as a plain-text file, as File > Export writes it\n"
-        "  convert IN OUT        saves IN under OUT, in the format OUT's extension gives (.mvd "
+        "  convert IN OUT [--subtree KEY]\n"
+        "                        saves IN under OUT in the format of OUT's extension: .mvd "
         "native,\n"
-        "                        anything else plain text); no backup, no questions\n"
+        "                        .txt plain text, .pdf printed pages, .html one web page, .md\n"
+        "                        Markdown; with --subtree only that entry and its descendants;\n"
+        "                        no backup, no questions\n"
         "  compact IN OUT        every entry text rewritten by this program's rich-text writer "
         "and\n"
         "                        stored compressed, then saved as `convert` does\n"
@@ -134,6 +138,96 @@ int cmdConvert(Document *doc, const QString &target, TextEncoding::Encoding enco
     }
     modMain::Err = {};
     if (!modDoc::DocSaveDocument(*doc, target, false)) {
+        return fail(kFailed, QStringLiteral("cannot write %1: ").arg(target) + lastError());
+    }
+    return kOk;
+}
+
+// The formats `convert` writes, by the target's extension.
+enum class Target { Unknown, Native, Text, Pdf, Html, Markdown };
+
+Target targetOf(const QString &path) {
+    const QString ext = QFileInfo(path).suffix().toLower();
+    return ext == QLatin1String("mvd")    ? Target::Native
+           : ext == QLatin1String("txt")  ? Target::Text
+           : ext == QLatin1String("pdf")  ? Target::Pdf
+           : ext == QLatin1String("html") ? Target::Html
+           : ext == QLatin1String("md")   ? Target::Markdown
+                                          : Target::Unknown;
+}
+
+Node *entryWithKey(Document *doc, const QString &key) {
+    const QString wanted = QStringLiteral("KEY") + shortKey(key);
+    Node *found = nullptr;
+    modDocText::ForEachPreOrder(modDocText::DocRoot(*doc), [&](Node *n) {
+        if (!found && n->Key() == wanted) {
+            found = n;
+        }
+    });
+    return found;
+}
+
+// A new document holding a copy of the entry and its descendants, the entry as its root.
+Document *subtreeDocument(Document *doc, Node *top) {
+    auto *copy = new Document;
+    copy->m_fntOutlineFont = doc->m_fntOutlineFont;
+    copy->m_fntTextFont = doc->m_fntTextFont;
+    std::vector<std::pair<Node *, Node *>> stack{{top, nullptr}};
+    while (!stack.empty()) {
+        const auto [from, parent] = stack.back();
+        stack.pop_back();
+        Node *to = copy->trvOutline().Add(parent, parent ? relChild : relLast);
+        to->setText(from->Text());
+        to->setTag(from->Tag());
+        if (modNodes::NodeTagged(from)) {
+            modNodes::NodeTagOn(to);
+        }
+        to->setExpanded(from->Expanded());
+        const auto &children = from->childList();
+        for (auto it = children.rbegin(); it != children.rend(); ++it) {
+            stack.emplace_back(*it, to);
+        }
+    }
+    copy->trvOutline().setSelectedItem(copy->trvOutline().topNodes().front());
+    return copy;
+}
+
+int cmdConvertTo(Document *doc, const QString &target, const QString &subtree,
+                 TextEncoding::Encoding encoding) {
+    Node *top = nullptr;
+    if (!subtree.isEmpty()) {
+        top = entryWithKey(doc, subtree);
+        if (!top) {
+            return fail(kFailed, QStringLiteral("no entry with key %1").arg(shortKey(subtree)));
+        }
+    }
+    modMain::Err = {};
+    bool written = true;
+    switch (targetOf(target)) {
+    case Target::Pdf:
+        written = modExport::ExportPdf(*doc, target, top);
+        break;
+    case Target::Html:
+        written = modExport::ExportHtml(*doc, target, top);
+        break;
+    case Target::Markdown:
+        written = modExport::ExportMarkdown(*doc, target, top);
+        break;
+    case Target::Text:
+        if (top) {
+            written = modMain::Guarded([&] {
+                QByteArray bytes;
+                modDocText::DocSaveNodeAll(top, bytes, encoding);
+                modDoc::WriteWholeFile(target, bytes);
+                return true;
+            });
+            break;
+        }
+        return cmdConvert(doc, target, encoding);
+    default:
+        return cmdConvert(top ? subtreeDocument(doc, top) : doc, target, encoding);
+    }
+    if (!written) {
         return fail(kFailed, QStringLiteral("cannot write %1: ").arg(target) + lastError());
     }
     return kOk;
@@ -252,7 +346,24 @@ int run(QStringList args) {
     if (!known) {
         return fail(kUsage, QStringLiteral("unknown command \"%1\" (try --help)").arg(command));
     }
-    if (args.size() - 1 != known->arguments) {
+    QStringList rest = args;
+    QString subtree;
+    if (command == QLatin1String("convert")) {
+        const qsizetype at = rest.indexOf(QStringLiteral("--subtree"));
+        if (at > 0) {
+            if (at + 1 >= rest.size()) {
+                return fail(kUsage, QStringLiteral("--subtree needs a key (try --help)"));
+            }
+            subtree = rest.at(at + 1);
+            rest.remove(at, 2);
+        }
+        if (rest.size() == 3 && targetOf(rest.at(2)) == Target::Unknown) {
+            return fail(kUsage, QStringLiteral("cannot convert to %1: the extension must be .mvd, "
+                                               ".txt, .pdf, .html or .md")
+                                    .arg(rest.at(2)));
+        }
+    }
+    if (rest.size() - 1 != known->arguments) {
         return fail(kUsage, QStringLiteral("%1 takes %2 argument%3 (try --help)")
                                 .arg(command)
                                 .arg(known->arguments)
@@ -279,7 +390,7 @@ int run(QStringList args) {
         return cmdExportText(doc, args.at(2), encoding);
     }
     if (command == QLatin1String("convert")) {
-        return cmdConvert(doc, args.at(2), encoding);
+        return cmdConvertTo(doc, rest.at(2), subtree, encoding);
     }
     return cmdCompact(doc, args.at(2));
 }

@@ -1,6 +1,7 @@
 #include "app/modGlobals.h"
 
 #include "app/modMain.h"
+#include "help/modHelp.h"
 
 namespace modGlobals {
 
@@ -33,6 +34,7 @@ void InitialiseDefaults() {
     ViewStatusbar = true;
     ViewToolbar = true;
     TimerInterval = 250;
+    modHelp::g_bUseHelpDocument = false;
     // The rest start from the values the settings store falls back to, so that options after a
     // value that does not convert keep these.
     MaxMRUFiles = 10;

@@ -6,6 +6,7 @@
 #include "app/modMain.h"
 #include "app/modSettings.h"
 #include "document/modDoc.h"
+#include "help/modHelp.h"
 #include "util/modString.h"
 
 using namespace Qt::StringLiterals;
@@ -37,6 +38,7 @@ void Initialise() {
     PROC("modMain Initialise");
     Guarded([] {
         WriteLog(u"Session started at "_s + NowText());
+        modHelp::SetHelpFile(modHelp::ShippedFile(QString::fromLatin1(modHelp::kHelpFileName)));
         modGlobals::CreateFontRecords();
         modGlobals::InitialiseDefaults();
         modSettings::LoadSettings();

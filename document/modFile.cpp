@@ -27,11 +27,23 @@ QString g_sDialogFileName;
 
 const QString kNativeExt = u"mvd"_s;
 
-// Shows the dialog; the chosen name, or nothing when cancelled.
-// With `encoding`, the dialog offers the text encoding too and the choice comes back there.
+void StatusText(const QString &text) {
+    modMain::UpdateStatusBarText(text);
+}
+
+void Activate(Document *doc) {
+    if (g_hooks.Activate) {
+        g_hooks.Activate(doc);
+    } else {
+        Documents::SetActive(doc);
+    }
+}
+
+} // namespace
+
 std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &initial,
                                   const QString &filter, int flags,
-                                  TextEncoding::Encoding *encoding = nullptr) {
+                                  TextEncoding::Encoding *encoding) {
     FileDialogRequest request;
     request.Save = save;
     request.DefaultExt = ext;
@@ -49,19 +61,9 @@ std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &
     return request.FileName;
 }
 
-void StatusText(const QString &text) {
-    modMain::UpdateStatusBarText(text);
+void ActivateDocument(Document *doc) {
+    Activate(doc);
 }
-
-void Activate(Document *doc) {
-    if (g_hooks.Activate) {
-        g_hooks.Activate(doc);
-    } else {
-        Documents::SetActive(doc);
-    }
-}
-
-} // namespace
 
 void SetFileDialogHandler(FileDialogHandler handler) {
     g_dialog = std::move(handler);

@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 #include "util/TextEncoding.h"
 
@@ -31,6 +32,11 @@ inline constexpr int kSaveFlags = 0x280802;
 // Without a handler every dialog is cancelled.
 using FileDialogHandler = std::function<bool(FileDialogRequest &request)>;
 void SetFileDialogHandler(FileDialogHandler handler);
+// Shows the dialog; the chosen name, or nothing when cancelled. The dialog keeps the last name.
+// With `encoding`, the dialog offers the text encoding too and the choice comes back there.
+std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &initial,
+                                  const QString &filter, int flags,
+                                  TextEncoding::Encoding *encoding = nullptr);
 
 // The filter of the native and text files; with "All Files" for opening.
 QString FileFilter(bool forOpening);
@@ -46,6 +52,9 @@ struct WindowHooks {
     std::function<void()> Exit;
 };
 void SetWindowHooks(WindowHooks hooks);
+// Makes the document's window the active one and gives it the focus (the Activate hook; without
+// it, the document becomes the active one).
+void ActivateDocument(Document *doc);
 
 // The closing question of a document about to close: true when it may close. Asks "Do you want
 // to save the file <name>?" of a changed, writable document; Yes saves it first.

@@ -22,6 +22,8 @@ private Q_SLOTS:
     void convert_data();
     void convert();
     void convertFailure();
+    void convertByExtension_data();
+    void convertByExtension();
     void exportTextOfEmptyTexts();
     void richTexts();
     void check_data();
@@ -81,6 +83,10 @@ void TestCli::usageErrors_data() {
         << QStringList{"convert", "a", "b", "--encoding", "latin9"} << "unknown encoding";
     QTest::newRow("encoding of a reading command")
         << QStringList{"tree", "a.mvd", "--encoding=utf-8"} << "--encoding applies to";
+    QTest::newRow("unknown extension")
+        << QStringList{"convert", "a.mvd", "b.docx"} << "cannot convert to b.docx";
+    QTest::newRow("subtree without key")
+        << QStringList{"convert", "a.mvd", "b.mvd", "--subtree"} << "--subtree needs a key";
 }
 
 void TestCli::usageErrors() {
@@ -172,6 +178,50 @@ void TestCli::convertFailure() {
     QCOMPARE(r.code, 1);
     QVERIFY2(r.err.startsWith("mavrolen-cli: cannot write no/such/dir/x.mvd: error 75"),
              r.err.constData());
+}
+
+void TestCli::convertByExtension_data() {
+    QTest::addColumn<QStringList>("args"); // after the input file
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("contains"); // in the written file
+    QTest::addColumn<QString>("lacks");
+    QTest::newRow("html")
+        << QStringList{"o.html"} << 0
+        << "<p>Plans for the year</p>\n</div>\n<h2>0.1 Garden</h2>\n<h2>0.2 House</h2>"
+        << "";
+    QTest::newRow("markdown") << QStringList{"o.md"} << 0
+                              << "# 0 Projects\n\nPlans for the year\n\n## 0.1 Garden\n\n## "
+                                 "0.2 House\n\nPaint the hall\n"
+                              << "";
+    QTest::newRow("pdf") << QStringList{"o.pdf"} << 0 << "%PDF-"
+                         << "";
+    QTest::newRow("subtree html") << QStringList{"o2.html", "--subtree", "0.2"} << 0
+                                  << "<h1>0.2 House</h1>"
+                                  << "Garden";
+    QTest::newRow("subtree text") << QStringList{"--subtree", "0.2", "o.txt"} << 0
+                                  << "0.2 House\r\nPaint the hall\r\n\r\n"
+                                  << "Garden";
+    QTest::newRow("subtree native") << QStringList{"o2.mvd", "--subtree", "KEY0.2"} << 0
+                                    << "{\\ttf_nodekey 0}\r\n{\\ttf_nodelabel House}"
+                                    << "Garden";
+    QTest::newRow("no such subtree") << QStringList{"o3.md", "--subtree", "0.9"} << 1 << ""
+                                     << "";
+}
+
+void TestCli::convertByExtension() {
+    QFETCH(QStringList, args);
+    QFETCH(int, code);
+    QFETCH(QString, contains);
+    QFETCH(QString, lacks);
+    const Result r = run(QStringList{"convert", write("x.mvd", DocTest::exampleFile())} + args);
+    QCOMPARE(r.code, code);
+    const QString target = *std::find_if(args.begin(), args.end(), [](const QString &a) {
+        return a.contains('.') && !a.startsWith("KEY") && !a.front().isDigit();
+    });
+    const QByteArray written = readFile(m_dir.filePath(target));
+    QCOMPARE(written == "<missing>", code != 0);
+    QVERIFY2(written.contains(contains.toUtf8()), written.constData());
+    QVERIFY(lacks.isEmpty() || !written.contains(lacks.toUtf8()));
 }
 
 void TestCli::exportTextOfEmptyTexts() {

