@@ -8,6 +8,7 @@
 #include "print/modExport.h"
 #include "richtext/RichTextBuffer.h"
 #include "search/modSearch.h"
+#include "util/TextEncoding.h"
 #include "util/modString.h"
 
 #include <QFileInfo>
@@ -37,7 +38,7 @@ int fail(int code, const QString &message) {
 
 QString usage() {
     return QStringLiteral(
-        "Usage: mavrolen-cli COMMAND ARGUMENTS\n"
+        "Usage: mavrolen-cli COMMAND ARGUMENTS [--encoding NAME]\n"
         "  tree FILE             one line per entry in outline order: key, tab, T (tagged) or -,\n"
         "                        tab, label\n"
         "  cat FILE KEY          the plain text of the entry with that key (as `tree` shows it)\n"
@@ -52,12 +53,17 @@ QString usage() {
         "and\n"
         "                        stored compressed, then saved as `convert` does\n"
         "  check FILE            reports damage of a native file (orphan or out-of-order keys,\n"
-        "                        texts that do not decode, unknown tags); exit 1 when damaged\n"
+        "                        compressed texts that do not decode, unknown tags); exit 1 when\n"
+        "                        damaged\n"
         "  find FILE TEXT [--case] [--word] [--labels]\n"
         "                        one line per entry whose text (with --labels: label) holds TEXT,\n"
         "                        in outline order: key, tab, label; case is ignored unless "
         "--case,\n"
         "                        --word matches whole words only; exit 1 when nothing is found\n"
+        "  --help                this text\n"
+        "Text files are read as UTF-8 (with or without a byte order mark), UTF-16 with a byte\n"
+        "order mark, or else Windows-1252. export-text and convert to a plain-text file write\n"
+        "Windows-1252, or UTF-8 with --encoding utf-8 (NAME: utf-8 or windows-1252).\n"
         "Exit status: 0 done, 1 the command failed (a file that cannot be read or written) or "
         "found\ndamage, 2 usage error or missing file.\n"
         "Output is UTF-8.\n");
@@ -124,15 +130,19 @@ int cmdCat(Document *doc, const QString &key) {
     return kOk;
 }
 
-int cmdExportText(Document *doc, const QString &target) {
+int cmdExportText(Document *doc, const QString &target, TextEncoding::Encoding encoding) {
     modMain::Err = {};
-    if (!modDocText::DocExport(*doc, target)) {
+    if (!modDocText::DocExport(*doc, target, encoding)) {
         return fail(kFailed, QStringLiteral("cannot export to %1: ").arg(target) + lastError());
     }
     return kOk;
 }
 
-int cmdConvert(Document *doc, const QString &target) {
+int cmdConvert(Document *doc, const QString &target, TextEncoding::Encoding encoding) {
+    if (encoding != TextEncoding::Encoding::CodePage &&
+        modDoc::DocDefaultVersionFromExt(target).toInt() == -1) {
+        return cmdExportText(doc, target, encoding);
+    }
     modMain::Err = {};
     if (!modDoc::DocSaveDocument(*doc, target, false)) {
         return fail(kFailed, QStringLiteral("cannot write %1: ").arg(target) + lastError());
@@ -189,7 +199,8 @@ Document *subtreeDocument(Document *doc, Node *top) {
     return copy;
 }
 
-int cmdConvertTo(Document *doc, const QString &target, const QString &subtree) {
+int cmdConvertTo(Document *doc, const QString &target, const QString &subtree,
+                 TextEncoding::Encoding encoding) {
     Node *top = nullptr;
     if (!subtree.isEmpty()) {
         top = entryWithKey(doc, subtree);
@@ -213,15 +224,15 @@ int cmdConvertTo(Document *doc, const QString &target, const QString &subtree) {
         if (top) {
             written = modMain::Guarded([&] {
                 QByteArray bytes;
-                modDocText::DocSaveNodeAll(top, bytes);
+                modDocText::DocSaveNodeAll(top, bytes, encoding);
                 modDoc::WriteWholeFile(target, bytes);
                 return true;
             });
             break;
         }
-        return cmdConvert(doc, target);
+        return cmdConvert(doc, target, encoding);
     default:
-        return cmdConvert(top ? subtreeDocument(doc, top) : doc, target);
+        return cmdConvert(top ? subtreeDocument(doc, top) : doc, target, encoding);
     }
     if (!written) {
         return fail(kFailed, QStringLiteral("cannot write %1: ").arg(target) + lastError());
@@ -252,7 +263,7 @@ int cmdCompact(Document *doc, const QString &target) {
     if (!ok) {
         return fail(kFailed, QStringLiteral("cannot rewrite the entry texts: ") + lastError());
     }
-    return cmdConvert(doc, target);
+    return cmdConvert(doc, target, TextEncoding::Encoding::CodePage);
 }
 
 int cmdCheck(const QString &path) {
@@ -345,15 +356,42 @@ int runFind(const QStringList &args) {
     return cmdFind(doc, positional.at(1), matchCase, wholeWord, labels);
 }
 
-int run(const QStringList &args) {
+int run(QStringList args) {
+    if (args.contains(QLatin1String("--help")) || args.contains(QLatin1String("-h")) ||
+        (!args.isEmpty() && args.first() == QLatin1String("help"))) {
+        out(usage());
+        return kOk;
+    }
+    TextEncoding::Encoding encoding = TextEncoding::Encoding::CodePage;
+    bool encodingGiven = false;
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        QString value;
+        if (args.at(i) == QLatin1String("--encoding")) {
+            if (i + 1 >= args.size()) {
+                return fail(kUsage, QStringLiteral("--encoding needs a name (try --help)"));
+            }
+            value = args.at(i + 1);
+            args.remove(i, 2);
+        } else if (args.at(i).startsWith(QLatin1String("--encoding="))) {
+            value = args.at(i).mid(11);
+            args.remove(i, 1);
+        } else {
+            continue;
+        }
+        if (!TextEncoding::EncodingFromName(value, encoding)) {
+            return fail(kUsage, QStringLiteral("unknown encoding \"%1\" (try --help)").arg(value));
+        }
+        encodingGiven = true;
+        --i;
+    }
     if (args.isEmpty()) {
         return fail(kUsage, QStringLiteral("no command given (try --help)"));
     }
     const QString command = args.first();
-    if (command == QLatin1String("--help") || command == QLatin1String("-h") ||
-        command == QLatin1String("help")) {
-        std::fputs(usage().toUtf8().constData(), stderr);
-        return kUsage;
+    if (encodingGiven && command != QLatin1String("export-text") &&
+        command != QLatin1String("convert")) {
+        return fail(kUsage,
+                    QStringLiteral("--encoding applies to export-text and convert (try --help)"));
     }
     if (command == QLatin1String("find")) {
         return runFind(args);
@@ -414,10 +452,10 @@ int run(const QStringList &args) {
         return cmdCat(doc, args.at(2));
     }
     if (command == QLatin1String("export-text")) {
-        return cmdExportText(doc, args.at(2));
+        return cmdExportText(doc, args.at(2), encoding);
     }
     if (command == QLatin1String("convert")) {
-        return cmdConvertTo(doc, rest.at(2), subtree);
+        return cmdConvertTo(doc, rest.at(2), subtree, encoding);
     }
     return cmdCompact(doc, args.at(2));
 }

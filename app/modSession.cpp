@@ -2,6 +2,7 @@
 
 #include "app/modCommandState.h"
 #include "app/modGlobals.h"
+#include "app/modMRU.h"
 #include "app/modMain.h"
 #include "app/modSettings.h"
 #include "document/modDoc.h"
@@ -42,6 +43,9 @@ void Initialise() {
         modGlobals::InitialiseDefaults();
         modSettings::LoadSettings();
         modDoc::SetDefaultFonts(modGlobals::g_fntOutlineFont, modGlobals::g_fntTextFont);
+        modMRU::LoadMRUFiles();
+        // Every load, and every save that writes its file, goes to the top of the list.
+        modDoc::SetRecentFileRule([](const QString &path) { modMRU::UpdateMRUFile(path, false); });
         LoadInitialFiles();
         const int open =
             g_documents.OpenDocumentFiles ? int(g_documents.OpenDocumentFiles().size()) : 0;
@@ -54,6 +58,7 @@ void Finalise() {
     PROC("modMain Finalise");
     Guarded([] {
         modSettings::SaveSettings();
+        modMRU::SaveMRUFiles();
         SaveWorkingFiles();
         WriteLog(u"Session ended at "_s + NowText());
     });

@@ -8,6 +8,8 @@
 #include <QHash>
 #include <QSet>
 
+#include <algorithm>
+
 #include <zlib.h>
 
 namespace modDoc {
@@ -179,7 +181,9 @@ void DocSaveNodeTag(QByteArray &out, QByteArrayView name, QByteArrayView value) 
 
 namespace {
 
-// A stored text in the compressed form ("length,data") whose data does not decode.
+// A stored text in the compressed form ("length,data", the data beginning with a zlib header)
+// whose data does not decode. A text stored as is (its compression failed, or it came from a
+// text file) is valid even when it begins with digits and a comma.
 bool undecodable(const QByteArray &stored) {
     const qsizetype comma = stored.indexOf(',');
     if (comma <= 0) {
@@ -187,11 +191,22 @@ bool undecodable(const QByteArray &stored) {
     }
     qint64 length = 0;
     qsizetype i = 0;
-    while (i < comma && stored.at(i) >= '0' && stored.at(i) <= '9' && length < (qint64(1) << 40)) {
-        length = length * 10 + (stored.at(i) - '0');
+    while (i < comma && stored.at(i) >= '0' && stored.at(i) <= '9') {
+        // Saturates: any length this large is beyond every buffer.
+        length = std::min<qint64>(length * 10 + (stored.at(i) - '0'), qint64(1) << 40);
         ++i;
     }
-    if (i == 0 || length <= 0) {
+    // The writer's prefix is digits only.
+    if (i != comma || length <= 0) {
+        return false;
+    }
+    // zlib's header: compression method 8, and the two bytes a multiple of 31.
+    if (stored.size() < comma + 3) {
+        return false;
+    }
+    const auto cmf = static_cast<unsigned char>(stored.at(comma + 1));
+    const auto flg = static_cast<unsigned char>(stored.at(comma + 2));
+    if ((cmf & 0x0F) != 8 || (cmf >> 4) > 7 || (cmf * 256 + flg) % 31 != 0) {
         return false;
     }
     // Inflated in slices into one small buffer: the file's claims never size an allocation.

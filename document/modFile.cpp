@@ -3,6 +3,7 @@
 
 #include "app/MainWindowHost.h"
 #include "app/modCommandState.h"
+#include "app/modMRU.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocClipboard.h"
@@ -42,17 +43,22 @@ void Activate(Document *doc) {
 } // namespace
 
 std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &initial,
-                                  const QString &filter, int flags) {
+                                  const QString &filter, int flags,
+                                  TextEncoding::Encoding *encoding) {
     FileDialogRequest request;
     request.Save = save;
     request.DefaultExt = ext;
     request.FileName = initial;
     request.Filter = filter;
     request.Flags = flags;
+    request.OfferEncoding = encoding != nullptr;
     if (!g_dialog || !g_dialog(request) || request.FileName.isEmpty()) {
         return std::nullopt;
     }
     g_sDialogFileName = request.FileName;
+    if (encoding) {
+        *encoding = request.Encoding;
+    }
     return request.FileName;
 }
 
@@ -229,10 +235,11 @@ void FileExportText() {
         if (!modMain::DocumentActive(doc)) {
             return;
         }
+        TextEncoding::Encoding encoding = TextEncoding::Encoding::CodePage;
         const auto name = ShowDialog(true, u"txt"_s, modString::FileWithoutExt(doc->m_sFile),
-                                     TextFileFilter(), kSaveFlags);
+                                     TextFileFilter(), kSaveFlags, &encoding);
         if (name) {
-            modDocText::DocExport(*doc, *name);
+            modDocText::DocExport(*doc, *name, encoding);
         }
     });
 }
@@ -298,6 +305,36 @@ void FileExit() {
                 return;
             }
         }
+    });
+}
+
+void FileMRU(int index) {
+    modMain::Guarded([index] {
+        PROC("modFile FileMRU");
+        const QString file = modMRU::MenuFile(index);
+        if (file.isEmpty()) {
+            return; // no such item
+        }
+        for (Document *doc : Documents::All()) {
+            if (doc->m_sFile == file) {
+                modMain::MsgBox(u"Warning - the file "_s + file +
+                                    u" is already loaded, so cannot be loaded again"_s,
+                                modMain::vbOKOnly, modMain::vbExclamation);
+                Activate(doc);
+                return;
+            }
+        }
+        if (modString::FileExists(file)) {
+            modDoc::DocLoad(file);
+            modMRU::UpdateMRUFile(file, false);
+        } else {
+            modMain::MsgBox(u"Warning - the file "_s + file +
+                                u" no longer exists, so cannot be loaded"_s,
+                            modMain::vbOKOnly, modMain::vbExclamation);
+            modMRU::UpdateMRUFile(file, true);
+        }
+        modMain::MenuEnable(modDoc::OpenDocumentCount());
+        modMain::MenuEnableDynamic();
     });
 }
 

@@ -5,6 +5,8 @@
 #include <functional>
 #include <optional>
 
+#include "util/TextEncoding.h"
+
 class Document;
 
 // The File menu's commands. Each acts on the active document and leaves the work to modDoc,
@@ -19,6 +21,9 @@ struct FileDialogRequest {
     QString FileName;   // the initial name; the chosen name when the dialog is confirmed
     QString Filter;     // description|pattern pairs, separated by "|"
     int Flags = 0;      // the classic flags (file must exist 0x1000, overwrite prompt 0x2, ...)
+    // A text export: the dialog also offers the character encoding, which comes back here.
+    bool OfferEncoding = false;
+    TextEncoding::Encoding Encoding = TextEncoding::Encoding::CodePage;
 };
 inline constexpr int kOpenFlags = 0x281800;
 inline constexpr int kSaveFlags = 0x280802;
@@ -28,8 +33,10 @@ inline constexpr int kSaveFlags = 0x280802;
 using FileDialogHandler = std::function<bool(FileDialogRequest &request)>;
 void SetFileDialogHandler(FileDialogHandler handler);
 // Shows the dialog; the chosen name, or nothing when cancelled. The dialog keeps the last name.
+// With `encoding`, the dialog offers the text encoding too and the choice comes back there.
 std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &initial,
-                                  const QString &filter, int flags);
+                                  const QString &filter, int flags,
+                                  TextEncoding::Encoding *encoding = nullptr);
 
 // The filter of the native and text files; with "All Files" for opening.
 QString FileFilter(bool forOpening);
@@ -66,5 +73,8 @@ void FileExportText();
 void FileImportClipboard();
 void FileExportClipboard();
 void FileExit();
+// The recently used file of menu item `index` (modMRU): an open one is brought forward with a
+// warning; one that no longer exists is taken out of the list with a warning; else it is opened.
+void FileMRU(int index);
 
 } // namespace modFile

@@ -16,6 +16,8 @@ private Q_SLOTS:
     void initTestCase();
     void usageErrors_data();
     void usageErrors();
+    void helpAndEncodings_data();
+    void helpAndEncodings();
     void tree();
     void cat_data();
     void cat();
@@ -96,6 +98,11 @@ void TestCli::usageErrors_data() {
     QTest::newRow("help") << QStringList{"--help"} << "Usage: mavrolen-cli";
     QTest::newRow("find without text") << QStringList{"find", "a.mvd"} << "find takes a file and";
     QTest::newRow("find option") << QStringList{"find", "a", "b", "--x"} << "unknown option --x";
+    QTest::newRow("folder") << QStringList{"check", "."} << "cannot open .";
+    QTest::newRow("unknown encoding")
+        << QStringList{"convert", "a", "b", "--encoding", "latin9"} << "unknown encoding";
+    QTest::newRow("encoding of a reading command")
+        << QStringList{"tree", "a.mvd", "--encoding=utf-8"} << "--encoding applies to";
     QTest::newRow("unknown extension")
         << QStringList{"convert", "a.mvd", "b.docx"} << "cannot convert to b.docx";
     QTest::newRow("subtree without key")
@@ -109,8 +116,33 @@ void TestCli::usageErrors() {
     QCOMPARE(r.code, 2);
     QVERIFY2(r.err.contains(message.toUtf8()), r.err.constData());
     QCOMPARE(r.out, QByteArray());
-    if (!args.contains("--help")) {
-        QCOMPARE(r.err.count('\n'), 1);
+    QCOMPARE(r.err.count('\n'), 1);
+}
+
+void TestCli::helpAndEncodings_data() {
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QByteArray>("expected");
+    QTest::newRow("Windows-1252 by default") << QStringList{}
+                                             << QByteArray("Gr\xfc\xdf"
+                                                           "e \x80");
+    QTest::newRow("UTF-8 asked for") << QStringList{"--encoding", "utf-8"}
+                                     << QByteArray("Gr\xc3\xbc\xc3\x9f"
+                                                   "e \xe2\x82\xac");
+}
+
+void TestCli::helpAndEncodings() {
+    QFETCH(QStringList, options);
+    QFETCH(QByteArray, expected);
+    const Result help = run({"--help"});
+    QCOMPARE(help.code, 0);
+    QVERIFY(help.out.startsWith("Usage: mavrolen-cli") && help.err.isEmpty());
+    // A UTF-8 file in, through both commands that write text.
+    const QString in = write("u.txt", "Gr\xc3\xbc\xc3\x9f"
+                                      "e \xe2\x82\xac\n");
+    for (const char *command : {"convert", "export-text"}) {
+        const Result r = run(QStringList{command, in, "u-out.txt"} + options);
+        QCOMPARE(r.code, 0);
+        QCOMPARE(readFile(m_dir.filePath("u-out.txt")), "0 Text\r\n" + expected + "\r\n\r\n");
     }
 }
 

@@ -126,9 +126,9 @@ void TestNativeScan::check_data() {
     QTest::newRow("root twice") << header() + entry("0", "R", "") + entry("0", "S", "")
                                 << QStringList{"out of order"};
     QTest::newRow("undecodable text")
-        << header() + entry("0", "R", "25,garbage") << QStringList{"cannot be decoded"};
-    QTest::newRow("plain digits-comma text is checked too")
-        << header() + entry("0", "R", "3, apples") << QStringList{"cannot be decoded"};
+        << header() + entry("0", "R", "25,x\x9cgarbage") << QStringList{"cannot be decoded"};
+    QTest::newRow("text stored as is, digits and comma first")
+        << header() + entry("0", "R", "3, apples") + entry("0.1", "A", "12,x") << QStringList{};
     QStringList missing; // every header tag, in order
     for (const QByteArray &name : modDocV1::HeaderTagNames()) {
         missing << "missing header tag \"" + QString::fromLatin1(name) + '"';
