@@ -346,7 +346,7 @@ int runFind(const QStringList &args) {
         return fail(kUsage, QStringLiteral("find: the text to find is empty"));
     }
     const QString file = positional.at(0);
-    if (!readable(file)) {
+    if (!exists(file)) {
         return fail(kUsage, QStringLiteral("cannot open %1: no such readable file").arg(file));
     }
     Document *doc = load(file);
