@@ -1,12 +1,14 @@
 #include "app/modSession.h"
 
 #include "app/modCommandState.h"
+#include "app/modMRU.h"
 #include "app/modMain.h"
 #include "app/modSettings.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modFile.h"
 #include "editor/modFont.h"
+#include "help/modHelp.h"
 #include "util/modGlobals.h"
 #include "util/modString.h"
 
@@ -22,10 +24,12 @@ void Initialise() {
     PROC("modMain Initialise");
     Guarded([] {
         WriteLog(u"Session started at "_s + NowText());
+        modHelp::SetHelpFile(modHelp::ShippedFile(QString::fromLatin1(modHelp::kHelpFileName)));
         modFont::CreateFontRecords();
         modGlobals::InitialiseDefaults();
         modSettings::LoadSettings();
         modDoc::SetDefaultFonts(modFont::g_fntOutlineFont, modFont::g_fntTextFont);
+        modMRU::LoadMRUFiles();
         LoadInitialFiles();
         MenuEnable(modDoc::OpenDocumentCount());
         MenuEnableDynamic();
@@ -36,6 +40,7 @@ void Finalise() {
     PROC("modMain Finalise");
     Guarded([] {
         modSettings::SaveSettings();
+        modMRU::SaveMRUFiles();
         SaveWorkingFiles();
         WriteLog(u"Session ended at "_s + NowText());
     });

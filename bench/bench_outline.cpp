@@ -27,8 +27,8 @@ public:
     void SetTextRTF(const QByteArray &rtf) override { m_rtf = rtf; }
     bool Visible() const override { return m_bVisible; }
     void SetVisible(bool visible) override { m_bVisible = visible; }
-    void SetBaseFont(const clsFont &) override {}
-    void ApplyFontToAll(const clsFont &) override {}
+    void SetBaseFont(const PaneFont &) override {}
+    void ApplyFontToAll(const PaneFont &) override {}
 
 private:
     QByteArray m_rtf;

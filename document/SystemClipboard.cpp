@@ -38,7 +38,10 @@ bool SystemClipboard::GetFormat(int format) const {
         return false;
     }
     if (format == PlainText) {
-        return data->hasText();
+        return data->hasText() && !data->hasFormat(QLatin1String(kOwnRichCopy));
+    }
+    if (format == Html) {
+        return data->hasHtml();
     }
     if (format == RichText) {
         for (const QString &type : richTypes()) {
@@ -74,5 +77,20 @@ void SystemClipboard::SetText(const QString &text) {
 void SystemClipboard::SetRichText(const QByteArray &rtf) {
     auto *data = new QMimeData;
     data->setData(QStringLiteral("text/rtf"), rtf);
+    clipboard()->setMimeData(data);
+}
+
+QString SystemClipboard::GetHtml() const {
+    const QMimeData *data = clipboard()->mimeData();
+    return data ? data->html() : QString();
+}
+
+void SystemClipboard::SetRichCopy(const QByteArray &rtf, const QString &html,
+                                  const QString &plain) {
+    auto *data = new QMimeData;
+    data->setData(QStringLiteral("text/rtf"), rtf);
+    data->setHtml(html);
+    data->setText(plain);
+    data->setData(QLatin1String(kOwnRichCopy), QByteArray("1"));
     clipboard()->setMimeData(data);
 }

@@ -5,12 +5,15 @@
 #include "document/Document.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
+#include "app/modMRU.h"
+#include "document/modRecovery.h"
 #include "outline/modNodes.h"
 #include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
 #include "util/modGlobals.h"
 #include "util/modString.h"
 
+#include <QFileInfo>
 #include <QHash>
 
 #include <cmath>
@@ -77,6 +80,7 @@ void DocClose(Document *doc) {
     if (!doc) {
         return;
     }
+    modRecovery::Forget(doc);
     doc->m_bClosing = true;
     if (Documents::Active() == doc) {
         Documents::SetActive(nullptr);
@@ -103,7 +107,7 @@ Document *DocNew() {
         modMain::UpdateStatusBarText(QString());
         doc->setOutlineVisible(false);
         if (TextPane *pane = doc->txtRTF()) {
-            pane->SetBaseFont(g_defaultTextFont);
+            pane->SetBaseFont(g_defaultTextFont.ToPaneFont());
         }
         g_defaultOutlineFont.CopyTo(doc->m_fntOutlineFont);
         g_defaultTextFont.CopyTo(doc->m_fntTextFont);
@@ -170,10 +174,25 @@ void DocFinishLoad(Document &doc, const QString &selectedKey, const QList<bool> 
 
 Document *DocLoad(const QString &path) {
     PROC("modDoc DocLoad");
-    if (!modString::FileExists(path)) {
+    // A missing file is silent; a folder or anything else that is not a readable file is an
+    // error (ReadWholeFile reports it).
+    if (!QFileInfo::exists(path)) {
         Document *active = nullptr;
         modMain::DocumentActive(active);
         menuEnableDynamic(active);
+        return nullptr;
+    }
+    // The file is read whole before a document exists: a read that fails leaves no document
+    // standing in for the file.
+    QByteArray bytes;
+    const bool read = modMain::Guarded(
+        [&] {
+            PROC("modDoc DocLoad");
+            bytes = ReadWholeFile(path);
+            return true;
+        },
+        false);
+    if (!read) {
         return nullptr;
     }
     Document *doc = nullptr;
@@ -185,14 +204,13 @@ Document *DocLoad(const QString &path) {
         doc = DocInit();
         doc->setOutlineVisible(false);
         doc->m_sFile = path;
-        const QByteArray bytes = ReadWholeFile(path);
-        DocLoadBytes(*doc, bytes);
+        DocLoadBytes(*doc, std::exchange(bytes, QByteArray()));
     });
     if (doc) {
         if (doc->view()) {
             doc->view()->ViewAutoFitSplit();
         }
-        modMain::Host().UpdateMRUFile(path);
+        modMRU::UpdateMRUFile(path, false);
         menuEnableDynamic(doc);
     }
     return doc;
@@ -228,15 +246,17 @@ bool DocSave(const QString &path) {
 }
 
 bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk) {
-    return modMain::Guarded([&] {
+    const QString oldFile = doc.m_sFile;
+    const int oldVersion = doc.m_iFileFormatVersion;
+    bool failed = false;
+    const bool saved = modMain::Guarded([&] {
         PROC("modDoc DocSave");
         const BusyPointer busy;
         const Transfer transfer;
         doc.m_sFile = path;
         doc.m_iFileFormatVersion = DocDefaultVersionFromExt(path).toInt();
-        if (backupAndAsk && modGlobals::Backup) {
-            DocBackup(path);
-        }
+        // Declining the warning leaves the old file where it is; the backup is made only once
+        // the new file is complete (WriteWholeFile).
         if (doc.m_iFileFormatVersion == -1 && doc.trvOutline().Count() > 1 && backupAndAsk &&
             modMain::MsgBox(TextFormatWarning(), modMain::vbYesNoCancel, modMain::vbQuestion) !=
                 modMain::vbYes) {
@@ -245,13 +265,21 @@ bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk) {
         const QByteArray bytes = doc.m_iFileFormatVersion == -1 ? modDocText::DocSaveVersion(doc)
                                                                 : modDocV1::DocSaveVersion(doc);
         PROC("modDoc DocSave");
-        WriteWholeFile(path, bytes);
+        failed = true;
+        WriteWholeFile(path, bytes, backupAndAsk && BackupOn());
+        failed = false;
         doc.m_sCaption = doc.m_sFile;
         stateChanged(doc);
         menuEnableDynamic(&doc);
-        modMain::Host().UpdateMRUFile(path);
+        modMRU::UpdateMRUFile(path, false);
         return true;
     });
+    if (failed) {
+        // Nothing was written: the document keeps the name of the file that holds it.
+        doc.m_sFile = oldFile;
+        doc.m_iFileFormatVersion = oldVersion;
+    }
+    return saved;
 }
 
 } // namespace modDoc

@@ -2,9 +2,10 @@
 // file into one entry.
 #include "document/modDocText.h"
 
+#include "document/DocFiles.h"
 #include "document/Document.h"
-#include "document/modDoc.h"
 #include "outline/modNodes.h"
+#include "richtext/RichTextBuffer.h"
 #include "util/CodePage.h"
 #include "util/ErrorLog.h"
 #include "util/modGlobals.h"
@@ -57,12 +58,14 @@ void ForEachPreOrder(Node *node, const std::function<void(Node *)> &visit) {
     }
 }
 
-void DocSaveNodeAll(Node *node, QByteArray &out) {
+void DocSaveNodeAll(Node *node, QByteArray &out, TextEncoding::Encoding encoding) {
     PROC("modDocText DocSaveNodeAll");
     ForEachPreOrder(node, [&](Node *n) {
-        out.append(keyWithoutPrefix(n->Key())).append(' ').append(CodePage::fromUnicode(n->Text()));
+        out.append(keyWithoutPrefix(n->Key()))
+            .append(' ')
+            .append(TextEncoding::EncodeText(n->Text(), encoding));
         out.append("\r\n");
-        const QByteArray text = CodePage::fromUnicode(PlainTextStripped(n->Tag()));
+        const QByteArray text = TextEncoding::EncodeText(PlainTextStripped(n->Tag()), encoding);
         out.append(text).append("\r\n");
         if (!text.isEmpty()) {
             out.append("\r\n");
@@ -70,8 +73,14 @@ void DocSaveNodeAll(Node *node, QByteArray &out) {
     });
 }
 
-QByteArray DocSaveVersion(Document &doc) {
+QByteArray DocSaveVersion(Document &doc, TextEncoding::Encoding encoding) {
     PROC("modDocText DocSaveVersion");
+    // All the texts together may inflate to a bounded multiple of what the document holds.
+    qint64 held = 0;
+    for (Node *n : doc.trvOutline()) {
+        held += n->Tag().size() + n->Text().size();
+    }
+    const modNodes::InflateBudget budget(modNodes::InflateBudget::ForFileSize(held));
     Node *root = DocRoot(doc);
     if (!root) {
         return {};
@@ -79,30 +88,38 @@ QByteArray DocSaveVersion(Document &doc) {
     modNodes::NodeSetKeys(root, QStringLiteral("KEY0"));
     QByteArray out;
     out.reserve(qsizetype(doc.trvOutline().Count()) * 64);
-    DocSaveNodeAll(root, out);
+    DocSaveNodeAll(root, out, encoding);
     return out;
 }
 
 QByteArray TextFileAsStoredText(QByteArrayView bytes) {
     PROC("modDocText TextFileAsStoredText");
-    QByteArray out;
-    out.reserve(bytes.size() + bytes.size() / 32 + 2);
+    const QString file = TextEncoding::DecodeText(bytes);
+    QString text;
+    text.reserve(file.size() + file.size() / 32 + 2);
     qsizetype i = 0;
-    const qsizetype n = bytes.size();
+    const qsizetype n = file.size();
     while (i < n) {
         qsizetype end = i;
-        while (end < n && bytes.at(end) != '\r' && bytes.at(end) != '\n') {
+        while (end < n && file.at(end) != u'\r' && file.at(end) != u'\n') {
             ++end;
         }
-        out.append(bytes.sliced(i, end - i)).append("\r\n");
-        if (end < n && bytes.at(end) == '\r' && end + 1 < n && bytes.at(end + 1) == '\n') {
+        text.append(QStringView(file).sliced(i, end - i)).append(u"\r\n");
+        if (end < n && file.at(end) == u'\r' && end + 1 < n && file.at(end + 1) == u'\n') {
             end += 2;
         } else if (end < n) {
             end += 1;
         }
         i = end;
     }
-    return out;
+    if (CodePage::canEncode(text)) {
+        return CodePage::fromUnicode(text);
+    }
+    // Characters the code page lacks survive only in rich text. Its last paragraph mark does not
+    // count as a line break, so the text's own last break makes one more (empty) paragraph.
+    RichTextBuffer buffer;
+    buffer.SetSelText(text);
+    return buffer.TextRTF();
 }
 
 void DocLoadVersion(Document &doc, QByteArrayView bytes) {
@@ -117,11 +134,11 @@ void DocLoadVersion(Document &doc, QByteArrayView bytes) {
     modNodes::NodeSelect(&doc, node);
 }
 
-bool DocExport(Document &doc, const QString &path) {
+bool DocExport(Document &doc, const QString &path, TextEncoding::Encoding encoding) {
     return modMain::Guarded([&] {
         PROC("modDocText DocExport");
         const Transfer transfer;
-        const QByteArray bytes = DocSaveVersion(doc);
+        const QByteArray bytes = DocSaveVersion(doc, encoding);
         modDoc::WriteWholeFile(path, bytes);
         return true;
     });

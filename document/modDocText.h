@@ -6,6 +6,8 @@
 
 #include <functional>
 
+#include "util/TextEncoding.h"
+
 class Document;
 class Node;
 
@@ -16,11 +18,15 @@ namespace modDocText {
 
 // The whole text file of a document (keys renumbered from the root first). Empty when the
 // document has no root.
-QByteArray DocSaveVersion(Document &doc);
+QByteArray DocSaveVersion(Document &doc,
+                          TextEncoding::Encoding encoding = TextEncoding::Encoding::CodePage);
 // Appends one entry and, recursively, its children.
-void DocSaveNodeAll(Node *node, QByteArray &out);
+void DocSaveNodeAll(Node *node, QByteArray &out,
+                    TextEncoding::Encoding encoding = TextEncoding::Encoding::CodePage);
 
 // The stored text a text file becomes: every line (ended by CR LF, LF or CR) followed by CR LF.
+// The file is read as TextEncoding::DecodeText does. The result is plain text in the code page,
+// or, when the text holds characters the code page lacks, rich text of the same lines.
 QByteArray TextFileAsStoredText(QByteArrayView bytes);
 
 // Fills the (empty) document with one entry "Text" holding the file's text.
@@ -28,7 +34,8 @@ void DocLoadVersion(Document &doc, QByteArrayView bytes);
 
 // Writes the document as plain text to `path`, leaving its name, format and changed flag alone.
 // Returns true when the file was written.
-bool DocExport(Document &doc, const QString &path);
+bool DocExport(Document &doc, const QString &path,
+               TextEncoding::Encoding encoding = TextEncoding::Encoding::CodePage);
 // Reads the text file into the document, which the caller has just created.
 bool DocImport(Document &doc, const QString &path);
 

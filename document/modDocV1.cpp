@@ -1,8 +1,8 @@
 // The native format on a document: writing the tree, and building it back from the file's bytes.
 #include "document/modDocV1.h"
 
+#include "document/DocFiles.h"
 #include "document/Document.h"
-#include "document/modDoc.h"
 #include "outline/modNodes.h"
 #include "util/CodePage.h"
 #include "util/ErrorLog.h"
@@ -111,13 +111,17 @@ QByteArray DocSaveVersion(Document &doc) {
     }
     QByteArray out;
     out.reserve(estimate);
-    DocSaveNodeTag(out, "formatversion", "1");
     Node *selected = doc.trvOutline().SelectedItem();
-    DocSaveNodeTag(out, "selecteditemkey", selected ? selected->Key().toLatin1() : QByteArray());
-    saveFont(out, "outline", doc.m_fntOutlineFont);
-    saveFont(out, "text", doc.m_fntTextFont);
+    DocSaveHeader(out, doc, selected ? selected->Key().toLatin1() : QByteArray());
     DocSaveNodeAll(root, out);
     return out;
+}
+
+void DocSaveHeader(QByteArray &out, const Document &doc, const QByteArray &selectedKey) {
+    DocSaveNodeTag(out, "formatversion", "1");
+    DocSaveNodeTag(out, "selecteditemkey", selectedKey);
+    saveFont(out, "outline", doc.m_fntOutlineFont);
+    saveFont(out, "text", doc.m_fntTextFont);
 }
 
 QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &taggedByIndex,
@@ -129,7 +133,7 @@ QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &tagge
     loadFont(text, "text", doc.m_fntTextFont);
     // The text pane's base font is the outline font after loading; the text font is only kept.
     if (TextPane *pane = doc.txtRTF()) {
-        pane->SetBaseFont(doc.m_fntOutlineFont);
+        pane->SetBaseFont(doc.m_fntOutlineFont.ToPaneFont());
     }
 
     // Entries by their key in the tree, so that every relative is found in constant time.
@@ -169,8 +173,10 @@ QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &tagge
                 relationship = relNext;
                 bool ok = false;
                 const qint64 number = key.mid(dot + 1).toLongLong(&ok);
-                relativeKey = prefix + key.left(dot + 1) +
-                              (ok ? QString::number(number - 1) : QStringLiteral("?"));
+                // Only a positive number has a predecessor (and no overflow at the boundary).
+                relativeKey =
+                    prefix + key.left(dot + 1) +
+                    (ok && number > 0 ? QString::number(number - 1) : QStringLiteral("?"));
             }
         }
         if (!relativeKey.isEmpty()) {

@@ -51,6 +51,8 @@ void DocSaveNodeTag(QByteArray &out, QByteArrayView name, QByteArrayView value);
 // The whole native file of a document: keys renumbered from the root first. Empty when the
 // document has no root.
 QByteArray DocSaveVersion(Document &doc);
+// The header lines: the format version, the selected entry's key and the two fonts.
+void DocSaveHeader(QByteArray &out, const Document &doc, const QByteArray &selectedKey);
 
 // Writes one entry and, recursively, its children.
 void DocSaveNodeAll(Node *node, QByteArray &out);

@@ -1,12 +1,14 @@
 // The byte scanner of the native format and the damage check built on it. Neither needs a
 // document, so the command-line checker and the fuzzer use them directly.
-#include "document/modDoc.h"
+#include "document/DocFiles.h"
 #include "document/modDocV1.h"
 
 #include "util/ErrorLog.h"
 
 #include <QHash>
 #include <QSet>
+
+#include <algorithm>
 
 #include <zlib.h>
 
@@ -179,7 +181,9 @@ void DocSaveNodeTag(QByteArray &out, QByteArrayView name, QByteArrayView value) 
 
 namespace {
 
-// A stored text in the compressed form ("length,data") whose data does not decode.
+// A stored text in the compressed form ("length,data", the data beginning with a zlib header)
+// whose data does not decode. A text stored as is (its compression failed, or it came from a
+// text file) is valid even when it begins with digits and a comma.
 bool undecodable(const QByteArray &stored) {
     const qsizetype comma = stored.indexOf(',');
     if (comma <= 0) {
@@ -187,23 +191,50 @@ bool undecodable(const QByteArray &stored) {
     }
     qint64 length = 0;
     qsizetype i = 0;
-    while (i < comma && stored.at(i) >= '0' && stored.at(i) <= '9' && length < (qint64(1) << 40)) {
-        length = length * 10 + (stored.at(i) - '0');
+    while (i < comma && stored.at(i) >= '0' && stored.at(i) <= '9') {
+        // Saturates: any length this large is beyond every buffer.
+        length = std::min<qint64>(length * 10 + (stored.at(i) - '0'), qint64(1) << 40);
         ++i;
     }
-    if (i == 0 || length <= 0) {
+    // The writer's prefix is digits only.
+    if (i != comma || length <= 0) {
         return false;
     }
-    const qint64 capacity = qint64(length + length * 0.01 + 12);
-    if (capacity > (qint64(1) << 31)) {
+    // zlib's header: compression method 8, and the two bytes a multiple of 31.
+    if (stored.size() < comma + 3) {
+        return false;
+    }
+    const auto cmf = static_cast<unsigned char>(stored.at(comma + 1));
+    const auto flg = static_cast<unsigned char>(stored.at(comma + 2));
+    if ((cmf & 0x0F) != 8 || (cmf >> 4) > 7 || (cmf * 256 + flg) % 31 != 0) {
+        return false;
+    }
+    // Inflated in slices into one small buffer: the file's claims never size an allocation.
+    const qint64 capacity = qint64(double(length) + double(length) * 0.01 + 12);
+    const qint64 input = stored.size() - comma - 1;
+    if (capacity > (qint64(1) << 31) || length > input * 1032 + 64) {
         return true;
     }
-    QByteArray buffer(capacity, '\0');
-    uLongf outLen = uLongf(buffer.size());
-    const int rc = uncompress(reinterpret_cast<Bytef *>(buffer.data()), &outLen,
-                              reinterpret_cast<const Bytef *>(stored.constData() + comma + 1),
-                              uLong(stored.size() - comma - 1));
-    return rc != Z_OK;
+    z_stream zs{};
+    if (inflateInit(&zs) != Z_OK) {
+        return true;
+    }
+    zs.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(stored.constData() + comma + 1));
+    zs.avail_in = uInt(input);
+    char slice[1 << 16];
+    qint64 produced = 0;
+    int rc = Z_OK;
+    while (rc == Z_OK) {
+        zs.next_out = reinterpret_cast<Bytef *>(slice);
+        zs.avail_out = sizeof slice;
+        rc = inflate(&zs, Z_NO_FLUSH);
+        produced += qint64(sizeof slice - zs.avail_out);
+        if (produced > capacity) {
+            break;
+        }
+    }
+    inflateEnd(&zs);
+    return rc != Z_STREAM_END || produced > capacity;
 }
 
 // Whether a key is a well-formed path: "0", then ".n" parts with n a number from 1 without
@@ -269,8 +300,8 @@ CheckReport CheckFile(const QByteArray &text) {
                 if (dot >= 0) {
                     bool ok = false;
                     const qint64 n = rec.Key.mid(dot + 1).toLongLong(&ok);
-                    relative =
-                        ok ? rec.Key.left(dot + 1) + QByteArray::number(n - 1) : QByteArray("?");
+                    relative = ok && n > 0 ? rec.Key.left(dot + 1) + QByteArray::number(n - 1)
+                                           : QByteArray("?");
                 }
             }
             if (!relative.isEmpty() && !seen.contains(relative)) {

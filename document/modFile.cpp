@@ -1,5 +1,7 @@
 #include "document/modFile.h"
+#include "document/modRecovery.h"
 
+#include "app/modMRU.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocClipboard.h"
@@ -23,22 +25,6 @@ QString g_sDialogFileName;
 
 const QString kNativeExt = u"mvd"_s;
 
-// Shows the dialog; the chosen name, or nothing when cancelled.
-std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &initial,
-                                  const QString &filter, int flags) {
-    FileDialogRequest request;
-    request.Save = save;
-    request.DefaultExt = ext;
-    request.FileName = initial;
-    request.Filter = filter;
-    request.Flags = flags;
-    if (!modMain::Host().ChooseFile(request) || request.FileName.isEmpty()) {
-        return std::nullopt;
-    }
-    g_sDialogFileName = request.FileName;
-    return request.FileName;
-}
-
 void StatusText(const QString &text) {
     modMain::UpdateStatusBarText(text);
 }
@@ -56,6 +42,30 @@ void RefreshAll() {
 }
 
 } // namespace
+
+std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &initial,
+                                  const QString &filter, int flags,
+                                  TextEncoding::Encoding *encoding) {
+    FileDialogRequest request;
+    request.Save = save;
+    request.DefaultExt = ext;
+    request.FileName = initial;
+    request.Filter = filter;
+    request.Flags = flags;
+    request.OfferEncoding = encoding != nullptr;
+    if (!modMain::Host().ChooseFile(request) || request.FileName.isEmpty()) {
+        return std::nullopt;
+    }
+    g_sDialogFileName = request.FileName;
+    if (encoding) {
+        *encoding = request.Encoding;
+    }
+    return request.FileName;
+}
+
+void ActivateDocument(Document *doc) {
+    Activate(doc);
+}
 
 QString FileFilter(bool forOpening) {
     QString filter = u"Mavrolen Files (*."_s + kNativeExt + u")|*."_s + kNativeExt +
@@ -145,10 +155,16 @@ void FileSave() {
         if (!modMain::DocumentActive(doc)) {
             return;
         }
-        // Cleared first, and it stays cleared when the Save As dialog is cancelled.
+        // Cleared first, and it stays cleared when the Save As dialog is cancelled; a save that
+        // fails leaves the document marked changed.
+        const bool changed = doc->m_bDataChanged;
         doc->m_bDataChanged = false;
         if (!doc->m_sFile.isEmpty()) {
-            modDoc::DocSave(doc->m_sFile);
+            if (!modDoc::DocSave(doc->m_sFile)) {
+                doc->m_bDataChanged = changed;
+            } else {
+                modRecovery::Forget(doc); // saved cleanly: the recovery copy goes
+            }
         } else {
             FileSaveAs();
         }
@@ -164,8 +180,8 @@ void FileSaveAs() {
         }
         const auto name = ShowDialog(true, kNativeExt, modString::FileWithoutExt(doc->m_sFile),
                                      FileFilter(false), kSaveFlags);
-        if (name) {
-            modDoc::DocSave(*name);
+        if (name && !modDoc::DocSave(*name)) {
+            doc->m_bDataChanged = true;
         }
     });
 }
@@ -207,10 +223,11 @@ void FileExportText() {
         if (!modMain::DocumentActive(doc)) {
             return;
         }
+        TextEncoding::Encoding encoding = TextEncoding::Encoding::CodePage;
         const auto name = ShowDialog(true, u"txt"_s, modString::FileWithoutExt(doc->m_sFile),
-                                     TextFileFilter(), kSaveFlags);
+                                     TextFileFilter(), kSaveFlags, &encoding);
         if (name) {
-            modDocText::DocExport(*doc, *name);
+            modDocText::DocExport(*doc, *name, encoding);
         }
     });
 }
@@ -274,6 +291,35 @@ void FileExit() {
                 return;
             }
         }
+    });
+}
+
+void FileMRU(int index) {
+    modMain::Guarded([index] {
+        PROC("modFile FileMRU");
+        const QString file = modMRU::MenuFile(index);
+        if (file.isEmpty()) {
+            return; // no such item
+        }
+        for (Document *doc : Documents::All()) {
+            if (doc->m_sFile == file) {
+                modMain::MsgBox(u"Warning - the file "_s + file +
+                                    u" is already loaded, so cannot be loaded again"_s,
+                                modMain::vbOKOnly, modMain::vbExclamation);
+                Activate(doc);
+                return;
+            }
+        }
+        if (modString::FileExists(file)) {
+            modDoc::DocLoad(file);
+            modMRU::UpdateMRUFile(file, false);
+        } else {
+            modMain::MsgBox(u"Warning - the file "_s + file +
+                                u" no longer exists, so cannot be loaded"_s,
+                            modMain::vbOKOnly, modMain::vbExclamation);
+            modMRU::UpdateMRUFile(file, true);
+        }
+        RefreshAll();
     });
 }
 

@@ -172,7 +172,7 @@ void ChangeDocumentTextFontDetails(bool allDocuments) {
         }
         const int start = pane->SelStart();
         const int length = pane->SelLength();
-        pane->SetBaseFont(doc->m_fntTextFont);
+        pane->SetBaseFont(doc->m_fntTextFont.ToPaneFont());
         pane->SetSelStart(start);
         pane->SetSelLength(length);
     }

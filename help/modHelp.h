@@ -1,9 +1,51 @@
 #pragma once
 
+#include <QString>
+
+#include <functional>
+
 // Commands of the Help menu.
 namespace modHelp {
 
+// The help collection's file name, beside the program or in the installed data folder.
+inline constexpr char kHelpFileName[] = "Mavrolen.qhc";
+// The help document, an ordinary document file.
+inline constexpr char kHelpDocumentName[] = "Help.mvd";
+// Context number of the contents page.
+inline constexpr int kContentsContext = 10;
+
+// Where a file shipped with the program lives: beside the program when it is there (a build
+// folder), else in the installed data folder (../share/mavrolen from the program); beside the
+// program when neither has it.
+QString ShippedFile(const QString &name);
+
+// The application's help file (full path); empty means no help is associated.
+QString HelpFile();
+void SetHelpFile(const QString &path);
+
+// Selects the help document instead of the help collection for Contents and Search. Off at
+// start-up and set by no command.
+extern bool g_bUseHelpDocument;
+
+// What the commands need of the windows. Without them the help cannot be shown: ShowHelp's
+// absence reads as an error of the help viewer.
+struct HelpHooks {
+    // Opens the help window on the collection `file` at the page of `context`. Returns the
+    // error's description when the collection cannot be opened, else empty text.
+    std::function<QString(const QString &file, int context)> ShowHelp;
+    // Puts the document window into what's-this mode (the next click shows a control's help).
+    std::function<void()> EnterWhatsThisMode;
+    // Opens the find dialog on the active document.
+    std::function<void()> SearchFind;
+};
+void SetHelpHooks(HelpHooks hooks);
+
+void HelpContents();
+void HelpSearch();
+void HelpWhatsThis();
 // Shows the About box, modal, owned by the main window.
 void HelpAbout();
+// Focuses the open help document, or opens it.
+void LoadHelpMVDFile();
 
 } // namespace modHelp

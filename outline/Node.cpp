@@ -59,11 +59,19 @@ void Node::setText(const QString &text) {
         return;
     }
     m_sText = text;
+    m_pTree->touch();
     if (NodesObserver *o = m_pTree->m_pObserver) {
         o->dataChanged(this, NodeRole::Label);
     }
     if (m_pParent->m_bSorted) {
         m_pTree->reposition(this);
+    }
+}
+
+void Node::setTag(const QByteArray &tag) {
+    m_baTag = tag;
+    if (m_pTree) {
+        m_pTree->touch();
     }
 }
 
@@ -83,6 +91,7 @@ void Node::setImage(const QString &key) {
     }
     if (tagged != m_bImageTagged) {
         m_bImageTagged = tagged;
+        m_pTree->touch();
         if (NodesObserver *o = m_pTree->m_pObserver) {
             o->dataChanged(this, NodeRole::Icon);
         }
@@ -333,6 +342,7 @@ int Nodes::sortedRow(const Node *parent, const QString &label) const {
 }
 
 void Nodes::insertChild(Node *parent, Node *child, int row) {
+    touch();
     Node *ext = externalParent(parent);
     if (m_pObserver) {
         m_pObserver->beforeInsert(ext, row);
@@ -402,6 +412,7 @@ Node *Nodes::Add(Node *relative, int relationship) {
 }
 
 void Nodes::detach(Node *node) {
+    touch();
     Node *parent = node->m_pParent;
     const int row = node->row();
     Node *ext = externalParent(parent);
@@ -475,6 +486,7 @@ void Nodes::Remove(int index) {
 }
 
 void Nodes::Clear() {
+    touch();
     if (m_pObserver) {
         m_pObserver->beforeReset();
     }
@@ -549,6 +561,7 @@ void Nodes::setSorted(bool sorted) {
 }
 
 void Nodes::sortChildren(Node *parent) {
+    touch();
     auto &ch = parent->m_children;
     if (ch.size() < 2) {
         return;
@@ -569,6 +582,7 @@ void Nodes::sortChildren(Node *parent) {
 }
 
 void Nodes::reposition(Node *node) {
+    touch();
     Node *parent = node->m_pParent;
     auto &ch = parent->m_children;
     const int from = node->row();

@@ -40,7 +40,7 @@ public:
 
     // The body text in stored form (code-page bytes); copying it is cheap.
     const QByteArray &Tag() const { return m_baTag; }
-    void setTag(const QByteArray &tag) { m_baTag = tag; }
+    void setTag(const QByteArray &tag);
 
     // Icon keys: "Folder" / "FolderTagged" and "FolderSelected" / "FolderTaggedSelected".
     // Any other key raises error 5.
@@ -160,6 +160,10 @@ public:
     Nodes &operator=(const Nodes &) = delete;
 
     int Count() const { return m_iCount; }
+    // Raised by every change of the content: a node added, removed or moved, a label, a stored
+    // text or a tag changed. Cheap to read; equal values mean nothing was changed in between.
+    quint64 Revision() const { return m_lRevision; }
+    void touch() { ++m_lRevision; }
     // The node at a 1-based Index; out of range raises error 9 (Subscript out of range).
     Node *Item(int index) const;
     Node *operator()(int index) const { return Item(index); }
@@ -234,6 +238,7 @@ private:
     std::vector<Node *> m_slots; // by insertion sequence; null once removed
     std::vector<int> m_fenwick;  // 1-based Fenwick tree over live slots
     int m_iCount = 0;
+    quint64 m_lRevision = 0;
     Node *m_pSelected = nullptr;
     Node *m_pDropHighlight = nullptr;
     bool m_bVisible = true;

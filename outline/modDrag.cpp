@@ -317,10 +317,22 @@ void DragDrop(Document *document, Node *target) {
     Guarded([&] {
         PROC("frmDocument trvOutline_DragDrop");
         Node *source = g_nodDragSource.get();
-        if (!document || !g_bDragProceed || !source) {
+        // Nothing changes a read-only document.
+        if (!document || !g_bDragProceed || !source || document->bReadOnly) {
             return;
         }
         BusyPointer busy;
+        // Whatever the drop changed marks the document changed.
+        const quint64 before = document->trvOutline().Revision();
+        struct MarkChanged {
+            Document *doc;
+            quint64 before;
+            ~MarkChanged() {
+                if (doc->trvOutline().Revision() != before) {
+                    doc->m_bDataChanged = true;
+                }
+            }
+        } mark{document, before};
         if (!target) {
             g_bDragProceed = false;
         } else if (target != source) {

@@ -137,27 +137,19 @@ qint32 toLong(double value) {
     return qint32(r);
 }
 
-int s_iDuplicateDepth = 0;
-std::unordered_set<const Node *> s_made;
-
-void expandToLevel(Node *node, int level, int depth) {
-    if (node->Children() == 0) {
-        return;
-    }
-    NodeActionStart();
-    const bool expand = depth < level;
-    if (node->Expanded() != expand) {
-        node->setExpanded(expand);
-    }
-    if (expand) {
-        for (Node *child = node->Child(); child; child = child->Next()) {
-            Guarded([&] {
-                PROC("modNodes NodeExpandToLevel");
-                expandToLevel(child, level, depth + 1);
-            });
+// Walks a subtree in pre-order with an explicit stack (deep outlines cannot exhaust the call
+// stack); `visit` returns whether to go below the node.
+template <class F> void preOrder(Node *top, F &&visit) {
+    std::vector<Node *> stack{top};
+    while (!stack.empty()) {
+        Node *n = stack.back();
+        stack.pop_back();
+        if (!visit(n)) {
+            continue;
         }
+        const auto &children = n->childList();
+        stack.insert(stack.end(), children.rbegin(), children.rend());
     }
-    NodeActionEnd();
 }
 
 } // namespace
@@ -244,7 +236,7 @@ void NodeInitialise(Document *document, Node *node) {
             document->view()->StartLabelEdit(selected);
         }
         if (TextPane *pane = document->txtRTF()) {
-            pane->SetBaseFont(document->m_fntTextFont);
+            pane->SetBaseFont(document->m_fntTextFont.ToPaneFont());
         }
     });
 }
@@ -257,20 +249,6 @@ Node *NodeDuplicate(Document *document, Node *source, Node *target, int relation
         }
         NodeActionStart();
         source->checkAlive();
-        const bool tagged = NodeTagged(source);
-        // The children as they are before the copy exists: a copy placed inside its own source
-        // is not copied again.
-        const std::vector<Node *> children = source->childList();
-        // Copies made by this duplication are never sources themselves, else a node copied
-        // into its own subtree would be copied again and again.
-        struct Depth {
-            Depth() { ++s_iDuplicateDepth; }
-            ~Depth() {
-                if (--s_iDuplicateDepth == 0) {
-                    s_made.clear();
-                }
-            }
-        } depth;
         Node *copy = nullptr;
         if (!target) {
             if (relationship == relFirst) {
@@ -284,18 +262,55 @@ Node *NodeDuplicate(Document *document, Node *source, Node *target, int relation
             return nullptr;
         }
         NodeRef keep(copy); // the copy may be removed by a failure below
-        s_made.insert(copy);
-        const bool expanded = source->Expanded();
-        const QString label = source->Text();
-        const QByteArray stored = source->Tag();
-        for (Node *child : children) {
-            if (!s_made.contains(child)) {
-                NodeDuplicate(document, child, copy, relChild);
+        // The subtree is copied with an explicit stack, in pre-order so that the children's
+        // copies are appended in the source's order. Each source's children are taken as they
+        // are before its copy exists, and copies made here are never sources themselves: a node
+        // copied into its own subtree is not copied again and again.
+        std::unordered_set<const Node *> made{copy};
+        struct Pending {
+            Node *source;
+            Node *copy;
+        };
+        std::vector<Pending> stack{{source, copy}};
+        std::vector<std::pair<Node *, bool>> expansions;
+        while (!stack.empty()) {
+            const Pending p = stack.back();
+            stack.pop_back();
+            const std::vector<Node *> children = p.source->childList();
+            if (p.copy != copy) {
+                p.copy->setText(p.source->Text());
+                p.copy->setTag(p.source->Tag());
+                if (NodeTagged(p.source)) {
+                    NodeTagOn(p.copy);
+                }
+            }
+            expansions.emplace_back(p.copy, p.source->Expanded());
+            std::vector<Pending> below;
+            for (Node *child : children) {
+                if (made.contains(child)) {
+                    continue;
+                }
+                Node *c = NodeInsert(document, relChild, p.copy);
+                PROC("modNodes NodeDuplicate");
+                if (!c) {
+                    continue;
+                }
+                made.insert(c);
+                below.push_back({child, c});
+            }
+            stack.insert(stack.end(), below.rbegin(), below.rend());
+        }
+        // Expanded once the children are there, deepest first.
+        for (auto it = expansions.rbegin(); it != expansions.rend(); ++it) {
+            if (it->first != copy) {
+                it->first->setExpanded(it->second);
             }
         }
+        const bool tagged = NodeTagged(source);
+        const bool expanded = source->Expanded();
         NodeSelect(document, copy);
-        copy->setText(label);
-        copy->setTag(stored);
+        copy->setText(source->Text());
+        copy->setTag(source->Tag());
         copy->setExpanded(expanded);
         NodeTextGet(document, copy);
         if (tagged) {
@@ -479,14 +494,12 @@ void NodeCollapseAll(Node *node) {
         if (!node) {
             return;
         }
-        node->setExpanded(false);
-        if (node->Children() > 0) {
-            NodeActionStart();
-            for (Node *child = node->Child(); child; child = child->Next()) {
-                NodeCollapseAll(child);
-            }
-            NodeActionEnd();
-        }
+        NodeActionStart();
+        preOrder(node, [](Node *n) {
+            n->setExpanded(false);
+            return true;
+        });
+        NodeActionEnd();
     });
 }
 
@@ -496,11 +509,15 @@ void NodeExpandAll(Node *node) {
         if (!node || node->Children() == 0) {
             return;
         }
+        // Leaves keep their own Expanded value.
         NodeActionStart();
-        node->setExpanded(true);
-        for (Node *child = node->Child(); child; child = child->Next()) {
-            NodeExpandAll(child);
-        }
+        preOrder(node, [](Node *n) {
+            if (n->Children() == 0) {
+                return false;
+            }
+            n->setExpanded(true);
+            return true;
+        });
         NodeActionEnd();
     });
 }
@@ -508,14 +525,34 @@ void NodeExpandAll(Node *node) {
 void NodeExpandToLevel(Node *node, int level) {
     Guarded([&] {
         PROC("modNodes NodeExpandToLevel");
-        if (!node) {
+        if (!node || node->Children() == 0) {
             return;
         }
         int depth = 0;
         for (Node *a = node; a; a = a->Parent()) {
             ++depth;
         }
-        expandToLevel(node, level, depth);
+        // A node is expanded exactly when its depth is below the level; the subtrees of the
+        // nodes that collapse are not visited.
+        NodeActionStart();
+        std::vector<std::pair<Node *, int>> stack{{node, depth}};
+        while (!stack.empty()) {
+            const auto [n, d] = stack.back();
+            stack.pop_back();
+            if (n->Children() == 0) {
+                continue;
+            }
+            const bool expand = d < level;
+            if (n->Expanded() != expand) {
+                n->setExpanded(expand);
+            }
+            if (expand) {
+                for (Node *child : n->childList()) {
+                    stack.emplace_back(child, d + 1);
+                }
+            }
+        }
+        NodeActionEnd();
     });
 }
 
@@ -525,10 +562,10 @@ void NodeSortAll(Node *node, bool sorted) {
         if (!node) {
             return;
         }
-        node->setSorted(sorted);
-        for (Node *child = node->Child(); child; child = child->Next()) {
-            NodeSortAll(child, sorted);
-        }
+        preOrder(node, [sorted](Node *n) {
+            n->setSorted(sorted);
+            return true;
+        });
     });
 }
 
@@ -542,15 +579,15 @@ void NodeSetFontAll(Document *document, Node *node, const clsFont &font) {
         if (!pane) {
             return;
         }
-        NodeTextGet(document, node);
-        const bool visible = pane->Visible();
-        pane->SetVisible(false);
-        pane->ApplyFontToAll(font);
-        NodeTextPut(document, node);
-        pane->SetVisible(visible);
-        for (Node *child = node->Child(); child; child = child->Next()) {
-            NodeSetFontAll(document, child, font);
-        }
+        preOrder(node, [&](Node *n) {
+            NodeTextGet(document, n);
+            const bool visible = pane->Visible();
+            pane->SetVisible(false);
+            pane->ApplyFontToAll(font.ToPaneFont());
+            NodeTextPut(document, n);
+            pane->SetVisible(visible);
+            return true;
+        });
     });
 }
 
@@ -644,7 +681,8 @@ void NodeTextPut(Document *document, Node *node) {
             return;
         }
         TextPane *pane = document->txtRTF();
-        if (!pane) {
+        // A refused text's stored bytes are kept as they are: the pane never held it.
+        if (!pane || NodeTextRefused(node->Tag())) {
             return;
         }
         QByteArray stored;
@@ -684,10 +722,68 @@ void NodeTextCompressIfRequired(const QByteArray &text, QByteArray &stored) {
     });
 }
 
+namespace {
+qint64 s_lInflateLeft = -1; // what the running budget still allows; -1 without a budget
+} // namespace
+
+InflateBudget::InflateBudget(qint64 bytes) : m_lSaved(s_lInflateLeft) {
+    s_lInflateLeft = qMax<qint64>(0, bytes);
+}
+InflateBudget::~InflateBudget() {
+    s_lInflateLeft = m_lSaved;
+}
+qint64 InflateBudget::ForFileSize(qint64 fileSize) {
+    return qMax<qint64>(qint64(256) << 20, qMin<qint64>(fileSize, qint64(1) << 40) * 64);
+}
+
+qint64 NodeTextStatedLength(const QByteArray &stored) {
+    const qsizetype comma = stored.indexOf(',');
+    if (comma > 0) {
+        // The digits of the prefix, saturating far above any limit.
+        qint64 length = 0;
+        qsizetype i = 0;
+        while (i < comma && (stored.at(i) == ' ' || stored.at(i) == '\t')) {
+            ++i;
+        }
+        const qsizetype first = i;
+        while (i < comma && stored.at(i) >= '0' && stored.at(i) <= '9') {
+            length = qMin<qint64>(length * 10 + (stored.at(i) - '0'), qint64(1) << 50);
+            ++i;
+        }
+        if (i > first && length > 0) {
+            return length;
+        }
+    }
+    return stored.size();
+}
+
+bool NodeTextRefused(const QByteArray &stored) {
+    return NodeTextStatedLength(stored) > kTextLimit;
+}
+
+QByteArray TextRefusedNotice(qint64 length) {
+    return QByteArrayLiteral("{\\rtf1\\ansi This entry's text (") + QByteArray::number(length) +
+           QByteArrayLiteral(" bytes) is too large to be shown. It is kept unchanged in the "
+                             "document.\\par }");
+}
+
 void NodeTextDecompressIfRequired(const QByteArray &stored, QByteArray &text) {
     text = stored;
     Guarded([&] {
         PROC("modNodes NodeTextDecompressIfRequired");
+        const qint64 stated = NodeTextStatedLength(stored);
+        const bool overBudget = s_lInflateLeft >= 0 && stated > s_lInflateLeft;
+        if (stated > kTextLimit || overBudget) {
+            text = TextRefusedNotice(stated);
+            modMain::Raise(modMain::errOutOfMemory,
+                           QStringLiteral("Text too large: an entry text of %1 bytes was not "
+                                          "decoded (the limit is %2 bytes)")
+                               .arg(stated)
+                               .arg(overBudget ? s_lInflateLeft : kTextLimit));
+        }
+        if (s_lInflateLeft >= 0) {
+            s_lInflateLeft -= stated;
+        }
         const qsizetype comma = stored.indexOf(',');
         if (comma < 0) {
             return;

@@ -84,4 +84,30 @@ void NodeTextCompressIfRequired(const QByteArray &text, QByteArray &stored);
 // length that is not positive yields the stored string unchanged.
 void NodeTextDecompressIfRequired(const QByteArray &stored, QByteArray &text);
 
+// The largest text an entry may inflate to (64 MB of rich text). A stored text that states a
+// larger length, or a plain stored text larger than this, is refused: decoding it yields
+// TextRefusedNotice() instead, reports what was refused through the error convention, and
+// NodeTextPut leaves its stored bytes as they are, so that saving writes them back unchanged.
+inline constexpr qint64 kTextLimit = qint64(64) << 20;
+// The text's decoded length as its stored form states it (the stored size for a plain form).
+qint64 NodeTextStatedLength(const QByteArray &stored);
+bool NodeTextRefused(const QByteArray &stored);
+QByteArray TextRefusedNotice(qint64 length);
+
+// A bound on what all the decodes of one whole-document walk (an export, a search through every
+// entry) may inflate together, for the life of the object: a text beyond what is left of it is
+// refused as above. Budgets nest; the innermost counts.
+class InflateBudget {
+public:
+    explicit InflateBudget(qint64 bytes);
+    ~InflateBudget();
+    InflateBudget(const InflateBudget &) = delete;
+    InflateBudget &operator=(const InflateBudget &) = delete;
+    // The budget for a document read from `fileSize` bytes: 64 times that, at least 256 MB.
+    static qint64 ForFileSize(qint64 fileSize);
+
+private:
+    qint64 m_lSaved;
+};
+
 } // namespace modNodes

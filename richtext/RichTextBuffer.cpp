@@ -14,6 +14,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_map>
+#include <vector>
 
 namespace {
 
@@ -132,6 +134,20 @@ void RichTextBuffer::SetSelLength(int length) {
     setSelection(start, start + qMax(0, length));
 }
 
+namespace {
+
+// Plain text (CR LF, CR or LF paragraph breaks, "\v" line breaks) as the document holds it.
+QString documentChars(const QString &text) {
+    QString t = text;
+    t.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    t.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    t.replace(QChar(0x0B), QChar(QChar::LineSeparator));
+    t.replace(QChar(QChar::ParagraphSeparator), QLatin1Char('\n'));
+    return t;
+}
+
+} // namespace
+
 QString RichTextBuffer::SelText() const {
     const QString raw = m_doc->toRawText();
     return plainOf(QStringView(raw).mid(SelStart(), SelLength()));
@@ -139,12 +155,115 @@ QString RichTextBuffer::SelText() const {
 
 void RichTextBuffer::SetSelText(const QString &text) {
     PROC("RichTextBuffer SetSelText");
-    QString t = text;
-    t.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    t.replace(QLatin1Char('\r'), QLatin1Char('\n'));
-    t.replace(QChar(0x0B), QChar(QChar::LineSeparator));
-    t.replace(QChar(QChar::ParagraphSeparator), QLatin1Char('\n'));
-    m_cursor.insertText(t);
+    m_cursor.insertText(documentChars(text));
+    notifySelection();
+}
+
+void RichTextBuffer::SetSelTextInPlace(const QString &text) {
+    PROC("RichTextBuffer SetSelTextInPlace");
+    const int s = SelStart();
+    const int e = s + SelLength();
+    const QString chars = documentChars(text);
+    const QString old = m_doc->toRawText().mid(s, e - s);
+    bool same = chars.size() == old.size();
+    for (qsizetype i = 0; same && i < old.size(); ++i) {
+        same = isBreak(old[i]) == (chars[i] == QLatin1Char('\n'));
+    }
+    if (!same) {
+        SetSelText(text);
+        return;
+    }
+    // Only the runs that really change are rewritten, each with its own format; paragraph breaks,
+    // pictures and unchanged runs stay as they are.
+    struct Piece {
+        int from;
+        int to;
+        QTextCharFormat format;
+    };
+    std::vector<Piece> pieces;
+    for (QTextBlock b = m_doc->findBlock(s); b.isValid() && b.position() < e; b = b.next()) {
+        for (QTextBlock::iterator it = b.begin(); !it.atEnd(); ++it) {
+            const QTextFragment frag = it.fragment();
+            const int from = qMax(s, frag.position());
+            const int to = qMin(e, frag.position() + frag.length());
+            if (from < to && QStringView(old).mid(from - s, to - from) !=
+                                 QStringView(chars).mid(from - s, to - from)) {
+                pieces.push_back({from, to, frag.charFormat()});
+            }
+        }
+    }
+    QTextCursor c(m_doc);
+    c.beginEditBlock();
+    for (const Piece &p : pieces) {
+        c.setPosition(p.from);
+        c.setPosition(p.to, QTextCursor::KeepAnchor);
+        c.insertText(chars.mid(p.from - s, p.to - p.from), p.format);
+    }
+    c.endEditBlock();
+    m_cursor.setPosition(e);
+    notifySelection();
+}
+
+QString RichTextBuffer::SelHtml() const {
+    return m_cursor.selection().toHtml();
+}
+
+void RichTextBuffer::Clear() {
+    PROC("RichTextBuffer Clear");
+    QTextCursor all(m_doc);
+    all.beginEditBlock();
+    all.select(QTextCursor::Document);
+    all.removeSelectedText();
+    all.setBlockFormat(QTextBlockFormat());
+    all.setBlockCharFormat(QTextCharFormat());
+    all.setCharFormat(QTextCharFormat());
+    all.endEditBlock();
+    m_cursor = QTextCursor(m_doc);
+    notifySelection();
+}
+
+void RichTextBuffer::BeginStep(bool undoGroup) {
+    if (m_step++ > 0) {
+        return;
+    }
+    m_stepGrouped = undoGroup;
+    m_stepUndoSteps = m_doc->availableUndoSteps();
+    ++m_quiet;
+    if (undoGroup) {
+        m_cursor.beginEditBlock(); // the caret goes back here when the step is undone
+    }
+}
+
+bool RichTextBuffer::EndStep() {
+    if (m_step == 0 || --m_step > 0) {
+        return false;
+    }
+    if (m_stepGrouped) {
+        // The document reports the group's changes here, while the buffer is still quiet.
+        QTextCursor(m_doc).endEditBlock();
+    }
+    --m_quiet;
+    notifySelection();
+    // Every change of text or format is an entry of the undo history, and undoing or redoing
+    // moves through it; an empty group leaves it as it was.
+    return m_doc->availableUndoSteps() != m_stepUndoSteps;
+}
+
+bool RichTextBuffer::CanUndo() const {
+    return m_doc->isUndoAvailable();
+}
+
+bool RichTextBuffer::CanRedo() const {
+    return m_doc->isRedoAvailable();
+}
+
+void RichTextBuffer::Undo() {
+    m_doc->undo(&m_cursor);
+    notifySelection();
+}
+
+void RichTextBuffer::Redo() {
+    m_doc->redo(&m_cursor);
     notifySelection();
 }
 
@@ -175,8 +294,45 @@ void RichTextBuffer::SetSelRTF(const QByteArray &rtf) {
             }
         }
     }
-    m_cursor.insertFragment(QTextDocumentFragment(&incoming));
+    m_cursor.beginEditBlock();
+    m_cursor.removeSelectedText();
+    if (m_doc->characterCount() <= 1 && incoming.rootFrame()->childFrames().isEmpty()) {
+        copyInto(incoming, m_cursor);
+    } else {
+        m_cursor.insertFragment(QTextDocumentFragment(&incoming));
+    }
+    m_cursor.endEditBlock();
     notifySelection();
+}
+
+void RichTextBuffer::copyInto(const QTextDocument &source, QTextCursor &cursor) {
+    // An empty text takes the source as it is, every paragraph with its format: one copy, where
+    // a fragment would copy the source twice. (Tables take the fragment's way.)
+    std::unordered_map<const QTextList *, QTextList *> lists;
+    bool first = true;
+    for (QTextBlock b = source.begin(); b.isValid(); b = b.next()) {
+        QTextBlockFormat bf = b.blockFormat();
+        bf.setObjectIndex(-1);
+        if (first) {
+            cursor.setBlockFormat(bf);
+            cursor.setBlockCharFormat(b.charFormat());
+            first = false;
+        } else {
+            cursor.insertBlock(bf, b.charFormat());
+        }
+        if (const QTextList *from = b.textList()) {
+            auto it = lists.find(from);
+            if (it == lists.end()) {
+                lists.emplace(from, cursor.createList(from->format()));
+            } else {
+                it->second->add(cursor.block());
+            }
+        }
+        for (QTextBlock::iterator it = b.begin(); !it.atEnd(); ++it) {
+            const QTextFragment frag = it.fragment();
+            cursor.insertText(frag.text(), frag.charFormat());
+        }
+    }
 }
 
 template <class T, class Get> std::optional<T> RichTextBuffer::uniformChar(Get get) const {
@@ -416,10 +572,19 @@ void RichTextBuffer::SetFont(const QFont &font) {
     m_doc->setDefaultFont(font);
 }
 
-void RichTextBuffer::SetBaseFont(const clsFont &font) {
+void RichTextBuffer::SetBaseFont(const PaneFont &font) {
     PROC("RichTextBuffer SetBaseFont");
     QFont base = m_doc->defaultFont();
-    font.SetFont(base);
+    base.setBold(font.bold);
+    base.setItalic(font.italic);
+    if (!font.name.isEmpty()) {
+        base.setFamily(font.name);
+    }
+    if (font.size > 0) {
+        base.setPointSizeF(font.size);
+    }
+    base.setStrikeOut(font.strikeThrough);
+    base.setUnderline(font.underline);
     m_doc->setDefaultFont(base);
 }
 
@@ -459,19 +624,19 @@ int RichTextBuffer::Find(const QString &text, int start, int end, int options) {
     return -1;
 }
 
-void RichTextBuffer::ApplyFontToAll(const clsFont &font) {
+void RichTextBuffer::ApplyFontToAll(const PaneFont &font) {
     PROC("RichTextBuffer ApplyFontToAll");
     QTextCharFormat f;
-    f.setFontWeight(font.Bold() ? QFont::Bold : QFont::Normal);
-    f.setFontItalic(font.Italic());
-    if (!font.Name().isEmpty()) {
-        f.setFontFamilies(QStringList{font.Name()});
+    f.setFontWeight(font.bold ? QFont::Bold : QFont::Normal);
+    f.setFontItalic(font.italic);
+    if (!font.name.isEmpty()) {
+        f.setFontFamilies(QStringList{font.name});
     }
-    if (font.Size() > 0) {
-        f.setFontPointSize(std::round(font.Size() * 2.0) / 2.0);
+    if (font.size > 0) {
+        f.setFontPointSize(std::round(font.size * 2.0) / 2.0);
     }
-    f.setFontStrikeOut(font.StrikeThrough());
-    f.setFontUnderline(font.Underline());
+    f.setFontStrikeOut(font.strikeThrough);
+    f.setFontUnderline(font.underline);
     QTextCursor all(m_doc);
     all.beginEditBlock();
     all.select(QTextCursor::Document);

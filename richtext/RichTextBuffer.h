@@ -10,7 +10,6 @@
 #include <optional>
 
 class QTextDocument;
-class clsFont;
 
 // The rich text of the text pane, without a widget: a text document and the selection in it,
 // with the operations of the rich-edit control. A view shows document() and mirrors the
@@ -66,6 +65,26 @@ public:
     // Replaces the selection by rich text; the last paragraph of the inserted text joins the text
     // behind the selection.
     void SetSelRTF(const QByteArray &rtf);
+    // Replaces the selection by a text of the same length character for character (a change of
+    // case), each character keeping its own format; a text of another length, or with paragraph
+    // breaks elsewhere, replaces the selection as SetSelText does. The caret ends behind it.
+    void SetSelTextInPlace(const QString &text);
+    // The selection as HTML, for other programs.
+    QString SelHtml() const;
+    // Empties the text and drops all formatting, as one change that can be undone.
+    void Clear();
+
+    // A group of changes made by one command: with undoGroup one step of the undo history. The
+    // group raises no Change; EndStep tells whether the content changed, and whoever began the
+    // group stores the text. Groups may nest; the outermost one counts.
+    void BeginStep(bool undoGroup = true);
+    bool EndStep();
+    // The undo history of the current text. Replacing the whole text (SetTextRTF) is not a step
+    // of it: it starts a new history.
+    bool CanUndo() const;
+    bool CanRedo() const;
+    void Undo();
+    void Redo();
 
     std::optional<bool> SelBold() const;
     void SetSelBold(bool on);
@@ -105,9 +124,9 @@ public:
     int Find(const QString &text, int start = 0, int end = -1, int options = 0);
 
     // The whole text takes the set fields of the font (name only when set, size only when set).
-    void ApplyFontToAll(const clsFont &font) override;
-    // The base font takes the set fields of the font (clsFont::SetFont).
-    void SetBaseFont(const clsFont &font) override;
+    void ApplyFontToAll(const PaneFont &font) override;
+    // The base font takes the set fields of the font (name only when set, size only when set).
+    void SetBaseFont(const PaneFont &font) override;
 
 signals:
     void Change();
@@ -121,6 +140,7 @@ private:
     template <class T, class Get> std::optional<T> uniformChar(Get get) const;
     template <class T, class Get> std::optional<T> uniformBlock(Get get) const;
     void onContentsChanged();
+    static void copyInto(const QTextDocument &source, QTextCursor &cursor);
 
     QTextDocument *m_doc;
     QTextCursor m_cursor;
@@ -129,4 +149,7 @@ private:
     int m_quiet = 0; // > 0 while a replacement is under way: one Change at its end
     int m_lastAnchor = 0;
     int m_lastPosition = 0;
+    int m_step = 0;             // depth of BeginStep groups
+    bool m_stepGrouped = false; // the outermost group is one undo step
+    int m_stepUndoSteps = 0;    // the undo history's length when the group began
 };

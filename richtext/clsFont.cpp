@@ -42,6 +42,11 @@ void clsFont::SetFont(QFont &font) const {
     font.setUnderline(m_bUnderline);
 }
 
+PaneFont clsFont::ToPaneFont() const {
+    return {m_sName,   m_lSize > 0 ? Size() : 0.0, m_bBold,
+            m_bItalic, m_bStrikeThrough,           m_bUnderline};
+}
+
 void clsFont::SetRTFSelFont(RichTextBuffer &pane) const {
     PROC("clsFont SetRTFSelFont");
     const int start = pane.SelStart();

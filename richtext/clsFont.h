@@ -1,5 +1,7 @@
 #pragma once
 
+#include "richtext/TextPane.h"
+
 #include <QFont>
 #include <QString>
 
@@ -30,6 +32,8 @@ public:
     // Writes to a font: bold, italic, the name only when set, the size only when set,
     // strikethrough, underline.
     void SetFont(QFont &font) const;
+    // The same six fields as a text pane takes them.
+    PaneFont ToPaneFont() const;
     // Writes the six fields to the text pane's whole text through its selection attributes
     // (the name only when set, the size only when set); the caret position and then the
     // selection length are restored afterwards.

@@ -1,26 +1,85 @@
-// Saving never destroys the previous file: safe whole-file writes, the backup rule, the read-only
-// rule, and the format an extension implies.
+// Saving and loading never lose the user's file: atomic whole-file writes with the backup rule,
+// failed writes and reads (full disks, missing folders, pipes, devices), permissions kept, a kill
+// in the middle of a save, and the read-only rule.
+#include "document/DocFiles.h"
+#include "document/Document.h"
 #include "document/modDoc.h"
+#include "document/modFile.h"
+#include "support/DocTestSupport.h"
 #include "support/TestSupport.h"
 #include "util/ErrorLog.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <csignal>
 #include <optional>
+#include <random>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// The files of a folder, hidden ones included (a temporary file left over would show).
+QStringList filesIn(const QString &path) {
+    return QDir(path).entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+}
+
+mode_t modeOf(const QString &path) {
+    struct stat st {};
+    return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? st.st_mode & 07777 : 0;
+}
+
+// A small tmpfs mounted on a folder for the life of the object, when the system lets us.
+struct SmallDisk {
+    QByteArray at;
+    explicit SmallDisk(const QString &folder) {
+        QDir().mkpath(folder);
+        const QByteArray f = QFile::encodeName(folder);
+        if (::mount("tmpfs", f.constData(), "tmpfs", 0, "size=64k") == 0) {
+            at = f;
+        }
+    }
+    ~SmallDisk() {
+        if (!at.isEmpty()) {
+            ::umount2(at.constData(), MNT_DETACH);
+        }
+    }
+};
+
+constexpr const char *kHelperVariable = "MAVROLEN_SAVE_HELPER";
+
+// The helper process of the kill test: saves a large generated document with backups on over
+// the file named in the variable, telling the test when the save starts.
+int saveHelper() {
+    std::mt19937 random(7);
+    Document *doc = DocTest::generatedDocument(8000, random);
+    modDoc::SetBackupRule([] { return true; });
+    std::fputs("go\n", stdout);
+    std::fflush(stdout);
+    return modDoc::DocSaveDocument(*doc, qEnvironmentVariable(kHelperVariable), true) ? 0 : 1;
+}
+
+} // namespace
 
 class TestDocSave : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void versionFromExtension_data();
     void versionFromExtension();
+    void writeReplacesWholeFile_data();
     void writeReplacesWholeFile();
     void failedWriteKeepsOldFile_data();
     void failedWriteKeepsOldFile();
-    void backupRule_data();
-    void backupRule();
+    void failedSaveKeepsDocumentChanged();
+    void unreadableFilesOpenNothing_data();
+    void unreadableFilesOpenNothing();
+    void killDuringSave();
     void readOnlyRule();
 };
 
@@ -44,83 +103,247 @@ void TestDocSave::versionFromExtension() {
     QCOMPARE(modDoc::DocDefaultVersionFromExt(path), version);
 }
 
+void TestDocSave::writeReplacesWholeFile_data() {
+    QTest::addColumn<bool>("hadFile");
+    QTest::addColumn<int>("mode"); // of the old file
+    QTest::addColumn<bool>("backup");
+    QTest::addColumn<QByteArray>("hadBackup"); // empty: none
+    QTest::addColumn<bool>("backupReadOnly");
+    QTest::addColumn<QByteArray>("backupAfter");
+    QTest::newRow("new file") << false << 0 << true << QByteArray() << false << QByteArray();
+    QTest::newRow("no backup") << true << 0644 << false << QByteArray() << false << QByteArray();
+    QTest::newRow("first backup") << true << 0644 << true << QByteArray() << false
+                                  << QByteArray("current");
+    QTest::newRow("old backup replaced")
+        << true << 0600 << true << QByteArray("older") << false << QByteArray("current");
+    QTest::newRow("read-only backup kept")
+        << true << 0640 << true << QByteArray("older") << true << QByteArray("older");
+    QTest::newRow("read-only file keeps its mode")
+        << true << 0444 << true << QByteArray() << false << QByteArray("current");
+}
+
 void TestDocSave::writeReplacesWholeFile() {
+    QFETCH(bool, hadFile);
+    QFETCH(int, mode);
+    QFETCH(bool, backup);
+    QFETCH(QByteArray, hadBackup);
+    QFETCH(bool, backupReadOnly);
+    QFETCH(QByteArray, backupAfter);
     QTemporaryDir dir;
-    const QString path = dir.filePath("a.mvd");
-    WriteFileBytes(path, QByteArray(1000, 'x'));
-    modDoc::WriteWholeFile(path, "short");
-    QCOMPARE(ReadFileBytes(path), QByteArray("short"));
-    // No temporary file is left beside it.
-    QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{"a.mvd"});
+    const QString path = dir.filePath("plan.mvd");
+    const QString bak = dir.filePath("plan.bak");
+    if (hadFile) {
+        WriteFileBytes(path, "current");
+        ::chmod(QFile::encodeName(path).constData(), mode_t(mode));
+    }
+    if (!hadBackup.isEmpty()) {
+        WriteFileBytes(bak, hadBackup);
+        if (backupReadOnly) {
+            ::chmod(QFile::encodeName(bak).constData(), 0444);
+        }
+    }
+    modDoc::WriteWholeFile(path, "new contents", backup);
+    QCOMPARE(ReadFileBytes(path), QByteArray("new contents"));
+    QCOMPARE(ReadFileBytes(bak), backupAfter.isEmpty() ? QByteArray("<missing>") : backupAfter);
+    if (hadFile) {
+        QCOMPARE(int(modeOf(path)), mode);
+    } else {
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
+        QCOMPARE(int(modeOf(path)), int(0666 & ~mask));
+    }
+    QStringList expected{"plan.mvd"};
+    if (!backupAfter.isEmpty()) {
+        expected.prepend("plan.bak");
+    }
+    QCOMPARE(filesIn(dir.path()), expected); // no temporary file is left beside it
+    ::chmod(QFile::encodeName(bak).constData(), 0644);
 }
 
 void TestDocSave::failedWriteKeepsOldFile_data() {
     QTest::addColumn<QString>("target"); // relative to the temporary folder
-    // A file-size limit makes the write fail part way, as a full disk does, even for root.
-    QTest::addColumn<bool>("diskFull");
-    QTest::newRow("folder missing") << "nowhere/a.mvd" << false;
-    QTest::newRow("folder is a file") << "old.mvd/a.mvd" << false;
-    QTest::newRow("target is a folder") << "sub" << false;
-    QTest::newRow("disk full") << "old.mvd" << true;
+    // "fsize": a file-size limit makes the write fail part way (also for root); "tmpfs": a full
+    // 64 KB file system; "locked": a folder the user may not write.
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<int>("number");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("folder missing")
+        << "nowhere/a.mvd"
+        << "" << int(modMain::errPathNotFound) << "No such file or directory";
+    QTest::newRow("folder is a file") << "old.mvd/a.mvd"
+                                      << "" << int(modMain::errPathNotFound) << "Not a directory";
+    QTest::newRow("target is a folder")
+        << "sub"
+        << "" << int(modMain::errPathFileAccess) << "Is a directory";
+    QTest::newRow("file size limit") << "old.mvd"
+                                     << "fsize" << int(modMain::errDiskFull) << "File too large";
+    QTest::newRow("full disk") << "disk/old.mvd"
+                               << "tmpfs" << int(modMain::errDiskFull) << "No space left on device";
+    QTest::newRow("folder not writable")
+        << "locked/old.mvd"
+        << "locked" << int(modMain::errPermissionDenied) << "Permission denied";
 }
 
 void TestDocSave::failedWriteKeepsOldFile() {
     QFETCH(QString, target);
-    QFETCH(bool, diskFull);
+    QFETCH(QString, fault);
+    QFETCH(int, number);
+    QFETCH(QString, reason);
+    if (fault == "locked" && ::geteuid() == 0) {
+        QSKIP("the superuser may write any folder");
+    }
     ScopedLog log;
     QTemporaryDir dir;
-    const QString old = dir.filePath("old.mvd");
-    WriteFileBytes(old, "old contents");
+    std::optional<SmallDisk> disk;
+    if (fault == "tmpfs") {
+        disk.emplace(dir.filePath("disk"));
+        if (disk->at.isEmpty()) {
+            QSKIP("cannot mount a small tmpfs here");
+        }
+    }
+    // The old file beside the target when its folder is there, else in the temporary folder.
+    QDir().mkpath(dir.filePath("locked"));
     QDir(dir.path()).mkdir("sub");
+    const QString old =
+        fault == "tmpfs" || fault == "locked" ? dir.filePath(target) : dir.filePath("old.mvd");
+    const QString bak = modDoc::BackupName(old);
+    WriteFileBytes(old, "old contents");
+    WriteFileBytes(bak, "older backup");
+    if (fault == "locked") {
+        ::chmod(QFile::encodeName(dir.filePath("locked")).constData(), 0555);
+    }
     int raised = 0;
+    QString description;
     try {
         std::optional<ScopedFileSizeLimit> limit;
-        if (diskFull) {
+        if (fault == "fsize") {
             limit.emplace(4096);
         }
-        modDoc::WriteWholeFile(dir.filePath(target), QByteArray(1 << 20, 'n'));
+        modDoc::WriteWholeFile(dir.filePath(target), QByteArray(1 << 20, 'n'), true);
     } catch (const modMain::RuntimeError &e) {
         raised = e.Number;
+        description = e.Description;
     }
-    if (diskFull) {
-        QCOMPARE(raised, int(modMain::errDiskFull));
-    } else {
-        QVERIFY(raised == modMain::errPathFileAccess || raised == modMain::errPathNotFound ||
-                raised == modMain::errPermissionDenied);
-    }
+    ::chmod(QFile::encodeName(dir.filePath("locked")).constData(), 0755);
+    QCOMPARE(raised, number);
+    QCOMPARE(description, reason);
     QCOMPARE(ReadFileBytes(old), QByteArray("old contents"));
-    QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{"old.mvd"}); // nothing left over
+    QCOMPARE(ReadFileBytes(bak), QByteArray("older backup"));
+    QCOMPARE(filesIn(QFileInfo(old).path()).size(), 2); // nothing left over
 }
 
-void TestDocSave::backupRule_data() {
-    QTest::addColumn<bool>("hadBackup");
-    QTest::addColumn<bool>("backupReadOnly");
-    QTest::addColumn<QByteArray>("backupAfter");
-    QTest::addColumn<bool>("fileStays");
-    QTest::newRow("first backup") << false << false << QByteArray("current") << false;
-    QTest::newRow("old backup replaced") << true << false << QByteArray("current") << false;
-    QTest::newRow("read-only backup kept") << true << true << QByteArray("older") << true;
-}
-
-void TestDocSave::backupRule() {
-    QFETCH(bool, hadBackup);
-    QFETCH(bool, backupReadOnly);
-    QFETCH(QByteArray, backupAfter);
-    QFETCH(bool, fileStays);
+void TestDocSave::failedSaveKeepsDocumentChanged() {
+    // Save clears the changed mark first; a save that fails puts it back, keeps the document's
+    // name, and leaves the system's reason for the window's message.
+    ScopedLog log;
     QTemporaryDir dir;
-    const QString path = dir.filePath("plan.mvd");
-    const QString backup = dir.filePath("plan.bak");
-    WriteFileBytes(path, "current");
-    if (hadBackup) {
-        WriteFileBytes(backup, "older");
-        if (backupReadOnly) {
-            QFile::setPermissions(backup, QFileDevice::ReadOwner | QFileDevice::ReadGroup);
-        }
+    Document *doc = DocTest::exampleDocument();
+    const QString good = dir.filePath("good.mvd");
+    doc->m_sFile = good;
+    doc->m_bDataChanged = true;
+    modFile::FileSave();
+    QVERIFY(!doc->m_bDataChanged);
+    QVERIFY(QFile::exists(good));
+    doc->m_bDataChanged = true;
+    {
+        ScopedFileSizeLimit limit(64);
+        modFile::FileSave();
     }
-    modDoc::DocBackup(path);
-    QCOMPARE(ReadFileBytes(backup), backupAfter);
-    QCOMPARE(QFile::exists(path), fileStays);
-    QFile::setPermissions(backup, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    QVERIFY(doc->m_bDataChanged);
+    QCOMPARE(modDoc::LastFailureReason(), QString("File too large"));
+    QVERIFY(log.content().contains("Error 61 - File too large\r\nMavrolen modDoc WriteWholeFile"));
+    QVERIFY(!modDoc::DocSaveDocument(*doc, dir.filePath("none/x.mvd"), true));
+    QCOMPARE(doc->m_sFile, good);
+    DocTest::closeAll();
+}
+
+void TestDocSave::unreadableFilesOpenNothing_data() {
+    QTest::addColumn<QString>("name"); // in the temporary folder, or an absolute path
+    QTest::addColumn<int>("number");   // 0: missing, silently nothing
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("missing") << "none.mvd" << 0 << "";
+    QTest::newRow("folder") << "sub" << int(modMain::errPathFileAccess) << "Is a directory";
+    QTest::newRow("pipe") << "fifo" << int(modMain::errPathFileAccess) << "Not a regular file";
+    QTest::newRow("device") << "/dev/zero" << int(modMain::errPathFileAccess)
+                            << "Not a regular file";
+}
+
+void TestDocSave::unreadableFilesOpenNothing() {
+    // Nothing is read, nothing waits, and no empty document stands in under the name.
+    QFETCH(QString, name);
+    QFETCH(int, number);
+    QFETCH(QString, reason);
+    ScopedLog log;
+    QTemporaryDir dir;
+    QDir(dir.path()).mkdir("sub");
+    ::mkfifo(QFile::encodeName(dir.filePath("fifo")).constData(), 0600);
+    const int before = modDoc::OpenDocumentCount();
+    modMain::Err = {};
+    QCOMPARE(modDoc::DocLoad(QDir(dir.path()).filePath(name)), nullptr);
+    QCOMPARE(modDoc::OpenDocumentCount(), before);
+    QCOMPARE(modMain::Err.Number, number);
+    QCOMPARE(modMain::Err.Description, reason);
+}
+
+void TestDocSave::killDuringSave() {
+    // A save killed at random points leaves either the old file and the older backup, or the new
+    // file with the old one as its backup; never a missing or partial file.
+    const int kills = qEnvironmentVariableIntValue("MAVROLEN_KILLS") > 0
+                          ? qEnvironmentVariableIntValue("MAVROLEN_KILLS")
+                          : 10;
+    QTemporaryDir dir;
+    const QString path = dir.filePath("big.mvd");
+    const QString bak = dir.filePath("big.bak");
+    auto start = [&](QProcess &p) {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(kHelperVariable, path);
+        p.setProcessEnvironment(env);
+        p.start(QCoreApplication::applicationFilePath(), {});
+        QVERIFY(p.waitForReadyRead(120000));
+    };
+    // One whole save gives the new contents and how long the save takes.
+    WriteFileBytes(path, "old");
+    QElapsedTimer clock;
+    {
+        QProcess p;
+        start(p);
+        clock.start();
+        QVERIFY(p.waitForFinished(120000));
+        QCOMPARE(p.exitCode(), 0);
+    }
+    const qint64 saveMs = qMax<qint64>(clock.elapsed(), 1);
+    const QByteArray fresh = ReadFileBytes(path);
+    QVERIFY(fresh.size() > (1 << 18));
+    std::mt19937 random(11);
+    int oldKept = 0, newWritten = 0, leftovers = 0;
+    for (int i = 0; i < kills; ++i) {
+        WriteFileBytes(path, "old");
+        WriteFileBytes(bak, "older");
+        for (const QString &f : filesIn(dir.path())) {
+            if (f.startsWith('.')) {
+                QFile::remove(dir.filePath(f));
+            }
+        }
+        QProcess p;
+        start(p);
+        QThread::msleep(random() % quint64(saveMs * 5 / 4 + 1));
+        ::kill(pid_t(p.processId()), SIGKILL);
+        p.waitForFinished(10000);
+        const QByteArray now = ReadFileBytes(path);
+        const QByteArray backup = ReadFileBytes(bak);
+        if (now == "old") {
+            ++oldKept;
+            QVERIFY(backup == "older" || backup == "old");
+        } else {
+            QCOMPARE(now, fresh);
+            QCOMPARE(backup, QByteArray("old"));
+            ++newWritten;
+        }
+        leftovers += int(filesIn(dir.path()).size()) - 2;
+    }
+    qInfo("%d kills during a save of %lld ms: old file kept %d, new file written %d, "
+          "temporary files left %d",
+          kills, saveMs, oldKept, newWritten, leftovers);
 }
 
 void TestDocSave::readOnlyRule() {
@@ -134,5 +357,13 @@ void TestDocSave::readOnlyRule() {
     QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
 }
 
-QTEST_GUILESS_MAIN(TestDocSave)
+int main(int argc, char **argv) {
+    QCoreApplication app(argc, argv);
+    if (qEnvironmentVariableIsSet(kHelperVariable)) {
+        return saveHelper();
+    }
+    TestDocSave test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_docsave.moc"

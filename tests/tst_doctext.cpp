@@ -18,12 +18,8 @@ private Q_SLOTS:
     void cleanup() { closeAll(); }
     void linesToStoredText_data();
     void linesToStoredText();
-    void importMakesOneEntry();
-    void importMissingFileIsReported();
-    void exportOfEmptyTexts();
-    void exportLeavesDocumentAlone();
-    void exportFailureKeepsOldFile();
-    void writeThenReadGivesOneEntry();
+    void exportThenImport();
+    void failuresAreReported();
     void exportOfRichTexts_data();
     void exportOfRichTexts();
 };
@@ -43,7 +39,23 @@ void TestDocText::linesToStoredText_data() {
     QTest::newRow("lone CR ends a line") << QByteArray("a\rb") << QByteArray("a\r\nb\r\n");
     QTest::newRow("blank lines") << QByteArray("\r\n\r\nx") << QByteArray("\r\n\r\nx\r\n");
     QTest::newRow("LF CR is two breaks") << QByteArray("a\n\rb") << QByteArray("a\r\n\r\nb\r\n");
-    QTest::newRow("upper half bytes") << QByteArray("caf\xe9") << QByteArray("caf\xe9\r\n");
+    // The encoding: UTF-8 when the bytes are valid UTF-8, UTF-16 by its mark, else Windows-1252.
+    QTest::newRow("not UTF-8: Windows-1252") << QByteArray("caf\xe9") << QByteArray("caf\xe9\r\n");
+    QTest::newRow("UTF-8 cut off: Windows-1252")
+        << QByteArray("caf\xc3") << QByteArray("caf\xc3\r\n");
+    QTest::newRow("UTF-8") << QByteArray("Gr\xc3\xbc\xc3\x9f"
+                                         "e \xe2\x82\xac")
+                           << QByteArray("Gr\xfc\xdf"
+                                         "e \x80\r\n");
+    QTest::newRow("UTF-8 with mark")
+        << QByteArray("\xef\xbb\xbf\xc3\xa9\n") << QByteArray("\xe9\r\n");
+    QTest::newRow("UTF-16 LE with mark")
+        << QByteArray("\xff\xfeG\0\xfc\0\n\0\xac\x20", 10) << QByteArray("G\xfc\r\n\x80\r\n");
+    QTest::newRow("UTF-16 BE with mark")
+        << QByteArray("\xfe\xff\0G\0\r\0\n\0\xfc", 10) << QByteArray("G\r\n\xfc\r\n");
+    // Characters the code page lacks keep their lines as rich text.
+    QTest::newRow("beyond the code page")
+        << QByteArray("\xd0\x96\n\xe2\x82\xac") << QByteArray("rtf:\xd0\x96\r\n\xe2\x82\xac\r\n");
     QTest::newRow("tag opener is just text")
         << QByteArray("{\\ttf_nodekey 0}") << QByteArray("{\\ttf_nodekey 0}\r\n");
 }
@@ -51,83 +63,63 @@ void TestDocText::linesToStoredText_data() {
 void TestDocText::linesToStoredText() {
     QFETCH(QByteArray, file);
     QFETCH(QByteArray, stored);
-    QCOMPARE(modDocText::TextFileAsStoredText(file), stored);
+    const QByteArray got = modDocText::TextFileAsStoredText(file);
+    if (stored.startsWith("rtf:")) {
+        QVERIFY2(got.startsWith("{\\rtf"), got.constData());
+        QCOMPARE(modDocText::PlainText(got), QString::fromUtf8(stored.mid(4)));
+    } else {
+        QCOMPARE(got, stored);
+    }
 }
 
-void TestDocText::importMakesOneEntry() {
+// Export to a file, then import and load that file back: one entry holding the whole text.
+void TestDocText::exportThenImport() {
     QTemporaryDir dir;
-    const QString path = dir.filePath("in.txt");
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write("line one\nline two");
-    f.close();
     Document *doc = newDocument();
-    QVERIFY(modDocText::DocImport(*doc, path));
-    QCOMPARE(doc->trvOutline().Count(), 1);
-    Node *root = doc->trvOutline().Item(1);
-    QCOMPARE(root->Text(), QString("Text"));
-    QCOMPARE(root->Tag(), QByteArray("line one\r\nline two\r\n"));
-    QCOMPARE(root->Key(), QString("KEY0"));
-    QVERIFY(root->Selected());
+    Node *root = add(doc, nullptr, "Projects");
+    add(doc, add(doc, root, "Garden"), "Beds");
+    add(doc, root, "");
+    doc->m_sFile = "/somewhere/a.mvd";
+    doc->m_bDataChanged = true;
+    const QByteArray text = "0 Projects\r\n\r\n0.1 Garden\r\n\r\n0.1.1 Beds\r\n\r\n0.2 \r\n\r\n";
+    const QString path = dir.filePath("x.txt");
+    QVERIFY(modDocText::DocExport(*doc, path));
+    QCOMPARE(readFile(path), text);
+    // The export leaves the document's file, format and changed flag alone.
+    QCOMPARE(doc->m_sFile, QString("/somewhere/a.mvd"));
+    QCOMPARE(doc->m_iFileFormatVersion, 1);
+    QVERIFY(doc->m_bDataChanged);
+
+    Document *in = newDocument();
+    QVERIFY(modDocText::DocImport(*in, path));
+    QCOMPARE(in->trvOutline().Count(), 1);
+    Node *only = in->trvOutline().Item(1);
+    QCOMPARE(only->Text(), QString("Text"));
+    QCOMPARE(only->Tag(), text);
+    QCOMPARE(only->Key(), QString("KEY0"));
+    QVERIFY(only->Selected());
     QVERIFY(!modNodes::g_bDocTransfer);
-    QCOMPARE(doc->m_sFile, QString()); // an import names nothing
+    QCOMPARE(in->m_sFile, QString()); // an import names nothing
+
+    // Saving under a text name writes the same; loading it reads one entry.
+    QVERIFY(modDoc::DocSaveDocument(*doc, dir.filePath("w.txt"), false));
+    Document *back = modDoc::DocLoad(dir.filePath("w.txt"));
+    QCOMPARE(back->trvOutline().Count(), 1);
+    QCOMPARE(back->trvOutline().Item(1)->Tag(), text);
+    QCOMPARE(back->m_iFileFormatVersion, -1);
 }
 
-void TestDocText::importMissingFileIsReported() {
+void TestDocText::failuresAreReported() {
     ScopedLog log;
     QTemporaryDir dir;
     Document *doc = newDocument();
     QVERIFY(!modDocText::DocImport(*doc, dir.filePath("none.txt")));
     QCOMPARE(doc->trvOutline().Count(), 0);
-    QVERIFY(log.content().contains("Error 53 - File not found"));
-    QVERIFY(!modNodes::g_bDocTransfer);
-}
-
-void TestDocText::exportOfEmptyTexts() {
-    Document *doc = newDocument();
-    Node *root = add(doc, nullptr, "Projects");
-    Node *a = add(doc, root, "Garden");
-    add(doc, a, "Beds");
-    add(doc, root, "");
-    QCOMPARE(modDocText::DocSaveVersion(*doc),
-             QByteArray("0 Projects\r\n\r\n0.1 Garden\r\n\r\n0.1.1 Beds\r\n\r\n0.2 \r\n\r\n"));
-}
-
-void TestDocText::exportLeavesDocumentAlone() {
-    QTemporaryDir dir;
-    Document *doc = newDocument();
-    add(doc, nullptr, "Only");
-    doc->m_sFile = "/somewhere/a.mvd";
-    doc->m_bDataChanged = true;
-    const QString path = dir.filePath("x.txt");
-    QVERIFY(modDocText::DocExport(*doc, path));
-    QCOMPARE(readFile(path), QByteArray("0 Only\r\n\r\n"));
-    QCOMPARE(doc->m_sFile, QString("/somewhere/a.mvd"));
-    QCOMPARE(doc->m_iFileFormatVersion, 1);
-    QVERIFY(doc->m_bDataChanged);
-}
-
-void TestDocText::exportFailureKeepsOldFile() {
-    ScopedLog log;
-    QTemporaryDir dir;
-    Document *doc = newDocument();
+    QVERIFY(log.content().contains("Error 53 - "));
     add(doc, nullptr, "Only");
     QVERIFY(!modDocText::DocExport(*doc, dir.filePath("missing/x.txt")));
     QVERIFY(log.content().contains("modDoc WriteWholeFile"));
     QVERIFY(!modNodes::g_bDocTransfer);
-}
-
-void TestDocText::writeThenReadGivesOneEntry() {
-    QTemporaryDir dir;
-    Document *doc = newDocument();
-    Node *root = add(doc, nullptr, "R");
-    add(doc, root, "A");
-    const QString path = dir.filePath("w.txt");
-    QVERIFY(modDoc::DocSaveDocument(*doc, path, false));
-    Document *back = modDoc::DocLoad(path);
-    QCOMPARE(back->trvOutline().Count(), 1);
-    QCOMPARE(back->trvOutline().Item(1)->Tag(), QByteArray("0 R\r\n\r\n0.1 A\r\n\r\n"));
-    QCOMPARE(back->m_iFileFormatVersion, -1);
 }
 
 void TestDocText::exportOfRichTexts_data() {
@@ -161,5 +153,5 @@ void TestDocText::exportOfRichTexts() {
     }
 }
 
-QTEST_GUILESS_MAIN(TestDocText)
+QTEST_MAIN(TestDocText)
 #include "tst_doctext.moc"

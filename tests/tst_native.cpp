@@ -210,7 +210,7 @@ void TestNative::paneAfterLoad() {
     TestDocument t;
     t.doc.m_sFile = "p.mvd";
     modDoc::DocLoadBytes(t.doc, exampleFile());
-    QCOMPARE(t.pane->baseFont.Name(), QString("Arial"));
+    QCOMPARE(t.pane->baseFont.name, QString("Arial"));
     QCOMPARE(t.doc.m_fntTextFont.Name(), QString("Times New Roman"));
     QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1\\ansi Paint the hall\\par }"));
     QVERIFY(t.view.outlineVisible);
@@ -308,7 +308,7 @@ void TestNative::saveDispatchAndWarning() {
 
 void TestNative::backups() {
     // A second save keeps the first in the backup. A failing write (a file-size limit below the
-    // file, above the log) is reported, and with backups on the previous contents stay there.
+    // file, above the log) is reported, and leaves the file and the older backup as they were.
     ScopedLog log;
     QTemporaryDir dir;
     const QString path = dir.filePath("a.mvd");
@@ -331,8 +331,9 @@ void TestNative::backups() {
     }
     QVERIFY(!plain);
     QVERIFY(!backedUp);
-    QCOMPARE(ReadFileBytes(dir.filePath("a.bak")), second);
-    QVERIFY(log.content().contains("Error 61 - Disk full"));
+    QCOMPARE(ReadFileBytes(dir.filePath("a.bak")), first);
+    QCOMPARE(ReadFileBytes(path), second);
+    QVERIFY(log.content().contains("Error 61 - File too large"));
     QVERIFY(log.content().contains("modDoc WriteWholeFile"));
     QVERIFY(!modNodes::g_bDocTransfer);
 }

@@ -126,24 +126,14 @@ void TestNativeScan::check_data() {
     QTest::newRow("root twice") << header() + entry("0", "R", "") + entry("0", "S", "")
                                 << QStringList{"out of order"};
     QTest::newRow("undecodable text")
-        << header() + entry("0", "R", "25,garbage") << QStringList{"cannot be decoded"};
-    QTest::newRow("plain digits-comma text is checked too")
-        << header() + entry("0", "R", "3, apples") << QStringList{"cannot be decoded"};
-    QTest::newRow("missing header") << entry("0", "R", "")
-                                    << QStringList{"missing header tag \"formatversion\"",
-                                                   "\"selecteditemkey\"",
-                                                   "\"outlinefontname\"",
-                                                   "\"outlinefontsize\"",
-                                                   "\"outlinefontbold\"",
-                                                   "\"outlinefontitalic\"",
-                                                   "\"outlinefontstrikethrough\"",
-                                                   "\"outlinefontunderline\"",
-                                                   "\"textfontname\"",
-                                                   "\"textfontsize\"",
-                                                   "\"textfontbold\"",
-                                                   "\"textfontitalic\"",
-                                                   "\"textfontstrikethrough\"",
-                                                   "\"textfontunderline\""};
+        << header() + entry("0", "R", "25,x\x9cgarbage") << QStringList{"cannot be decoded"};
+    QTest::newRow("text stored as is, digits and comma first")
+        << header() + entry("0", "R", "3, apples") + entry("0.1", "A", "12,x") << QStringList{};
+    QStringList missing; // every header tag, in order
+    for (const QByteArray &name : modDocV1::HeaderTagNames()) {
+        missing << "missing header tag \"" + QString::fromLatin1(name) + '"';
+    }
+    QTest::newRow("missing header") << entry("0", "R", "") << missing;
     QTest::newRow("unknown tag") << header() + "{\\ttf_colour red}\r\n" + entry("0", "R", "")
                                  << QStringList{"unknown tag \"colour\""};
     QTest::newRow("truncated") << header() + entry("0", "R", "").chopped(3)

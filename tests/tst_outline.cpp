@@ -540,6 +540,17 @@ void TestOutline::drops() {
     frm.MenuPicks << QStringLiteral("mnuConfirm") + how.section(QLatin1Char(' '), 1);
     Node *src = entry(source);
     Node *dst = itself ? src : entry(target);
+    const int button0 = left ? modDrag::kLeftButton : modDrag::kRightButton;
+    const QString before = TreeShape(root());
+    // The same drop on a read-only document changes nothing and asks nothing.
+    m_doc->doc.bReadOnly = true;
+    modDrag::DragPress(&m_doc->doc, src, button0);
+    modDrag::DragStart(dst, itself ? left && right : true, !left, button0);
+    modDrag::DragDrop(&m_doc->doc, dst);
+    m_doc->doc.bReadOnly = false;
+    QVERIFY(shown.isEmpty());
+    QVERIFY(!m_doc->doc.m_bDataChanged);
+    QCOMPARE(TreeShape(root()), before);
     modDrag::g_bDragCopy = itself; // a drop onto itself never copies
     modDrag::DragPress(&m_doc->doc, src, button);
     QCOMPARE(m_doc->nodes().SelectedItem(), src);
@@ -555,8 +566,8 @@ void TestOutline::drops() {
     QCOMPARE(frm.MenusShown.size(), left ? 0 : 1);
     QVERIFY(!modDrag::g_nodDragSource);
     QVERIFY(!itself || !modDrag::g_bDragCopy);
-    // Drops that copy or move leave the mark alone; onto itself it is set when the entry moved.
-    QCOMPARE(m_doc->doc.m_bDataChanged, itself && changed);
+    // Every drop that changed the tree marks the document changed.
+    QCOMPARE(m_doc->doc.m_bDataChanged, changed);
     if (itself && !left) {
         const modDrag::ConfirmMenu m = modDrag::ConfirmMenuFor(p);
         QCOMPARE(frm.MenusShown[0],

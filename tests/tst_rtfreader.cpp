@@ -1,3 +1,6 @@
+// The RTF reader: text, character and paragraph formats, lists, tables, pictures, broken input; its
+// plain-text path must give exactly the characters of the rich-text buffer.
+#include "richtext/RichTextBuffer.h"
 #include "richtext/RtfConventions.h"
 #include "richtext/RtfPlaceholder.h"
 #include "richtext/RtfReader.h"
@@ -5,6 +8,7 @@
 #include <QAbstractTextDocumentLayout>
 #include <QBuffer>
 #include <QDir>
+#include <QDirIterator>
 #include <QImage>
 #include <QPainter>
 #include <QRegularExpression>
@@ -38,6 +42,16 @@ QTextCharFormat formatAt(const QTextDocument &doc, const QString &text) {
 QTextBlock blockWith(const QTextDocument &doc, const QString &text) {
     QTextCursor c = doc.find(text);
     return c.isNull() ? QTextBlock() : c.block();
+}
+
+// Characters made visible in a failure message.
+QString shown(const QString &s) {
+    QString out;
+    for (QChar c : s)
+        out += c.unicode() < 0x20 || c.unicode() > 0x7E
+                   ? QStringLiteral("<%1>").arg(c.unicode(), 0, 16)
+                   : QString(c);
+    return out;
 }
 
 QByteArray rtf(const QByteArray &body, const QByteArray &fonts = "{\\f0\\fnil\\fcharset0 Arial;}") {
@@ -151,15 +165,66 @@ void TestRtfReader::text_data() {
         << QByteArray("{\\rtf1\n{\\fonttbl{\\f0 A;}}\na\\par\nb\\par\n}\n") << "a\nb";
     QTest::newRow("malformed: cr only")
         << QByteArray("{\\rtf1\r{\\fonttbl{\\f0 A;}}\ra\\par\rb\\par\r}\r") << "a\nb";
+
+    // Rows for the plain-text path ("*": only compared with the buffer).
+    const QByteArray h = "{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0 Arial;}"
+                         "{\\f1\\fcharset2 Symbol;}{\\f2\\fcharset204 Arial Cyr;}"
+                         "{\\f3\\fcharset128 MS Gothic;}}{\\colortbl ;\\red255\\green0\\blue0;}";
+    auto row = [&](const char *name, const QByteArray &body) {
+        QTest::newRow(name) << QByteArray(h + body + "}") << "*";
+    };
+    row("empty paragraphs", "\\par\\par A\\par\\par\\par");
+    row("page break", "a\\line b\\tab c\\page d");
+    row("formatting runs", "{\\b bold} {\\i\\cf1 red} \\ul u\\ulnone\\plain\\fs40 big\\caps up");
+    row("unicode skipping a control", "\\uc1\\u8364\\par x");
+    row("unicode line separator", "a\\u8232?b\\u8233?c\\u13?d\\u65532?");
+    row("cp1252 quotes", "\\'93q\\'94");
+    row("carriage return byte", "a\\'0db\\'0d\\'0ac\\'0a");
+    row("hyperlink field",
+        "{\\field{\\*\\fldinst{HYPERLINK \"http://x.org\"}}{\\fldrslt{\\ul link}}} after");
+    row("richedit bullets",
+        "{\\pntext\\f1\\'b7\\tab}{\\*\\pn\\pnlvlblt\\pnf1\\pnindent0{\\pntxtb\\'b7}}"
+        "\\fi-360\\li720 One\\par{\\pntext\\f1\\'b7\\tab}Two\\par\\pard After");
+    row("word lists",
+        "{\\*\\listtable{\\list\\listid5{\\listlevel\\levelnfc0{\\leveltext\\'02\\'00.;}}}}"
+        "{\\*\\listoverridetable{\\listoverride\\listid5\\ls1}}"
+        "{\\listtext 1.\\tab}\\ls1\\ilvl0 First\\par{\\listtext 2.\\tab}Second\\par\\pard Plain");
+    row("table", "Before\\par\\trowd\\cellx1000\\cellx2000\\intbl A\\cell B\\cell\\row"
+                 "\\trowd\\cellx1000\\cellx2000\\intbl C\\cell D\\cell\\row\\pard After\\par");
+    row("table at start", "\\trowd\\cellx1000\\intbl X\\cell\\row\\pard Y");
+    row("table at end", "Lead\\par\\trowd\\cellx900\\cellx1800\\intbl 1\\cell 2\\cell\\row");
+    row("table growing columns",
+        "\\trowd\\cellx1000\\intbl A\\cell B\\cell C\\cell\\row\\intbl D\\cell\\row\\pard E");
+    row("paragraphs in cells",
+        "\\trowd\\cellx1000\\cellx2000\\intbl a\\par b\\cell\\cell\\row\\pard\\par z");
+    row("table left without pard", "\\trowd\\cellx500\\intbl A\\cell\\row B\\par");
+    row("broken png", "{\\pict\\pngblip 00ff}x");
+    row("shppict and nonshppict",
+        "{\\*\\shppict{\\pict\\pngblip 00}}{\\nonshppict{\\pict\\wmetafile8 00}}");
+    QTest::newRow("text after the document") << QByteArray("{\\rtf1 a}trailing") << "*";
+    QTest::newRow("just the header") << QByteArray("{\\rtf") << "*";
+    // Plain text that is not RTF.
+    QTest::newRow("plain empty") << QByteArray() << "";
+    QTest::newRow("plain line ends") << QByteArray("a\r\r\nb\n\rc\r\nd\ne\r") << "*";
+    QTest::newRow("plain cp1252") << QByteArray("caf\xe9 \x80\x93\x94\x0b") << "*";
+    QTest::newRow("plain nul") << QByteArray("a\0b", 3) << "*";
+    QTest::newRow("plain rtf-like") << QByteArray("x{\\rtf1 y}") << "*";
 }
 
 void TestRtfReader::text() {
     QFETCH(QByteArray, input);
     QFETCH(QString, expected);
     QTextDocument doc;
-    QVERIFY(RtfReader::read(input, &doc));
+    QVERIFY(RtfReader::read(input, &doc) || !RtfReader::looksLikeRtf(input));
     if (expected != "*")
         QCOMPARE(plain(doc), expected);
+    // The plain-text path gives exactly what the buffer holds after loading the same bytes.
+    RichTextBuffer buffer;
+    buffer.SetTextRTF(input);
+    const QString actual = RtfReader::plainText(input);
+    if (actual != buffer.Text())
+        qWarning().noquote() << "buffer" << shown(buffer.Text()) << "\n plain" << shown(actual);
+    QCOMPARE(actual, buffer.Text());
 }
 
 void TestRtfReader::characterFormat_data() {
@@ -400,15 +465,20 @@ void TestRtfReader::plainTextFallback() {
     QCOMPARE(plain(doc), "bold");
 }
 
-// Reads every .rtf of the folder named by MAVROLEN_RTF_CORPUS: each must load with text, and no
-// markup may leak into it. With MAVROLEN_RTF_DUMP set, writes each text and a rendering there.
+// Reads every .rtf below the folder named by MAVROLEN_RTF_CORPUS: each must load with text, no
+// markup may leak into it, and the plain-text path must give the buffer's characters. With
+// MAVROLEN_RTF_DUMP set, writes each text and a rendering there.
 void TestRtfReader::corpus() {
     const QString dir = qEnvironmentVariable("MAVROLEN_RTF_CORPUS");
     if (dir.isEmpty())
         QSKIP("MAVROLEN_RTF_CORPUS not set");
     const QString dump = qEnvironmentVariable("MAVROLEN_RTF_DUMP");
-    const QFileInfoList files = QDir(dir).entryInfoList({"*.rtf"}, QDir::Files, QDir::Name);
+    QFileInfoList files;
+    for (QDirIterator it(dir, {"*.rtf"}, QDir::Files, QDirIterator::Subdirectories); it.hasNext();)
+        files << it.nextFileInfo();
     QVERIFY(!files.isEmpty());
+    QStringList differing;
+    RichTextBuffer buffer;
     static const QRegularExpression leak(
         R"(\\[a-z]{2,}|\\'|fcharset|\{\\|;\}|Msftedit|Riched20|[0-9a-f]{24})");
     for (const QFileInfo &fi : files) {
@@ -420,6 +490,9 @@ void TestRtfReader::corpus() {
         QVERIFY2(RtfReader::read(raw, &doc), qPrintable(fi.fileName()));
         const QString text = doc.toPlainText();
         QVERIFY2(!text.trimmed().isEmpty(), qPrintable(fi.fileName()));
+        buffer.SetTextRTF(raw);
+        if (RtfReader::plainText(raw) != buffer.Text())
+            differing << fi.filePath();
         for (auto it = leak.globalMatch(text); it.hasNext();) {
             const QString found = it.next().captured();
             // An escaped backslash in the file is a real backslash in the text.
@@ -440,6 +513,7 @@ void TestRtfReader::corpus() {
             page.save(dump + "/" + fi.completeBaseName() + ".png");
         }
     }
+    QVERIFY2(differing.isEmpty(), qPrintable(differing.join(u'\n')));
 }
 
 QTEST_MAIN(TestRtfReader)

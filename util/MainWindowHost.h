@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+#include "util/TextEncoding.h"
+
 #include <optional>
 
 class Document;
@@ -35,6 +37,9 @@ struct FileDialogRequest {
     QString FileName;   // the initial name; the chosen name when the dialog is confirmed
     QString Filter;     // description|pattern pairs, separated by "|"
     int Flags = 0;      // the classic flags (file must exist 0x1000, overwrite prompt 0x2, ...)
+    // A text export: the dialog also offers the character encoding, which comes back here.
+    bool OfferEncoding = false;
+    TextEncoding::Encoding Encoding = TextEncoding::Encoding::CodePage;
 };
 
 // What the one font dialog shows and returns.

@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <unistd.h>
+
 namespace modString {
 
 QString Trim(const QString &text) {
@@ -24,12 +26,9 @@ bool FileExists(const QString &path) {
     if (path.isEmpty() || QFileInfo(path).isDir()) {
         return false;
     }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return false;
-    }
-    file.close();
-    return true;
+    // Whether the file could be opened for reading, asked without opening it: opening a pipe
+    // would wait for a writer.
+    return ::access(QFile::encodeName(path).constData(), R_OK) == 0;
 }
 
 QString FileExt(const QString &path) {

@@ -13,8 +13,8 @@ void FakeTextPane::SetTextRTF(const QByteArray &rtf) {
     }
 }
 
-void FakeTextPane::ApplyFontToAll(const clsFont &font) {
-    m_rtf += "{\\font " + font.Name().toLatin1() + ' ' + QByteArray::number(font.Size()) + '}';
+void FakeTextPane::ApplyFontToAll(const PaneFont &font) {
+    m_rtf += "{\\font " + font.name.toLatin1() + ' ' + QByteArray::number(font.size) + '}';
 }
 
 TestDocument::TestDocument(bool active) {

@@ -21,11 +21,11 @@ public:
     void SetTextRTF(const QByteArray &rtf) override;
     bool Visible() const override { return m_bVisible; }
     void SetVisible(bool visible) override { m_bVisible = visible; }
-    void SetBaseFont(const clsFont &font) override { baseFont = font; }
+    void SetBaseFont(const PaneFont &font) override { baseFont = font; }
     // Marks the text with the font's name and size, as a real pane would restyle every run.
-    void ApplyFontToAll(const clsFont &font) override;
+    void ApplyFontToAll(const PaneFont &font) override;
 
-    clsFont baseFont;
+    PaneFont baseFont;
     int loads = 0;                 // SetTextRTF calls
     int loadsWhileVisible = 0;     // ... made while the pane was drawn
     std::function<void()> changed; // the pane's change event, raised by every SetTextRTF

@@ -1,0 +1,272 @@
+// File access of documents: whole-file reads, safe whole-file writes, the read-only test and the
+// backup, and the settings loading and saving follow.
+#include "document/DocFiles.h"
+
+#include "util/ErrorLog.h"
+#include "util/modString.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace modDoc {
+
+namespace {
+std::function<bool()> g_backupRule;
+std::function<bool()> g_autoLabelEditRule;
+} // namespace
+
+void SetBackupRule(std::function<bool()> backup) {
+    g_backupRule = std::move(backup);
+}
+void SetAutoLabelEditRule(std::function<bool()> rule) {
+    g_autoLabelEditRule = std::move(rule);
+}
+bool BackupOn() {
+    return g_backupRule ? g_backupRule() : false;
+}
+bool AutoLabelEditOn() {
+    return g_autoLabelEditRule ? g_autoLabelEditRule() : true;
+}
+
+namespace {
+
+QString systemReason(int e) {
+    char buffer[256];
+    return QString::fromLocal8Bit(strerror_r(e, buffer, sizeof buffer));
+}
+
+// The classic number of a system error.
+qint32 errorNumberFor(int e) {
+    switch (e) {
+    case ENOSPC:
+    case EFBIG:
+    case EDQUOT:
+        return modMain::errDiskFull;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        return modMain::errPermissionDenied;
+    case ENOENT:
+    case ENOTDIR:
+        return modMain::errPathNotFound;
+    case EIO:
+        return modMain::errDeviceIO;
+    default:
+        return modMain::errPathFileAccess;
+    }
+}
+
+// Raises the error of a failed system call, described by the system's own reason.
+[[noreturn]] void raiseErrno(int e) {
+    modMain::Raise(errorNumberFor(e), systemReason(e));
+}
+
+// A descriptor closed however the procedure ends.
+struct Fd {
+    int fd = -1;
+    ~Fd() {
+        if (fd >= 0) {
+            ::close(fd);
+        }
+    }
+    int release() {
+        const int f = fd;
+        fd = -1;
+        return f;
+    }
+};
+
+// A file in a folder removed at the end unless kept.
+struct TempName {
+    QByteArray name;
+    ~TempName() {
+        if (!name.isEmpty()) {
+            ::unlink(name.constData());
+        }
+    }
+};
+
+mode_t processUmask() {
+    static const mode_t mask = [] {
+        const mode_t m = ::umask(022);
+        ::umask(m);
+        return m;
+    }();
+    return mask;
+}
+
+void writeAll(int fd, const char *data, qsizetype size) {
+    while (size > 0) {
+        const ssize_t n = ::write(fd, data, size_t(qMin<qsizetype>(size, qsizetype(1) << 24)));
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            raiseErrno(errno);
+        }
+        data += n;
+        size -= n;
+    }
+}
+
+// A new unique file beside `path`, open for writing.
+int createBeside(const QByteArray &path, const char *suffix, TempName &temp) {
+    const qsizetype slash = path.lastIndexOf('/');
+    QByteArray pattern = path.left(slash + 1) + '.' + path.mid(slash + 1) + suffix + "-XXXXXX";
+    const int fd = ::mkostemp(pattern.data(), O_CLOEXEC);
+    if (fd < 0) {
+        raiseErrno(errno);
+    }
+    temp.name = pattern;
+    return fd;
+}
+
+void syncFolderOf(const QByteArray &path) {
+    const qsizetype slash = path.lastIndexOf('/');
+    const QByteArray folder = slash <= 0 ? QByteArray(slash == 0 ? "/" : ".") : path.left(slash);
+    const int fd = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0) {
+        ::fsync(fd);
+        ::close(fd);
+    }
+}
+
+// The old file's content under the backup name, replacing an older backup in one step: a hard
+// link where the file system has them, else a copy.
+void makeBackup(const QByteArray &path, const QByteArray &backup) {
+    TempName temp;
+    {
+        Fd probe;
+        probe.fd = createBeside(backup, ".new", temp);
+    }
+    ::unlink(temp.name.constData());
+    if (::link(path.constData(), temp.name.constData()) != 0) {
+        QFile::remove(QFile::decodeName(temp.name));
+        if (!QFile::copy(QFile::decodeName(path), QFile::decodeName(temp.name))) {
+            raiseErrno(errno ? errno : EIO);
+        }
+    }
+    if (::rename(temp.name.constData(), backup.constData()) != 0) {
+        raiseErrno(errno);
+    }
+    temp.name.clear();
+}
+
+} // namespace
+
+QString LastFailureReason() {
+    return modMain::Err.Description.isEmpty() ? modMain::ErrorDescription(modMain::Err.Number)
+                                              : modMain::Err.Description;
+}
+
+QString BackupName(const QString &path) {
+    return modString::FileWithoutExt(path) + QStringLiteral(".bak");
+}
+
+QByteArray ReadWholeFile(const QString &path) {
+    PROC("modDoc ReadWholeFile");
+    const QByteArray name = QFile::encodeName(path);
+    Fd file;
+    // Not blocking, so that opening a pipe returns at once; only regular files are read.
+    file.fd = ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (file.fd < 0) {
+        const int e = errno;
+        modMain::Raise(e == ENOENT ? modMain::errFileNotFound : errorNumberFor(e), systemReason(e));
+    }
+    struct stat st {};
+    if (::fstat(file.fd, &st) != 0) {
+        raiseErrno(errno);
+    }
+    if (!S_ISREG(st.st_mode)) {
+        modMain::Raise(modMain::errPathFileAccess, S_ISDIR(st.st_mode)
+                                                       ? systemReason(EISDIR)
+                                                       : QStringLiteral("Not a regular file"));
+    }
+    QByteArray bytes(qsizetype(st.st_size), Qt::Uninitialized);
+    qsizetype got = 0;
+    while (got < bytes.size()) {
+        const ssize_t n = ::read(file.fd, bytes.data() + got,
+                                 size_t(qMin<qsizetype>(bytes.size() - got, qsizetype(1) << 24)));
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            raiseErrno(errno);
+        }
+        if (n == 0) {
+            // The file ended before its size: it was cut while being read.
+            modMain::Raise(modMain::errDeviceIO,
+                           QStringLiteral("Short read: %1 of %2 bytes").arg(got).arg(bytes.size()));
+        }
+        got += n;
+    }
+    return bytes;
+}
+
+void WriteWholeFile(const QString &path, const QByteArray &bytes, bool backup) {
+    PROC("modDoc WriteWholeFile");
+    if (path.trimmed().isEmpty()) {
+        raiseErrno(ENOENT);
+    }
+    const QByteArray name = QFile::encodeName(QFileInfo(path).absoluteFilePath());
+    struct stat old {};
+    const bool hadOld = ::stat(name.constData(), &old) == 0;
+    if (hadOld && !S_ISREG(old.st_mode)) {
+        modMain::Raise(modMain::errPathFileAccess, S_ISDIR(old.st_mode)
+                                                       ? systemReason(EISDIR)
+                                                       : QStringLiteral("Not a regular file"));
+    }
+    // The new content goes to a temporary file beside the old one and is on the disk before
+    // anything else changes.
+    TempName temp;
+    Fd file;
+    file.fd = createBeside(name, "", temp);
+    writeAll(file.fd, bytes.constData(), bytes.size());
+    // The old file's permissions and, for the superuser, its owner carry over.
+    if (hadOld) {
+        if (::geteuid() == 0) {
+            (void)!::fchown(file.fd, old.st_uid, old.st_gid);
+        }
+        ::fchmod(file.fd, old.st_mode & 07777);
+    } else {
+        ::fchmod(file.fd, 0666 & ~processUmask());
+    }
+    if (::fsync(file.fd) != 0) {
+        raiseErrno(errno);
+    }
+    if (::close(file.release()) != 0) {
+        raiseErrno(errno);
+    }
+    if (backup && hadOld) {
+        const QByteArray backupName = QFile::encodeName(BackupName(QFile::decodeName(name)));
+        // A read-only backup is left alone and no backup is made.
+        if (!FileReadOnly(QFile::decodeName(backupName))) {
+            makeBackup(name, backupName);
+        }
+    }
+    if (::rename(temp.name.constData(), name.constData()) != 0) {
+        raiseErrno(errno);
+    }
+    temp.name.clear();
+    syncFolderOf(name);
+}
+
+bool FileReadOnly(const QString &path) {
+    PROC("modDoc FileReadOnly");
+    // The owner's write bit is the read-only attribute (it holds even for the superuser, whom the
+    // system lets write anyway); a file the user cannot write is read-only as well.
+    const QFileInfo info(path);
+    if (!info.exists()) {
+        return false;
+    }
+    return !(info.permissions() & QFileDevice::WriteOwner) ||
+           ::access(QFile::encodeName(path).constData(), W_OK) != 0;
+}
+
+} // namespace modDoc
