@@ -2,10 +2,10 @@
 // the read-only state and the open-document counter.
 #include "document/modDoc.h"
 
+#include "app/modMRU.h"
 #include "document/Document.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
-#include "app/modMRU.h"
 #include "document/modRecovery.h"
 #include "outline/modNodes.h"
 #include "util/ErrorLog.h"
