@@ -1,6 +1,5 @@
 #include "app/ToolbarIcons.h"
 
-#include <QHash>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
@@ -107,144 +106,72 @@ void Printer(QPainter &p) {
     p.drawRect(QRectF(8.5, 14.5, 7, 5));
 }
 
-void Draw(QPainter &p, const QString &key) {
-    const Group g = GroupOf(key);
+// Draws the button: the group's rounded square, then the parts of the drawing, separated by ";":
+// "text <glyph> [bold] [italic] [underline] [<pixel size>]", "arrow <angle> [bar]",
+// "lines left|centre|right", "page", "printer", "dot" (the mark of an entry's command). An empty
+// drawing shows the key's first letter.
+void Draw(QPainter &p, const QString &key, const QString &drawing) {
     p.setRenderHint(QPainter::Antialiasing);
     p.setPen(Qt::NoPen);
-    p.setBrush(ColourOf(g));
+    p.setBrush(ColourOf(GroupOf(key)));
     p.drawRoundedRect(QRectF(1, 1, kSize - 2, kSize - 2), 4, 4);
-
-    if (key.startsWith(u"Expand to level "_s)) {
-        Glyph(p, key.right(1), true, false, false);
-    } else if (key == u"Expand all levels"_s) {
-        Glyph(p, u"∗"_s, true, false, false, 18);
-    } else if (key == u"Bold Text"_s) {
-        Glyph(p, u"B"_s, true, false, false);
-    } else if (key == u"Italic Text"_s) {
-        Glyph(p, u"I"_s, false, true, false);
-    } else if (key == u"Underline Text"_s) {
-        Glyph(p, u"U"_s, false, false, true);
-    } else if (key == u"Left Align Text"_s) {
-        Lines(p, Qt::AlignLeft);
-    } else if (key == u"Centre Align Text"_s) {
-        Lines(p, Qt::AlignHCenter);
-    } else if (key == u"Right Align Text"_s) {
-        Lines(p, Qt::AlignRight);
-    } else if (key == u"Bullet Text"_s) {
-        Glyph(p, u"•≡"_s, true, false, false, 13);
-    } else if (key == u"Indent Text"_s || key == u"Indent Entry"_s) {
-        Arrow(p, 90, false);
-    } else if (key == u"Unindent Text"_s || key == u"Unindent Entry"_s) {
-        Arrow(p, -90, false);
-    } else if (key == u"Move Entry Up"_s) {
-        Arrow(p, 0, false);
-    } else if (key == u"Move Entry Down"_s) {
-        Arrow(p, 180, false);
-    } else if (key == u"Move Entry First"_s) {
-        Arrow(p, 0, true);
-    } else if (key == u"Move Entry Last"_s) {
-        Arrow(p, 180, true);
-    } else if (key == u"New Entry Above"_s) {
-        Glyph(p, u"+↑"_s, true, false, false, 13);
-    } else if (key == u"New Entry Below"_s) {
-        Glyph(p, u"+↓"_s, true, false, false, 13);
-    } else if (key == u"New Entry As Child"_s) {
-        Glyph(p, u"+→"_s, true, false, false, 13);
-    } else if (key == u"Expand Entry"_s) {
-        Glyph(p, u"+"_s, true, false, false, 18);
-    } else if (key == u"Contract Entry"_s) {
-        Glyph(p, u"−"_s, true, false, false, 18);
-    } else if (key == u"Tag Entry"_s) {
-        Glyph(p, u"✓"_s, true, false, false, 16);
-    } else if (key == u"Sort Entry"_s) {
-        Glyph(p, u"AZ"_s, true, false, false, 10);
-    } else if (key == u"Copy Entry"_s || key == u"Copy Text"_s) {
-        Glyph(p, u"C"_s, true, false, false);
-    } else if (key == u"Paste Entry"_s || key == u"Paste Text"_s) {
-        Glyph(p, u"P"_s, true, false, false);
-    } else if (key == u"Delete Entry"_s || key == u"Delete Text"_s) {
-        Glyph(p, u"✕"_s, true, false, false, 15);
-    } else if (key == u"Cut Text"_s) {
-        Glyph(p, u"✂"_s, false, false, false, 16);
-    } else if (key == u"Go To Outline"_s) {
-        Glyph(p, u"☰"_s, false, false, false, 16);
-    } else if (key == u"Go To Text"_s) {
-        Glyph(p, u"¶"_s, true, false, false, 16);
-    } else if (key == u"New File"_s) {
-        Page(p);
-        Glyph(p, u"+"_s, true, false, false, 11);
-    } else if (key == u"Open File"_s) {
-        Arrow(p, 0, false);
-    } else if (key == u"Save File"_s) {
-        Arrow(p, 180, true);
-    } else if (key == u"Print File"_s || key == u"Print Entry"_s) {
-        Printer(p);
-    } else if (key == u"Preview File"_s || key == u"Preview Entry"_s) {
-        Glyph(p, u"◎"_s, false, false, false, 16);
-    } else {
-        // A key without a picture of its own still shows its first letter.
+    if (drawing.trimmed().isEmpty()) {
         Glyph(p, key.left(1).toUpper(), true, false, false);
+        return;
     }
-    if (key.endsWith(u" Entry"_s) && (key.startsWith(u"Print"_s) || key.startsWith(u"Preview"_s))) {
-        p.setPen(Qt::NoPen);
-        p.setBrush(QColor(0xff, 0xd0, 0x40));
-        p.drawEllipse(QRectF(15, 15, 7, 7));
+    for (const QString &part : drawing.split(u';')) {
+        const QStringList words = part.split(u' ', Qt::SkipEmptyParts);
+        if (words.isEmpty()) {
+            continue;
+        }
+        const QString &shape = words.first();
+        if (shape == u"text"_s && words.size() > 1) {
+            bool sized = false;
+            const int size = words.last().toInt(&sized);
+            Glyph(p, words[1], words.contains(u"bold"_s), words.contains(u"italic"_s),
+                  words.contains(u"underline"_s), sized && words.size() > 2 ? size : 15);
+        } else if (shape == u"arrow"_s && words.size() > 1) {
+            Arrow(p, words[1].toDouble(), words.contains(u"bar"_s));
+        } else if (shape == u"lines"_s && words.size() > 1) {
+            Lines(p, words[1] == u"right"_s    ? Qt::AlignRight
+                     : words[1] == u"centre"_s ? Qt::AlignHCenter
+                                               : Qt::AlignLeft);
+        } else if (shape == u"page"_s) {
+            Page(p);
+        } else if (shape == u"printer"_s) {
+            Printer(p);
+        } else if (shape == u"dot"_s) {
+            p.setPen(Qt::NoPen);
+            p.setBrush(QColor(0xff, 0xd0, 0x40));
+            p.drawEllipse(QRectF(15, 15, 7, 7));
+        }
     }
-}
-
-const QHash<QString, QString> &ThemeNames() {
-    static const QHash<QString, QString> names = {
-        {u"New File"_s, u"document-new"_s},
-        {u"Open File"_s, u"document-open"_s},
-        {u"Save File"_s, u"document-save"_s},
-        {u"Print File"_s, u"document-print"_s},
-        {u"Preview File"_s, u"document-print-preview"_s},
-        {u"Cut Text"_s, u"edit-cut"_s},
-        {u"Copy Text"_s, u"edit-copy"_s},
-        {u"Paste Text"_s, u"edit-paste"_s},
-        {u"Delete Text"_s, u"edit-delete"_s},
-        {u"Bold Text"_s, u"format-text-bold"_s},
-        {u"Italic Text"_s, u"format-text-italic"_s},
-        {u"Underline Text"_s, u"format-text-underline"_s},
-        {u"Indent Text"_s, u"format-indent-more"_s},
-        {u"Unindent Text"_s, u"format-indent-less"_s},
-        {u"Left Align Text"_s, u"format-justify-left"_s},
-        {u"Centre Align Text"_s, u"format-justify-center"_s},
-        {u"Right Align Text"_s, u"format-justify-right"_s},
-        {u"Sort Entry"_s, u"view-sort-ascending"_s},
-        {u"Move Entry Up"_s, u"go-up"_s},
-        {u"Move Entry Down"_s, u"go-down"_s},
-        {u"Move Entry First"_s, u"go-top"_s},
-        {u"Move Entry Last"_s, u"go-bottom"_s},
-    };
-    return names;
 }
 
 } // namespace
 
-QIcon DrawnToolbarIcon(const QString &key) {
+QIcon DrawnToolbarIcon(const QString &key, const QString &drawing) {
     QIcon icon;
     for (const int scale : {1, 2}) {
         QPixmap pm(kSize * scale, kSize * scale);
         pm.setDevicePixelRatio(scale);
         pm.fill(Qt::transparent);
         QPainter p(&pm);
-        Draw(p, key);
+        Draw(p, key, drawing);
         p.end();
         icon.addPixmap(pm);
     }
     return icon;
 }
 
-QIcon ToolbarIcon(const QString &key) {
-    const QString name = ThemeNames().value(key);
-    if (!name.isEmpty() && QIcon::hasThemeIcon(name)) {
-        const QIcon themed = QIcon::fromTheme(name);
+QIcon ToolbarIcon(const QString &key, const QString &theme, const QString &drawing) {
+    if (!theme.isEmpty() && QIcon::hasThemeIcon(theme)) {
+        const QIcon themed = QIcon::fromTheme(theme);
         if (!themed.isNull() && !themed.availableSizes().isEmpty()) {
             return themed;
         }
     }
-    return DrawnToolbarIcon(key);
+    return DrawnToolbarIcon(key, drawing);
 }
 
 QIcon ApplicationIcon() {

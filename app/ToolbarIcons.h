@@ -3,11 +3,12 @@
 #include <QIcon>
 #include <QString>
 
-// The image of a toolbar button, by key: the desktop icon theme's where it has a fitting one,
-// otherwise drawn by the program. Never an empty icon.
-QIcon ToolbarIcon(const QString &key);
-// The program's own drawing of a button (also used when the theme has no icon).
-QIcon DrawnToolbarIcon(const QString &key);
+// The image of a toolbar button (its key, theme name and drawing from the command table): the
+// desktop icon theme's where it has the named icon, otherwise the program's drawing. Never an
+// empty icon.
+QIcon ToolbarIcon(const QString &key, const QString &theme, const QString &drawing);
+// The program's own drawing of a button; the key chooses the colour of its group.
+QIcon DrawnToolbarIcon(const QString &key, const QString &drawing);
 
 // The application's icon.
 QIcon ApplicationIcon();

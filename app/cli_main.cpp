@@ -475,7 +475,5 @@ int main(int argc, char **argv) {
     QGuiApplication app(argc, argv);
     QStringList args = QCoreApplication::arguments();
     args.removeFirst();
-    // Plain-text saves answer the format warning with yes.
-    modDoc::SetQuestionHandler([](const QString &) { return int(modDoc::Yes); });
     return run(args);
 }

@@ -3,15 +3,23 @@
 #include "app/ToolbarIcons.h"
 #include "app/modCommandState.h"
 #include "app/modCommands.h"
-#include "app/modGlobals.h"
 #include "app/modMain.h"
 #include "app/modSession.h"
+#include "document/Document.h"
+#include "document/modDoc.h"
+#include "document/modDocClipboard.h"
+#include "editor/frmDocument.h"
+#include "editor/modFont.h"
 #include "help/frmAbout.h"
+#include "util/modGlobals.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QCursor>
 #include <QDragEnterEvent>
+#include <QFileDialog>
+#include <QFontDialog>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -30,29 +38,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Items whose check mark shows an option.
-const QStringList kCheckable = {
-    u"mnuViewToolbar"_s,
-    u"mnuViewStatusBar"_s,
-    u"mnuViewOptionsBackupOnSave"_s,
-    u"mnuViewOptionsAutoFitSplit"_s,
-    u"mnuViewOptionsStartWithNewDoc"_s,
-    u"mnuViewOptionsStartWithPrevDocs"_s,
-    u"mnuViewOptionsClickToRenameEntry"_s,
-    u"mnuOutlineExpandLevel1"_s,
-    u"mnuOutlineExpandLevel2"_s,
-    u"mnuOutlineExpandLevel3"_s,
-    u"mnuOutlineExpandLevel4"_s,
-    u"mnuOutlineExpandLevel5"_s,
-    u"mnuOutlineExpandLevel6"_s,
-    u"mnuOutlineExpandLevel7"_s,
-    u"mnuOutlineExpandAll"_s,
-};
-
-bool IsToggleButton(const QString &key) {
-    return key.startsWith(u"Expand to level"_s) || key == u"Expand all levels"_s ||
-           key == u"Bold Text"_s || key == u"Italic Text"_s || key == u"Underline Text"_s ||
-           key.endsWith(u"Align Text"_s);
+// "Description|pattern|Description|pattern" as the dialog's name filters.
+QStringList NameFilters(const QString &filter) {
+    const QStringList parts = filter.split(u'|');
+    QStringList filters;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        // The description already shows the pattern: "Text Files (*.txt)". Here every file
+        // matches "*", with or without a dot in its name.
+        QString description = parts[i];
+        filters.append(description.replace(u"(*.*)"_s, u"(*)"_s));
+    }
+    return filters;
 }
 
 } // namespace
@@ -61,6 +57,7 @@ frmMain::frmMain(QWidget *parent) : QMainWindow(parent) {
     setObjectName(u"frmMain"_s);
     setWindowTitle(u"Mavrolen"_s);
     setWindowIcon(ApplicationIcon());
+    QApplication::setWindowIcon(windowIcon());
     setAcceptDrops(true);
     m_mdi = new QMdiArea(this);
     m_mdi->setObjectName(u"MDIClient"_s);
@@ -73,6 +70,8 @@ frmMain::frmMain(QWidget *parent) : QMainWindow(parent) {
     m_timer = new QTimer(this);
     m_timer->setObjectName(u"Timer1"_s);
     connect(m_timer, &QTimer::timeout, this, [this] { Timer1_Timer(); });
+    connect(m_mdi, &QMdiArea::subWindowActivated, this, &frmMain::OnSubWindowActivated);
+    modDocClipboard::SetClipboard(&m_clipboard);
     modMain::SetMainWindow(this);
 }
 
@@ -81,11 +80,20 @@ frmMain::~frmMain() {
     if (modMain::MainWindow() == this) {
         modMain::SetMainWindow(nullptr);
     }
+    modDocClipboard::SetClipboard(nullptr);
+    // The document windows go before the frame's own members.
+    disconnect(m_mdi, nullptr, this, nullptr);
+    for (QMdiSubWindow *frame : m_mdi->subWindowList()) {
+        delete frame;
+    }
 }
 
 void frmMain::BuildMenus() {
     QMenu *parents[3] = {nullptr, nullptr, nullptr};
-    for (const modCommands::MenuItem &item : modCommands::MenuItems()) {
+    for (const modCommands::Command &item : modCommands::MenuItems()) {
+        if (item.Kind == modCommands::ItemKind::Key) {
+            continue;
+        }
         QMenu *owner = item.Depth > 0 ? parents[item.Depth - 1] : nullptr;
         if (item.Kind == modCommands::ItemKind::Menu) {
             QMenu *menu = nullptr;
@@ -110,56 +118,41 @@ void frmMain::BuildMenus() {
             action = owner->addAction(item.Caption);
             const QString name = item.Name;
             connect(action, &QAction::triggered, this, [name] { modCommands::RunItem(name); });
-            action->setCheckable(kCheckable.contains(item.Name));
+            action->setCheckable(item.Checkable);
             action->setEnabled(modCommands::HasProcedure(item.Name));
-            BindShortcut(action, item.Caption);
+            BindShortcuts(action, item.Caption, item.Shortcuts);
         }
         action->setObjectName(item.Name);
         m_items.insert(item.Name, action);
-    }
-    // The desktop's standard keys for the file commands.
-    const struct {
-        const char *item;
-        QKeySequence keys;
-    } standard[] = {
-        {"mnuFileNew", QKeySequence(Qt::CTRL | Qt::Key_N)},
-        {"mnuFileOpen", QKeySequence(Qt::CTRL | Qt::Key_O)},
-        {"mnuFileSave", QKeySequence(Qt::CTRL | Qt::Key_S)},
-        {"mnuFileSaveAs", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)},
-        {"mnuFileClose", QKeySequence(Qt::CTRL | Qt::Key_W)},
-        {"mnuFileExit", QKeySequence(Qt::CTRL | Qt::Key_Q)},
-    };
-    for (const auto &s : standard) {
-        QAction *action = m_items.value(QString::fromLatin1(s.item));
-        action->setShortcut(s.keys);
-        action->setShortcutContext(Qt::WindowShortcut);
     }
     // Shown only while there are recent files.
     m_items.value(u"mnuFileBarMRU"_s)->setVisible(false);
 }
 
-void frmMain::BindShortcut(QAction *action, const QString &caption) {
-    // The caption shows its shortcut after a run of blanks. Keys the document window handles
-    // itself (plain keys such as Del, Plus, Minus) and Alt+F4 of the window manager are not bound
-    // here; modified keys and function keys are.
+void frmMain::BindShortcuts(QAction *action, const QString &caption,
+                            const QList<QKeySequence> &keys) {
+    // A key the caption already shows (after its run of blanks) is bound beside the item, so that
+    // the menu does not show it twice; the others are the item's own and show in the menu.
     static const QRegularExpression tail(u"\\s{2,}(\\S+)$"_s);
     const QRegularExpressionMatch m = tail.match(caption);
-    if (!m.hasMatch()) {
-        return;
-    }
-    const QString text = m.captured(1);
-    const bool modified = text.startsWith(u"Alt+"_s) || text.startsWith(u"Ctrl+"_s);
-    const bool functionKey = QRegularExpression(u"^F\\d+$"_s).match(text).hasMatch();
-    if ((!modified && !functionKey) || text == u"Alt+F4"_s) {
-        return;
-    }
-    auto *shortcut = new QShortcut(QKeySequence::fromString(text), this);
-    shortcut->setContext(Qt::WindowShortcut);
-    connect(shortcut, &QShortcut::activated, action, [action] {
-        if (action->isEnabled()) {
-            action->trigger();
+    const QKeySequence shown =
+        m.hasMatch() ? QKeySequence::fromString(m.captured(1)) : QKeySequence();
+    QList<QKeySequence> own;
+    for (const QKeySequence &key : keys) {
+        if (key != shown) {
+            own.append(key);
+            continue;
         }
-    });
+        auto *shortcut = new QShortcut(key, this);
+        shortcut->setContext(Qt::WindowShortcut);
+        connect(shortcut, &QShortcut::activated, action, [action] {
+            if (action->isEnabled()) {
+                action->trigger();
+            }
+        });
+    }
+    action->setShortcuts(own);
+    action->setShortcutContext(Qt::WindowShortcut);
 }
 
 void frmMain::BuildToolbar() {
@@ -168,17 +161,16 @@ void frmMain::BuildToolbar() {
     m_toolbar->setIconSize(QSize(24, 24));
     m_toolbar->setMovable(false);
     for (const modCommands::ToolbarButton &b : modCommands::ToolbarButtons()) {
-        QAction *action = m_toolbar->addAction(ToolbarIcon(b.Key), b.Key);
+        const modCommands::Button &button = b.Row->Toolbar;
+        QAction *action =
+            m_toolbar->addAction(ToolbarIcon(b.Key, button.Theme, button.Drawing), b.Key);
         action->setObjectName(b.Key);
-        action->setCheckable(IsToggleButton(b.Key));
+        action->setCheckable(button.Toggle);
         action->setEnabled(modCommands::HasProcedure(b.Item));
         const QString key = b.Key;
         connect(action, &QAction::triggered, this, [this, key] { tbToolBar_ButtonClick(key); });
         m_buttons.insert(b.Key, action);
-        // Groups of the toolbar.
-        if (key == u"Preview File"_s || key == u"Go To Text"_s || key == u"Preview Entry"_s ||
-            key == u"Unindent Entry"_s || key == u"Contract Entry"_s ||
-            key == u"Expand all levels"_s || key == u"Delete Text"_s || key == u"Unindent Text"_s) {
+        if (button.GroupEnd) {
             m_toolbar->addSeparator();
         }
     }
@@ -294,19 +286,18 @@ void frmMain::MDIForm_OLEDragDrop(const QMimeData *data) {
         if (data->hasUrls()) {
             for (const QUrl &url : data->urls()) {
                 const QString name = url.isLocalFile() ? url.toLocalFile() : url.toString();
-                modMain::OpenDocument(modMain::FullPathName(name));
+                modDoc::DocLoad(modMain::FullPathName(name));
             }
             return;
         }
         if (data->hasText()) {
-            modMain::OpenDocument(modMain::FullPathName(data->text()));
+            modDoc::DocLoad(modMain::FullPathName(data->text()));
             return;
         }
         // Rich text is taken as a file name too, on purpose.
         for (const QString &format : {u"text/rtf"_s, u"application/rtf"_s, u"text/richtext"_s}) {
             if (data->hasFormat(format)) {
-                modMain::OpenDocument(
-                    modMain::FullPathName(QString::fromLocal8Bit(data->data(format))));
+                modDoc::DocLoad(modMain::FullPathName(QString::fromLocal8Bit(data->data(format))));
                 return;
             }
         }
@@ -564,6 +555,141 @@ void frmMain::ArrangeIcons() {
         }
         w->move(x, y);
         x += w->width();
+    }
+}
+
+void frmMain::RefreshCommands(bool all) {
+    if (all) {
+        modMain::MenuEnable(modDoc::OpenDocumentCount());
+    }
+    modMain::MenuEnableDynamic();
+    modMain::UpdateToolbarStatus();
+}
+
+bool frmMain::ChooseFile(modMain::FileDialogRequest &request) {
+    QFileDialog dialog(this);
+    dialog.setWindowTitle(request.Save ? u"Save As"_s : u"Open"_s);
+    dialog.setAcceptMode(request.Save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog.setFileMode((request.Flags & 0x1000) ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite, !(request.Flags & 0x2));
+    dialog.setNameFilters(NameFilters(request.Filter));
+    dialog.setDefaultSuffix(request.DefaultExt);
+    // A name typed without extension takes the extension of the chosen kind of file.
+    connect(&dialog, &QFileDialog::filterSelected, &dialog, [&dialog](const QString &f) {
+        static const QRegularExpression pattern(u"\\(\\*\\.(\\w+)\\)"_s);
+        const QRegularExpressionMatch m = pattern.match(f);
+        if (m.hasMatch()) {
+            dialog.setDefaultSuffix(m.captured(1));
+        }
+    });
+    if (!request.FileName.isEmpty()) {
+        dialog.selectFile(request.FileName);
+    }
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+        return false;
+    }
+    request.FileName = dialog.selectedFiles().constFirst();
+    return true;
+}
+
+bool frmMain::ChooseFont(modMain::FontDialogValues &values) {
+    bool ok = false;
+    const QFont chosen = QFontDialog::getFont(&ok, modFont::FontOf(values), this, u"Font"_s);
+    if (!ok) {
+        return false;
+    }
+    values.FontName = chosen.family();
+    values.FontSize = chosen.pointSizeF();
+    values.FontBold = chosen.bold();
+    values.FontItalic = chosen.italic();
+    values.FontUnderline = chosen.underline();
+    values.FontStrikethru = chosen.strikeOut();
+    return true;
+}
+
+QString frmMain::PopupMenu(const QString &menu, const QStringList &available) {
+    QMenu *popup = m_menus.value(menu);
+    if (!popup) {
+        return {};
+    }
+    for (QAction *a : popup->actions()) {
+        if (!a->isSeparator()) {
+            a->setEnabled(available.contains(a->objectName()));
+        }
+    }
+    QAction *picked = popup->exec(QCursor::pos());
+    return picked ? picked->objectName() : QString();
+}
+
+bool frmMain::WindowKey(QKeyCombination key) {
+    return modCommands::RunWindowKey(key);
+}
+
+Document *frmMain::NewDocumentWindow() {
+    auto *window = new frmDocument;
+    QMdiSubWindow *frame = m_mdi->addSubWindow(window);
+    frame->setAttribute(Qt::WA_DeleteOnClose);
+    frame->setWindowIcon(windowIcon());
+    // The frame's own menu claims the desktop's close key (Ctrl+W) too; the File menu's Close
+    // keeps it, so that the key is not ambiguous.
+    if (QMenu *menu = frame->systemMenu()) {
+        const QKeySequence ctrlW(Qt::CTRL | Qt::Key_W);
+        for (QAction *a : menu->actions()) {
+            QList<QKeySequence> keys = a->shortcuts();
+            if (keys.removeAll(ctrlW) > 0) {
+                a->setShortcuts(keys);
+            }
+        }
+    }
+    // A new window takes about two thirds of the frame. (While the program starts, the frame is
+    // not laid out yet: its own size, less the bars, stands in for the document area.)
+    QSize area = m_mdi->viewport()->size();
+    if (!isVisible()) {
+        area = size() - QSize(0, 120);
+    }
+    frame->resize(std::max(480, area.width() * 2 / 3), std::max(320, area.height() * 2 / 3));
+    frame->show();
+    return &window->document();
+}
+
+void frmMain::OnSubWindowActivated(QMdiSubWindow *frame) {
+    auto *window = frame ? qobject_cast<frmDocument *>(frame->widget()) : nullptr;
+    if (window && window->unloaded()) {
+        return;
+    }
+    Documents::SetActive(window ? &window->document() : nullptr);
+    if (window) {
+        window->Form_Activate();
+    }
+    RefreshCommands(true);
+}
+
+bool frmMain::Exit() {
+    close();
+    return true;
+}
+
+void frmMain::SetToolbarVisible(bool visible) {
+    m_toolbar->setVisible(visible);
+}
+
+void frmMain::SetStatusBarVisible(bool visible) {
+    statusBar()->setVisible(visible);
+}
+
+void frmMain::BeginBusy() {
+    QGuiApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
+}
+
+void frmMain::EndBusy() {
+    if (QGuiApplication::overrideCursor()) {
+        QGuiApplication::restoreOverrideCursor();
+    }
+}
+
+void frmMain::ResetPointer() {
+    while (QGuiApplication::overrideCursor()) {
+        QGuiApplication::restoreOverrideCursor();
     }
 }
 

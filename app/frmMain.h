@@ -1,6 +1,7 @@
 #pragma once
 
-#include "app/MainWindowHost.h"
+#include "document/SystemClipboard.h"
+#include "util/MainWindowHost.h"
 
 #include <QHash>
 #include <QMainWindow>
@@ -59,10 +60,22 @@ public:
     void SetButtonToolTip(const QString &key, const QString &tip) override;
     void SetButtonValue(const QString &key, int value) override;
     void RefreshToolbar() override;
+    void RefreshCommands(bool all) override;
+    bool ChooseFile(modMain::FileDialogRequest &request) override;
+    bool ChooseFont(modMain::FontDialogValues &values) override;
+    QString PopupMenu(const QString &menu, const QStringList &available) override;
+    bool WindowKey(QKeyCombination key) override;
+    Document *NewDocumentWindow() override;
+    bool Exit() override;
     void Arrange(modMain::Arrangement how) override;
     int ChildWindowCount() const override;
-    void ShowAbout() override;
+    void SetToolbarVisible(bool visible) override;
+    void SetStatusBarVisible(bool visible) override;
     void SetStatusText(const QString &text) override { UpdateStatusBarText(text); }
+    void BeginBusy() override;
+    void EndBusy() override;
+    void ResetPointer() override;
+    void ShowAbout() override;
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -74,7 +87,9 @@ private:
     void BuildMenus();
     void BuildToolbar();
     void BuildStatusBar();
-    void BindShortcut(QAction *action, const QString &caption);
+    void BindShortcuts(QAction *action, const QString &caption, const QList<QKeySequence> &keys);
+    // A document window became the active one (or none is).
+    void OnSubWindowActivated(class QMdiSubWindow *frame);
     void Timer1_Timer();
     void TileHorizontal();
     void TileVertical();
@@ -89,4 +104,5 @@ private:
     QHash<QString, QAction *> m_items;
     QHash<QString, QMenu *> m_menus;
     QHash<QString, QAction *> m_buttons;
+    SystemClipboard m_clipboard;
 };

@@ -1,4 +1,4 @@
-#include "app/ApplicationUi.h"
+#include "app/ToolbarIcons.h"
 #include "app/frmMain.h"
 #include "app/modMain.h"
 #include "help/frmAbout.h"
@@ -14,6 +14,7 @@ int main(int argc, char *argv[]) {
     if (QIcon::themeName().isEmpty()) {
         QIcon::setThemeName(QStringLiteral("Adwaita"));
     }
+    QApplication::setWindowIcon(ApplicationIcon());
     PROC("modMain Main");
 
     // 1. The About window as a splash: no OK button, not waiting, painted at once.
@@ -24,7 +25,6 @@ int main(int argc, char *argv[]) {
 
     // 2. The main window loads; its load handler runs Initialise.
     frmMain frm;
-    ApplicationUi::Install(frm);
     frm.MDIForm_Load();
 
     // 3. The splash goes.
@@ -33,7 +33,5 @@ int main(int argc, char *argv[]) {
 
     // 4. The main window shows.
     frm.show();
-    const int result = app.exec();
-    ApplicationUi::Uninstall();
-    return result;
+    return app.exec();
 }

@@ -1,8 +1,12 @@
 #include "app/modCommandState.h"
 
-#include "app/MainWindowHost.h"
 #include "app/modCommands.h"
 #include "app/modMain.h"
+#include "document/Document.h"
+#include "document/modDoc.h"
+#include "outline/modNodes.h"
+#include "richtext/RichTextBuffer.h"
+#include "util/MainWindowHost.h"
 
 using namespace Qt::StringLiterals;
 
@@ -10,30 +14,61 @@ namespace modMain {
 
 namespace {
 
-std::function<CommandInputs()> g_inputProvider;
-
 bool IsWritable(const CommandInputs &in) {
     return in.OpenDocuments > 0 && in.ActiveDocument && !in.ReadOnly;
 }
 
 // Sets one item and every toolbar button that shares it.
-void ApplyItem(MainWindowHost &frm, const modCommands::MenuItem &item, bool enabled) {
+void ApplyItem(MainWindowHost &frm, const modCommands::Command &item, bool enabled) {
     frm.SetItemEnabled(item.Name, enabled);
-    for (const modCommands::ToolbarButton &b : modCommands::ToolbarButtons()) {
-        if (b.Item == item.Name) {
-            frm.SetButtonEnabled(b.Key, enabled);
-        }
+    if (!item.Toolbar.Key.isEmpty()) {
+        frm.SetButtonEnabled(item.Toolbar.Key, enabled);
     }
 }
 
 } // namespace
 
-void SetCommandInputProvider(std::function<CommandInputs()> provider) {
-    g_inputProvider = std::move(provider);
-}
-
 CommandInputs CurrentCommandInputs() {
-    return g_inputProvider ? g_inputProvider() : CommandInputs{};
+    CommandInputs in;
+    in.OpenDocuments = modDoc::OpenDocumentCount();
+    for (const Document *doc : Documents::All()) {
+        if (!doc->m_bClosing && doc->m_bDataChanged) {
+            in.AnyDocumentChanged = true;
+        }
+    }
+    const Document *doc = Documents::Active();
+    if (!doc || doc->m_bClosing) {
+        return in;
+    }
+    in.ActiveDocument = true;
+    in.ReadOnly = doc->bReadOnly;
+    in.ActiveDocumentChanged = doc->m_bDataChanged;
+    in.OutlineHasFocus = doc->m_bOutlineHasFocus;
+    in.TextHasFocus = doc->m_bTextHasFocus;
+    in.ExpansionLevel = doc->m_iExpansionLevel;
+    const Nodes &nodes = doc->trvOutline();
+    in.OutlineSorted = nodes.Count() > 0 && nodes.Sorted();
+    if (Node *selected = nodes.SelectedItem()) {
+        in.EntrySelected = true;
+        in.SelectionIsRoot = selected->Parent() == nullptr;
+        in.SelectionTagged = modNodes::NodeTagged(selected);
+    }
+    in.TaggedExist = modNodes::NodesTaggedExist();
+    if (!nodes.topNodes().empty()) {
+        in.RootExists = true;
+        in.RootExpanded = nodes.topNodes().front()->Expanded();
+    }
+    if (const auto *pane = dynamic_cast<const RichTextBuffer *>(doc->txtRTF())) {
+        in.SelBold = pane->SelBold();
+        in.SelItalic = pane->SelItalic();
+        in.SelUnderline = pane->SelUnderline();
+        if (const auto a = pane->SelAlignment()) {
+            in.SelAlignment = *a == 1   ? Alignment::Right
+                              : *a == 2 ? Alignment::Centre
+                                        : Alignment::Left;
+        }
+    }
+    return in;
 }
 
 bool RuleHolds(unsigned needs, const CommandInputs &in, bool coarse) {
@@ -70,15 +105,15 @@ bool RuleHolds(unsigned needs, const CommandInputs &in, bool coarse) {
 }
 
 bool ItemEnabled(const QString &itemName, const CommandInputs &in, bool coarse) {
-    const modCommands::MenuItem *item = modCommands::FindItem(itemName);
+    const modCommands::Command *item = modCommands::FindItem(itemName);
     if (!item) {
         return false;
     }
     if (!RuleHolds(item->Needs, in, coarse)) {
         return false;
     }
-    if (item->Kind == modCommands::ItemKind::Command) {
-        return modCommands::FindProcedure(item->ProcName) != nullptr;
+    if (item->Kind == modCommands::ItemKind::Command || item->Kind == modCommands::ItemKind::Key) {
+        return item->Proc != nullptr;
     }
     return true;
 }
@@ -89,15 +124,20 @@ int SetButtonValue(std::optional<bool> value) {
 
 void MenuEnable(int openDocuments) {
     PROC("modMain MenuEnable");
+    Guarded([&] { MenuEnable(openDocuments, CurrentCommandInputs()); });
+}
+
+void MenuEnable(int openDocuments, CommandInputs in) {
+    PROC("modMain MenuEnable");
     Guarded([&] {
         MainWindowHost *frm = MainWindow();
         if (!frm) {
             return;
         }
-        CommandInputs in = CurrentCommandInputs();
         in.OpenDocuments = openDocuments;
-        for (const modCommands::MenuItem &item : modCommands::MenuItems()) {
-            if (item.Kind == modCommands::ItemKind::Separator) {
+        for (const modCommands::Command &item : modCommands::MenuItems()) {
+            if (item.Kind == modCommands::ItemKind::Separator ||
+                item.Kind == modCommands::ItemKind::Key) {
                 continue;
             }
             ApplyItem(*frm, item, ItemEnabled(item.Name, in, true));
@@ -110,17 +150,22 @@ void MenuEnable(int openDocuments) {
 
 void MenuEnableDynamic() {
     PROC("modMain MenuEnableDynamic");
-    Guarded([] {
+    Guarded([] { MenuEnableDynamic(CurrentCommandInputs()); });
+}
+
+void MenuEnableDynamic(const CommandInputs &in) {
+    PROC("modMain MenuEnableDynamic");
+    Guarded([&] {
         MainWindowHost *frm = MainWindow();
         if (!frm) {
             return;
         }
-        const CommandInputs in = CurrentCommandInputs();
         const bool tagged = in.ActiveDocument && in.EntrySelected && in.SelectionTagged;
         frm->SetItemCaption(u"mnuOutlineTaggedEntry"_s, modCommands::TagCaption(tagged));
         frm->SetButtonToolTip(u"Tag Entry"_s, modCommands::TagToolTip(tagged));
-        for (const modCommands::MenuItem &item : modCommands::MenuItems()) {
-            if (item.Kind == modCommands::ItemKind::Separator) {
+        for (const modCommands::Command &item : modCommands::MenuItems()) {
+            if (item.Kind == modCommands::ItemKind::Separator ||
+                item.Kind == modCommands::ItemKind::Key) {
                 continue;
             }
             ApplyItem(*frm, item, ItemEnabled(item.Name, in, false));
@@ -138,9 +183,13 @@ void MenuEnableDynamic() {
 
 void UpdateToolbarStatus() {
     PROC("modMain UpdateToolbarStatus");
-    Guarded([] {
+    Guarded([] { UpdateToolbarStatus(CurrentCommandInputs()); });
+}
+
+void UpdateToolbarStatus(const CommandInputs &in) {
+    PROC("modMain UpdateToolbarStatus");
+    Guarded([&] {
         MainWindowHost *frm = MainWindow();
-        const CommandInputs in = CurrentCommandInputs();
         if (!frm || !in.ActiveDocument) {
             return;
         }

@@ -2,7 +2,6 @@
 
 #include <QString>
 
-#include <functional>
 #include <optional>
 
 // The refresh of the enabled, checked and pressed states of the main window's menu items and
@@ -35,9 +34,7 @@ struct CommandInputs {
     std::optional<Alignment> SelAlignment;
 };
 
-// Where the refreshes take their inputs from; the document windows install a provider that
-// reads the active document. Without one, no document is open.
-void SetCommandInputProvider(std::function<CommandInputs()> provider);
+// The inputs read from the open documents and the active one.
 CommandInputs CurrentCommandInputs();
 
 // True when the item's rule holds for the inputs (procedure not considered).
@@ -48,8 +45,12 @@ bool ItemEnabled(const QString &itemName, const CommandInputs &in, bool coarse =
 // 1 (pressed) for a known true value, 0 for false or mixed.
 int SetButtonValue(std::optional<bool> value);
 
+// The refreshes, of the current inputs or of given ones.
 void MenuEnable(int openDocuments);
+void MenuEnable(int openDocuments, CommandInputs in);
 void MenuEnableDynamic();
+void MenuEnableDynamic(const CommandInputs &in);
 void UpdateToolbarStatus();
+void UpdateToolbarStatus(const CommandInputs &in);
 
 } // namespace modMain

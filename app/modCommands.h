@@ -1,13 +1,18 @@
 #pragma once
 
+#include <QKeyCombination>
+#include <QKeySequence>
 #include <QList>
 #include <QString>
 
-// The routing of the main window's menus and toolbar: every item and button calls exactly one
-// command procedure, found by name in one table. A procedure that is not part of the program
-// (yet) is null, and its items stay disabled.
+#include <utility>
+
+// The routing of the main window's menus, toolbar and shortcuts and of the document window's
+// keys: one table whose rows hold every fact of a command. The menu bar, the pop-up menus, the
+// toolbar, the shortcuts, the check marks and the document window's keys are all built from it.
 namespace modCommands {
 
+// A command procedure; the row's argument is handed to it.
 using Procedure = void (*)(int argument);
 
 // Conditions an item needs to be enabled.
@@ -23,43 +28,94 @@ enum Need : unsigned {
     AnyChanged = 1u << 7,   // some open document has unsaved changes
 };
 
-enum class ItemKind { Menu, Command, Separator };
+// Menu: a submenu (or pop-up menu); Command: an item that runs a procedure; Separator; Key: a
+// key of the document window that has no menu item.
+enum class ItemKind { Menu, Command, Separator, Key };
 
-struct MenuItem {
-    QString Name;    // "mnuFileSave"
-    QString Caption; // "&Save"; empty for separators
-    int Depth;       // 0 on the bar (or a pop-up menu), 1 inside it, 2 inside a submenu
-    ItemKind Kind;
-    QString ProcName; // the command procedure; empty for menus and separators
-    int Argument;     // handed to the procedure
-    unsigned Needs;   // the item's rule
-    bool Popup;       // a pop-up menu that never shows on the bar
+// How a toolbar button shows.
+enum ButtonStyle : unsigned {
+    Plain = 0,
+    Toggle = 1u << 0,   // it shows a pressed state
+    GroupEnd = 1u << 1, // a separator follows it
 };
 
+// A toolbar button of a command.
+struct Button {
+    QString Key;           // also the tool-tip; empty: the command has no button
+    int Order = 0;         // place on the toolbar, from 1
+    QString Theme;         // the desktop icon theme's name for the image ("" none)
+    QString Drawing;       // the program's own image (ToolbarIcons.h), when the theme has none
+    bool Toggle = false;   // shows a pressed state
+    bool GroupEnd = false; // a separator follows it
+};
+
+struct Command {
+    QString Name;    // "mnuFileSave" (a Key row: a name of its own)
+    QString Caption; // "&Save"; empty for separators and keys
+    int Depth = 1;   // 0 on the bar (or a pop-up menu), 1 inside it, 2 inside a submenu
+    ItemKind Kind = ItemKind::Command;
+    Procedure Proc = nullptr;          // null: not part of the program yet; the item stays disabled
+    int Argument = 0;                  // handed to the procedure
+    unsigned Needs = None;             // the item's enabling rule
+    bool Checkable = false;            // the item shows a check mark
+    QList<QKeySequence> Shortcuts;     // the main window's keys for the item
+    QList<QKeyCombination> WindowKeys; // the document window's keys for it
+    Button Toolbar;
+    bool Popup = false; // a pop-up menu (and its items) that never shows on the bar
+
+    // The table is written with these.
+    Command &&Check() && {
+        Checkable = true;
+        return std::move(*this);
+    }
+    Command &&Pop() && {
+        Popup = true;
+        return std::move(*this);
+    }
+    Command &&Keys(QList<QKeySequence> keys) && {
+        Shortcuts = std::move(keys);
+        return std::move(*this);
+    }
+    Command &&Window(QList<QKeyCombination> keys) && {
+        WindowKeys = std::move(keys);
+        return std::move(*this);
+    }
+    Command &&Tool(QString key, int order, QString theme, QString drawing,
+                   unsigned style = Plain) && {
+        Toolbar = {std::move(key),       order,
+                   std::move(theme),     std::move(drawing),
+                   bool(style & Toggle), bool(style & GroupEnd)};
+        return std::move(*this);
+    }
+};
+
+// Every command in menu order (pop-up menus and keys last).
+const QList<Command> &MenuItems();
+
+// A toolbar button and the row it belongs to.
 struct ToolbarButton {
-    QString Key;  // also the tool-tip
-    QString Item; // the menu item whose procedure and rule the button shares
+    QString Key;
+    QString Item;
+    const Command *Row;
 };
-
-// The menu tree in display order (pop-up menus last).
-const QList<MenuItem> &MenuItems();
-// The 46 toolbar buttons in order.
+// The toolbar's buttons in order.
 const QList<ToolbarButton> &ToolbarButtons();
 
-const MenuItem *FindItem(const QString &name);
+const Command *FindItem(const QString &name);
 const ToolbarButton *FindButton(const QString &key);
+// The row that handles a key of the document window (Shift, Ctrl, Alt and the keypad flag
+// count), or null.
+const Command *FindWindowKey(QKeyCombination key);
 
-// Gives a name its procedure: the window layer adds the procedures that need widgets (dialogs,
-// the layout of document windows).
-void SetProcedure(const QString &procName, Procedure procedure);
-// The procedure of a name, or null.
-Procedure FindProcedure(const QString &procName);
 // True when the item (or a button's item) has a procedure to call.
 bool HasProcedure(const QString &itemName);
 
 // Calls the item's procedure with its argument under the error convention. Returns false when
 // the item is unknown or has no procedure.
 bool RunItem(const QString &itemName);
+// A key of the document window: the command runs only while its item is enabled, then the
+// toolbar follows. Returns whether the key belongs to a command (it is consumed either way).
+bool RunWindowKey(QKeyCombination key);
 
 // The tag command's caption and the "Tag Entry" button's tool-tip.
 QString TagCaption(bool tagged);

@@ -1,6 +1,6 @@
 #include "app/modMRU.h"
 
-#include "app/modGlobals.h"
+#include "util/modGlobals.h"
 #include "app/modSettings.h"
 #include "util/ErrorLog.h"
 #include "util/modString.h"

@@ -1,12 +1,15 @@
 #include "app/modSession.h"
 
 #include "app/modCommandState.h"
-#include "app/modGlobals.h"
 #include "app/modMRU.h"
 #include "app/modMain.h"
 #include "app/modSettings.h"
+#include "document/Document.h"
 #include "document/modDoc.h"
+#include "document/modFile.h"
+#include "editor/modFont.h"
 #include "help/modHelp.h"
+#include "util/modGlobals.h"
 #include "util/modString.h"
 
 using namespace Qt::StringLiterals;
@@ -14,42 +17,21 @@ using namespace Qt::StringLiterals;
 namespace modMain {
 
 namespace {
-DocumentHooks g_documents;
 const QString kWorkspace = u"Workspace"_s;
 } // namespace
-
-void SetDocumentHooks(DocumentHooks hooks) {
-    g_documents = std::move(hooks);
-}
-
-const DocumentHooks &Documents() {
-    return g_documents;
-}
-
-bool OpenDocument(const QString &file) {
-    if (!g_documents.DocLoad) {
-        return false;
-    }
-    g_documents.DocLoad(file);
-    return true;
-}
 
 void Initialise() {
     PROC("modMain Initialise");
     Guarded([] {
         WriteLog(u"Session started at "_s + NowText());
         modHelp::SetHelpFile(modHelp::ShippedFile(QString::fromLatin1(modHelp::kHelpFileName)));
-        modGlobals::CreateFontRecords();
+        modFont::CreateFontRecords();
         modGlobals::InitialiseDefaults();
         modSettings::LoadSettings();
-        modDoc::SetDefaultFonts(modGlobals::g_fntOutlineFont, modGlobals::g_fntTextFont);
+        modDoc::SetDefaultFonts(modFont::g_fntOutlineFont, modFont::g_fntTextFont);
         modMRU::LoadMRUFiles();
-        // Every load, and every save that writes its file, goes to the top of the list.
-        modDoc::SetRecentFileRule([](const QString &path) { modMRU::UpdateMRUFile(path, false); });
         LoadInitialFiles();
-        const int open =
-            g_documents.OpenDocumentFiles ? int(g_documents.OpenDocumentFiles().size()) : 0;
-        MenuEnable(open);
+        MenuEnable(modDoc::OpenDocumentCount());
         MenuEnableDynamic();
     });
 }
@@ -73,7 +55,7 @@ void LoadInitialFiles() {
             if (!full.isEmpty()) {
                 // Counted before loading: a file that then fails still counts.
                 usedCommandLine = true;
-                OpenDocument(full);
+                modDoc::DocLoad(full);
             }
         }
         if (usedCommandLine) {
@@ -82,8 +64,8 @@ void LoadInitialFiles() {
         if (modGlobals::StartWithLatestDocuments) {
             LoadWorkingFiles();
         }
-        if (modGlobals::StartWithNewDocument && g_documents.FileNew) {
-            g_documents.FileNew();
+        if (modGlobals::StartWithNewDocument) {
+            modFile::FileNew();
         }
     });
 }
@@ -94,7 +76,7 @@ void LoadWorkingFiles() {
         for (const auto &[key, value] : modSettings::GetAllSettings(kWorkspace)) {
             const QString full = FullPathName(value);
             if (!full.isEmpty() && modString::FileExists(full)) {
-                OpenDocument(full);
+                modDoc::DocLoad(full);
             }
         }
     });
@@ -106,13 +88,12 @@ void SaveWorkingFiles() {
         for (const auto &pair : modSettings::GetAllSettings(kWorkspace)) {
             modSettings::DeleteSetting(kWorkspace, pair.first);
         }
-        if (!g_documents.OpenDocumentFiles) {
-            return;
-        }
         int counter = 0;
-        for (const QString &file : g_documents.OpenDocumentFiles()) {
-            ++counter;
-            modSettings::SaveSetting(kWorkspace, QString::number(counter), file);
+        for (const Document *doc : Documents::All()) {
+            if (!doc->m_bClosing) {
+                ++counter;
+                modSettings::SaveSetting(kWorkspace, QString::number(counter), doc->m_sFile);
+            }
         }
     });
 }

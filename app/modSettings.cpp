@@ -1,8 +1,9 @@
 #include "app/modSettings.h"
 
-#include "app/MainWindowHost.h"
-#include "app/modGlobals.h"
 #include "app/modMain.h"
+#include "editor/modFont.h"
+#include "util/MainWindowHost.h"
+#include "util/modGlobals.h"
 
 #include <QDir>
 #include <QLocale>
@@ -276,8 +277,8 @@ void LoadSettings() {
     using namespace modGlobals;
     modMain::Guarded([] {
         // Both records live in the one section on purpose: the last one saved wins for both.
-        ReadFont(g_fntOutlineFont);
-        ReadFont(g_fntTextFont);
+        ReadFont(modFont::g_fntOutlineFont);
+        ReadFont(modFont::g_fntTextFont);
         MaxMRUFiles =
             IntValue(GetSetting(kSettings, QStringLiteral("MaxMRUFiles"), QStringLiteral("10")));
         AutoLabelEdit = ReadBool(QStringLiteral("AutoLabelEdit"), false);
@@ -319,8 +320,8 @@ void SaveSettings() {
     PROC("modMain SaveSettings");
     using namespace modGlobals;
     modMain::Guarded([] {
-        WriteFont(g_fntOutlineFont);
-        WriteFont(g_fntTextFont);
+        WriteFont(modFont::g_fntOutlineFont);
+        WriteFont(modFont::g_fntTextFont);
         SaveSetting(kSettings, QStringLiteral("MaxMRUFiles"), QString::number(MaxMRUFiles));
         SaveSetting(kSettings, QStringLiteral("AutoLabelEdit"), BoolText(AutoLabelEdit));
         SaveSetting(kSettings, QStringLiteral("AutoSplit"), BoolText(AutoSplit));

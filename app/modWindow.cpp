@@ -1,15 +1,13 @@
 #include "app/modWindow.h"
 
-#include "app/MainWindowHost.h"
 #include "app/modMain.h"
+#include "util/MainWindowHost.h"
 
 namespace modWindow {
 
 namespace {
 void ArrangeBy(modMain::Arrangement how) {
-    if (modMain::MainWindowHost *frm = modMain::MainWindow()) {
-        frm->Arrange(how);
-    }
+    modMain::Host().Arrange(how);
 }
 } // namespace
 

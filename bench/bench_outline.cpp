@@ -1,10 +1,11 @@
 // Speed of the outline commands on large outlines: moving an entry that carries a big subtree,
 // sorting everything, deleting many tagged entries, expanding and collapsing everything.
-#include "app/MainWindowHost.h"
 #include "document/Document.h"
 #include "outline/modNodes.h"
 #include "outline/modOutline.h"
 #include "richtext/TextPane.h"
+#include "support/FakeMainWindow.h"
+#include "util/MainWindowHost.h"
 
 #include <benchmark/benchmark.h>
 
@@ -156,9 +157,10 @@ void BM_SortAll(benchmark::State &state) {
 
 // Delete 10,000 tagged leaves spread through 100,000 entries, through the command.
 void BM_DeleteTaggedEntries(benchmark::State &state) {
-    modMain::SetMsgBoxHandler([](const QString &, int, int) { return modMain::vbYes; });
+    FakeMainWindow frm; // answers the deletion question
     for (auto _ : state) {
         state.PauseTiming();
+        frm.Answers = {modMain::vbYes};
         auto b = std::make_unique<BenchDocument>();
         Node *root = NodeInsert(&b->doc, relChild, nullptr);
         b->fill(root, 99999, fixedLabel);
@@ -182,7 +184,6 @@ void BM_DeleteTaggedEntries(benchmark::State &state) {
         b.reset();
         state.ResumeTiming();
     }
-    modMain::SetMsgBoxHandler({});
 }
 
 void BM_ExpandAll(benchmark::State &state) {

@@ -1,7 +1,6 @@
 // The document window with large outlines: first showing, expanding and collapsing everything,
 // and moving the selection to an entry with a long text.
 
-#include "app/ApplicationUi.h"
 #include "app/frmMain.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
@@ -169,7 +168,6 @@ void BM_OpenLargeDocumentInWindow(benchmark::State &state) {
         }
     }
     frmMain frm;
-    ApplicationUi::Install(frm);
     frm.resize(1000, 800);
     frm.show();
     QApplication::processEvents();
@@ -187,7 +185,6 @@ void BM_OpenLargeDocumentInWindow(benchmark::State &state) {
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         state.ResumeTiming();
     }
-    ApplicationUi::Uninstall();
 }
 BENCHMARK(BM_OpenLargeDocumentInWindow)->Unit(benchmark::kMillisecond)->Iterations(3);
 

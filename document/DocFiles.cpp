@@ -3,6 +3,7 @@
 #include "document/DocFiles.h"
 
 #include "util/ErrorLog.h"
+#include "util/modGlobals.h"
 #include "util/modString.h"
 
 #include <QFile>
@@ -28,7 +29,7 @@ void SetAutoLabelEditRule(std::function<bool()> rule) {
     g_autoLabelEditRule = std::move(rule);
 }
 bool BackupOn() {
-    return g_backupRule ? g_backupRule() : false;
+    return g_backupRule ? g_backupRule() : modGlobals::Backup;
 }
 bool AutoLabelEditOn() {
     return g_autoLabelEditRule ? g_autoLabelEditRule() : true;

@@ -45,6 +45,21 @@ void SetActive(Document *document) {
     g_pActive = document;
 }
 
+Document *Adopt() {
+    auto *document = new Document;
+    document->m_bOwnedByList = true;
+    return document;
+}
+
+bool Release(Document *document) {
+    if (!document || !document->m_bOwnedByList ||
+        std::find(g_documents.begin(), g_documents.end(), document) == g_documents.end()) {
+        return false;
+    }
+    delete document; // leaves the list on destruction
+    return true;
+}
+
 } // namespace Documents
 
 namespace modMain {

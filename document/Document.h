@@ -1,8 +1,8 @@
 #pragma once
 
-#include "editor/clsFont.h"
 #include "outline/Node.h"
 #include "richtext/TextPane.h"
+#include "richtext/clsFont.h"
 
 #include <QString>
 
@@ -28,6 +28,10 @@ public:
     virtual void MenuEnableDynamic() = 0;
     // The caption, the label editing mode or the text lock of the document changed.
     virtual void DocumentStateChanged() {}
+    // Makes the window the active one of the frame.
+    virtual void ActivateWindow() = 0;
+    // Closes the window, which asks the closing question. Returns whether it closed.
+    virtual bool CloseWindow() = 0;
 };
 
 // One open document: its entry tree, its text pane and the state kept with it.
@@ -66,6 +70,10 @@ public:
     float m_fSplitPosition = 0.0f;
     // The window's caption ("Document 1", or the file name).
     QString m_sCaption;
+    // Made by Documents::Adopt: the list owns it.
+    bool m_bOwnedByList = false;
+    // The document agreed to close; its window goes at the next turn of the event loop.
+    bool m_bClosing = false;
     // Labels are edited by clicking (automatic) or only by the rename command (manual).
     bool m_bLabelEditAutomatic = true;
     // The text pane refuses typing (a read-only document).
@@ -77,12 +85,17 @@ private:
     DocumentView *m_pView = nullptr;
 };
 
-// The open documents and the active one. Documents register themselves on construction and
-// leave on destruction; the main window (or a tool, or a test) chooses the active one.
+// The open documents and the active one: the program's one list of them. Documents register
+// themselves on construction and leave on destruction; the main window (or a tool, or a test)
+// chooses the active one. A document without a window is owned by the list.
 namespace Documents {
 const std::vector<Document *> &All(); // in opening order
 Document *Active();
 void SetActive(Document *document); // null: no active document
+// A new document without a window, owned by the list until Release.
+Document *Adopt();
+// Destroys a document the list owns; false (and nothing happens) for any other.
+bool Release(Document *document);
 } // namespace Documents
 
 namespace modMain {

@@ -2,14 +2,15 @@
 // the read-only state and the open-document counter.
 #include "document/modDoc.h"
 
-#include "app/MainWindowHost.h"
+#include "app/modMRU.h"
 #include "document/Document.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
 #include "document/modRecovery.h"
-#include "outline/BusyPointer.h"
 #include "outline/modNodes.h"
 #include "util/ErrorLog.h"
+#include "util/MainWindowHost.h"
+#include "util/modGlobals.h"
 #include "util/modString.h"
 
 #include <QFileInfo>
@@ -17,20 +18,13 @@
 
 #include <cmath>
 #include <limits>
-#include <memory>
-#include <utility>
-#include <vector>
 
 namespace modDoc {
 
 namespace {
 
-int g_iDocumentCount = 0;
-DocumentFactory g_documentFactory;
-std::function<void(const QString &)> g_recentFileRule;
 clsFont g_defaultOutlineFont;
 clsFont g_defaultTextFont;
-std::vector<std::unique_ptr<Document>> g_ownedDocuments;
 
 // The busy flag of a whole-document transfer, cleared however the transfer ends.
 struct Transfer {
@@ -68,25 +62,17 @@ bool numericVersion(const QByteArray &value, int &version) {
 
 } // namespace
 
-void SetDocumentFactory(DocumentFactory factory) {
-    g_documentFactory = std::move(factory);
-}
-void SetRecentFileRule(std::function<void(const QString &)> rule) {
-    g_recentFileRule = std::move(rule);
-}
 void SetDefaultFonts(const clsFont &outline, const clsFont &text) {
     g_defaultOutlineFont = outline;
     g_defaultTextFont = text;
 }
 
 int OpenDocumentCount() {
-    return g_iDocumentCount;
-}
-
-void DocumentClosed() {
-    if (g_iDocumentCount > 0) {
-        --g_iDocumentCount;
+    int count = 0;
+    for (const Document *doc : Documents::All()) {
+        count += doc->m_bClosing ? 0 : 1;
     }
+    return count;
 }
 
 void DocClose(Document *doc) {
@@ -95,29 +81,20 @@ void DocClose(Document *doc) {
         return;
     }
     modRecovery::Forget(doc);
-    DocumentClosed();
-    for (auto it = g_ownedDocuments.begin(); it != g_ownedDocuments.end(); ++it) {
-        if (it->get() == doc) {
-            g_ownedDocuments.erase(it);
-            return;
-        }
+    doc->m_bClosing = true;
+    if (Documents::Active() == doc) {
+        Documents::SetActive(nullptr);
     }
+    Documents::Release(doc);
 }
 
 Document *DocInit() {
     PROC("modDoc DocInit");
-    Document *doc = nullptr;
-    if (g_documentFactory) {
-        doc = g_documentFactory();
-    } else {
-        g_ownedDocuments.push_back(std::make_unique<Document>());
-        doc = g_ownedDocuments.back().get();
-    }
+    Document *doc = modMain::Host().NewDocumentWindow();
     if (!doc) {
-        modMain::Raise(modMain::errObjectRequired);
+        doc = Documents::Adopt();
     }
-    ++g_iDocumentCount;
-    doc->m_sCaption = QStringLiteral("Document ") + QString::number(g_iDocumentCount);
+    doc->m_sCaption = QStringLiteral("Document ") + QString::number(OpenDocumentCount());
     Documents::SetActive(doc);
     stateChanged(*doc);
     return doc;
@@ -190,7 +167,7 @@ void DocFinishLoad(Document &doc, const QString &selectedKey, const QList<bool> 
         select = root;
     }
     // After the read-only rule, and overriding it: labels follow the setting.
-    doc.m_bLabelEditAutomatic = AutoLabelEditOn();
+    doc.m_bLabelEditAutomatic = modGlobals::AutoLabelEdit;
     stateChanged(doc);
     modNodes::NodeSelectFull(&doc, select);
 }
@@ -233,9 +210,7 @@ Document *DocLoad(const QString &path) {
         if (doc->view()) {
             doc->view()->ViewAutoFitSplit();
         }
-        if (g_recentFileRule) {
-            g_recentFileRule(path);
-        }
+        modMRU::UpdateMRUFile(path, false);
         menuEnableDynamic(doc);
     }
     return doc;
@@ -283,7 +258,8 @@ bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk) {
         // Declining the warning leaves the old file where it is; the backup is made only once
         // the new file is complete (WriteWholeFile).
         if (doc.m_iFileFormatVersion == -1 && doc.trvOutline().Count() > 1 && backupAndAsk &&
-            AskQuestion(TextFormatWarning()) != Yes) {
+            modMain::MsgBox(TextFormatWarning(), modMain::vbYesNoCancel, modMain::vbQuestion) !=
+                modMain::vbYes) {
             return false;
         }
         const QByteArray bytes = doc.m_iFileFormatVersion == -1 ? modDocText::DocSaveVersion(doc)
@@ -295,9 +271,7 @@ bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk) {
         doc.m_sCaption = doc.m_sFile;
         stateChanged(doc);
         menuEnableDynamic(&doc);
-        if (g_recentFileRule) {
-            g_recentFileRule(path);
-        }
+        modMRU::UpdateMRUFile(path, false);
         return true;
     });
     if (failed) {

@@ -5,10 +5,8 @@
 #include <QList>
 #include <QString>
 
-#include <functional>
-
 #include "document/DocFiles.h"
-#include "editor/clsFont.h"
+#include "richtext/clsFont.h"
 
 class Document;
 
@@ -17,36 +15,21 @@ class Document;
 // warning, captions and the read-only state.
 namespace modDoc {
 
-// Answers of a question (the classic message-box values).
-enum Answer { Ok = 1, Cancel = 2, Yes = 6, No = 7 };
-
-// Asks a Yes/No/Cancel question. The application answers it with a message box; headless (no
-// handler set) the answer is Yes.
-using QuestionHandler = std::function<int(const QString &question)>;
-void SetQuestionHandler(QuestionHandler handler);
-int AskQuestion(const QString &question);
-
 // The message asked before a document of several entries is saved as plain text.
 QString TextFormatWarning();
 
 // The open-document counter: raised when a document is created, lowered when one is allowed to
-// close. New documents are captioned "Document " and the counter.
+// close (the documents of the list that are not closing). New documents are captioned "Document "
+// and the counter.
 int OpenDocumentCount();
-void DocumentClosed();
 
-// Who makes document windows: the application sets a factory that builds the window with its
-// document (text pane and view included) and returns the document. Without one, documents are
-// headless and owned here until DocClose.
-using DocumentFactory = std::function<Document *()>;
-void SetDocumentFactory(DocumentFactory factory);
-// Records a file just opened or saved in the recently used files (the application sets it).
-void SetRecentFileRule(std::function<void(const QString &path)> rule);
 // The application's default outline and text fonts, given to new documents.
 void SetDefaultFonts(const clsFont &outline, const clsFont &text);
-// Lowers the counter and, for a headless document, destroys it.
+// Closes a document without asking: it leaves the counter and, without a window, is destroyed.
 void DocClose(Document *doc);
 
-// A new document window, captioned "Document n"; it becomes the active document.
+// A new document window (the main window's; without one, a document without a window),
+// captioned "Document n"; it becomes the active document.
 Document *DocInit();
 // A new, empty document: default fonts, marked changed, native format.
 Document *DocNew();

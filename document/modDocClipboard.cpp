@@ -7,6 +7,7 @@
 #include "outline/modNodes.h"
 #include "util/CodePage.h"
 #include "util/ErrorLog.h"
+#include "util/modGlobals.h"
 
 namespace modDocClipboard {
 
@@ -95,7 +96,7 @@ void DocImport() {
             }
         }
         doc->setOutlineVisible(true);
-        doc->m_bLabelEditAutomatic = modDoc::AutoLabelEditOn();
+        doc->m_bLabelEditAutomatic = modGlobals::AutoLabelEdit;
         if (doc->view()) {
             doc->view()->DocumentStateChanged();
         }

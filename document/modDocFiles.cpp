@@ -1,23 +1,11 @@
-// What the document lifecycle asks and tells: its questions, the text-format warning and the
-// format an extension implies.
+// File access of documents: whole-file reads, safe whole-file writes, the backup rule, the format
+// an extension implies and the text-format warning.
 #include "document/modDoc.h"
 
 #include "util/ErrorLog.h"
 #include "util/modString.h"
 
 namespace modDoc {
-
-namespace {
-QuestionHandler g_questionHandler;
-} // namespace
-
-void SetQuestionHandler(QuestionHandler handler) {
-    g_questionHandler = std::move(handler);
-}
-
-int AskQuestion(const QString &question) {
-    return g_questionHandler ? g_questionHandler(question) : int(Yes);
-}
 
 QString TextFormatWarning() {
     return QStringLiteral("Warning - you are saving this document in text format.  ") +

@@ -8,6 +8,7 @@
 #include "richtext/RichTextBuffer.h"
 #include "util/CodePage.h"
 #include "util/ErrorLog.h"
+#include "util/modGlobals.h"
 
 #include <vector>
 
@@ -153,7 +154,7 @@ bool DocImport(Document &doc, const QString &path) {
             DocLoadVersion(doc, bytes);
             doc.setOutlineVisible(true);
             Node *select = DocRoot(doc);
-            doc.m_bLabelEditAutomatic = modDoc::AutoLabelEditOn();
+            doc.m_bLabelEditAutomatic = modGlobals::AutoLabelEdit;
             if (doc.view()) {
                 doc.view()->DocumentStateChanged();
             }

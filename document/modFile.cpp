@@ -1,16 +1,15 @@
 #include "document/modFile.h"
 #include "document/modRecovery.h"
 
-#include "app/MainWindowHost.h"
-#include "app/modCommandState.h"
 #include "app/modMRU.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocClipboard.h"
 #include "document/modDocText.h"
-#include "outline/BusyPointer.h"
 #include "outline/modNodes.h"
 #include "util/ErrorLog.h"
+#include "util/MainWindowHost.h"
+#include "util/modGlobals.h"
 #include "util/modString.h"
 
 #include <optional>
@@ -21,8 +20,6 @@ namespace modFile {
 
 namespace {
 
-FileDialogHandler g_dialog;
-WindowHooks g_hooks;
 // The common dialog keeps the last name it held.
 QString g_sDialogFileName;
 
@@ -33,11 +30,15 @@ void StatusText(const QString &text) {
 }
 
 void Activate(Document *doc) {
-    if (g_hooks.Activate) {
-        g_hooks.Activate(doc);
-    } else {
-        Documents::SetActive(doc);
+    Documents::SetActive(doc);
+    if (doc->view()) {
+        doc->view()->ActivateWindow();
     }
+}
+
+// The coarse and the fine refresh of the command state.
+void RefreshAll() {
+    modMain::Host().RefreshCommands(true);
 }
 
 } // namespace
@@ -52,7 +53,7 @@ std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &
     request.Filter = filter;
     request.Flags = flags;
     request.OfferEncoding = encoding != nullptr;
-    if (!g_dialog || !g_dialog(request) || request.FileName.isEmpty()) {
+    if (!modMain::Host().ChooseFile(request) || request.FileName.isEmpty()) {
         return std::nullopt;
     }
     g_sDialogFileName = request.FileName;
@@ -64,14 +65,6 @@ std::optional<QString> ShowDialog(bool save, const QString &ext, const QString &
 
 void ActivateDocument(Document *doc) {
     Activate(doc);
-}
-
-void SetFileDialogHandler(FileDialogHandler handler) {
-    g_dialog = std::move(handler);
-}
-
-void SetWindowHooks(WindowHooks hooks) {
-    g_hooks = std::move(hooks);
 }
 
 QString FileFilter(bool forOpening) {
@@ -104,10 +97,12 @@ bool QueryUnload(Document &doc) {
     return true;
 }
 
-void DocumentUnloaded() {
-    modDoc::DocumentClosed();
-    modMain::MenuEnable(modDoc::OpenDocumentCount());
-    modMain::MenuEnableDynamic();
+void DocumentUnloaded(Document &doc) {
+    doc.m_bClosing = true;
+    if (Documents::Active() == &doc) {
+        Documents::SetActive(nullptr);
+    }
+    RefreshAll();
 }
 
 void FileNew() {
@@ -119,8 +114,7 @@ void FileNew() {
         }
         Node *root = modNodes::NodeInsert(doc, relFirst, nullptr);
         modNodes::NodeInitialise(doc, root);
-        modMain::MenuEnable(modDoc::OpenDocumentCount());
-        modMain::MenuEnableDynamic();
+        RefreshAll();
     });
 }
 
@@ -132,8 +126,7 @@ void FileOpen() {
             ShowDialog(false, kNativeExt, g_sDialogFileName, FileFilter(true), kOpenFlags);
         if (name) {
             modDoc::DocLoad(*name);
-            modMain::MenuEnable(modDoc::OpenDocumentCount());
-            modMain::MenuEnableDynamic();
+            RefreshAll();
         }
     });
 }
@@ -145,15 +138,11 @@ void FileClose() {
         if (!modMain::DocumentActive(doc)) {
             return;
         }
-        if (g_hooks.Close) {
-            g_hooks.Close(doc);
+        if (doc->view()) {
+            doc->view()->CloseWindow();
         } else if (QueryUnload(*doc)) {
-            if (Documents::Active() == doc) {
-                Documents::SetActive(nullptr);
-            }
             modDoc::DocClose(doc);
-            modMain::MenuEnable(modDoc::OpenDocumentCount());
-            modMain::MenuEnableDynamic();
+            RefreshAll();
         }
         StatusText(QString());
     });
@@ -222,8 +211,7 @@ void FileImportText() {
         }
         if (Document *doc = modDoc::DocNew()) {
             modDocText::DocImport(*doc, *name);
-            modMain::MenuEnable(modDoc::OpenDocumentCount());
-            modMain::MenuEnableDynamic();
+            RefreshAll();
         }
     });
 }
@@ -262,7 +250,7 @@ void FileImportClipboard() {
                 }
                 // The label editing of the document that was active before (deliberately not
                 // the new one) follows the setting.
-                before->m_bLabelEditAutomatic = modDoc::AutoLabelEditOn();
+                before->m_bLabelEditAutomatic = modGlobals::AutoLabelEdit;
                 if (before->view()) {
                     before->view()->DocumentStateChanged();
                 }
@@ -272,8 +260,7 @@ void FileImportClipboard() {
         if (modMain::DocumentActive(active) && active->view()) {
             active->view()->ViewAutoFitSplit();
         }
-        modMain::MenuEnable(modDoc::OpenDocumentCount());
-        modMain::MenuEnableDynamic();
+        RefreshAll();
     });
 }
 
@@ -292,8 +279,7 @@ void FileExportClipboard() {
 void FileExit() {
     modMain::Guarded([] {
         PROC("modFile FileExit");
-        if (g_hooks.Exit) {
-            g_hooks.Exit();
+        if (modMain::Host().Exit()) {
             return;
         }
         // Without windows: close every document, each asking its question; stop at a Cancel.
@@ -333,8 +319,7 @@ void FileMRU(int index) {
                             modMain::vbOKOnly, modMain::vbExclamation);
             modMRU::UpdateMRUFile(file, true);
         }
-        modMain::MenuEnable(modDoc::OpenDocumentCount());
-        modMain::MenuEnableDynamic();
+        RefreshAll();
     });
 }
 

@@ -1,12 +1,10 @@
 #include "editor/OutlineDragUi.h"
 
-#include "app/modCommands.h"
 #include "document/Document.h"
 #include "editor/OutlineModel.h"
 #include "outline/modDrag.h"
 #include "util/ErrorLog.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QCursor>
 #include <QKeyEvent>
@@ -17,78 +15,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-OutlineDragHandler::MenuAnswer g_menuAnswer;
-
-struct Item {
-    const char *name;
-    bool modDrag::ConfirmMenu::*available;
-    modDrag::ConfirmChoice choice;
-};
-
-// The two confirmation menus, in display order; null members are separators or Cancel.
-const Item kPlaceMenu[] = {
-    {"mnuConfirmCopyPrevious", &modDrag::ConfirmMenu::copyPrevious,
-     modDrag::ConfirmChoice::CopyPrevious},
-    {"mnuConfirmCopyNext", &modDrag::ConfirmMenu::copyNext, modDrag::ConfirmChoice::CopyNext},
-    {"mnuConfirmCopyChild", &modDrag::ConfirmMenu::copyChild, modDrag::ConfirmChoice::CopyChild},
-    {"mnuConfirmBar1", nullptr, modDrag::ConfirmChoice::Cancel},
-    {"mnuConfirmMovePrevious", &modDrag::ConfirmMenu::movePrevious,
-     modDrag::ConfirmChoice::MovePrevious},
-    {"mnuConfirmMoveNext", &modDrag::ConfirmMenu::moveNext, modDrag::ConfirmChoice::MoveNext},
-    {"mnuConfirmMoveChild", &modDrag::ConfirmMenu::moveChild, modDrag::ConfirmChoice::MoveChild},
-    {"mnuConfirmBar2", nullptr, modDrag::ConfirmChoice::Cancel},
-    {"mnuConfirmCancel", nullptr, modDrag::ConfirmChoice::Cancel},
-};
-const Item kIndentMenu[] = {
-    {"mnuConfirmIndentRight", &modDrag::ConfirmMenu::indentRight,
-     modDrag::ConfirmChoice::IndentRight},
-    {"mnuConfirmIndentLeft", &modDrag::ConfirmMenu::indentLeft, modDrag::ConfirmChoice::IndentLeft},
-    {"mnuConfirmIndentCancel", nullptr, modDrag::ConfirmChoice::Cancel},
-};
-
-// Shows the menu that fits the drop (modal, at the pointer) and reports the choice.
-void ConfirmMenuPopup(const modDrag::ConfirmMenu &menu) {
-    const bool indent = menu.indentLeft || menu.indentRight;
-    const Item *begin = indent ? std::begin(kIndentMenu) : std::begin(kPlaceMenu);
-    const Item *end = indent ? std::end(kIndentMenu) : std::end(kPlaceMenu);
-    QStringList available;
-    for (const Item *i = begin; i != end; ++i) {
-        const QString name = QString::fromLatin1(i->name);
-        const modCommands::MenuItem *item = modCommands::FindItem(name);
-        if (item && item->Kind == modCommands::ItemKind::Command &&
-            (!i->available || menu.*(i->available))) {
-            available.append(name);
-        }
-    }
-    QString chosen;
-    if (g_menuAnswer) {
-        chosen = g_menuAnswer(available);
-    } else {
-        QMenu popup;
-        for (const Item *i = begin; i != end; ++i) {
-            const QString name = QString::fromLatin1(i->name);
-            const modCommands::MenuItem *item = modCommands::FindItem(name);
-            if (!item || item->Kind == modCommands::ItemKind::Separator) {
-                popup.addSeparator();
-                continue;
-            }
-            QAction *action = popup.addAction(item->Caption);
-            action->setObjectName(name);
-            action->setEnabled(available.contains(name));
-        }
-        if (QAction *picked = popup.exec(QCursor::pos())) {
-            chosen = picked->objectName();
-        }
-    }
-    for (const Item *i = begin; i != end; ++i) {
-        if (chosen == QLatin1String(i->name) && available.contains(chosen)) {
-            modDrag::Confirm(i->choice);
-            return;
-        }
-    }
-    modDrag::Confirm(modDrag::ConfirmChoice::Cancel);
-}
 
 int ButtonNumber(Qt::MouseButton button) {
     return button == Qt::LeftButton    ? modDrag::kLeftButton
@@ -104,17 +30,12 @@ OutlineDragHandler::OutlineDragHandler(QTreeView *tree, OutlineModel *model, Doc
     m_pTree->setDragEnabled(false);
     m_pTree->viewport()->installEventFilter(this);
     m_pTree->installEventFilter(this);
-    modDrag::SetConfirmPopup(ConfirmMenuPopup);
 }
 
 OutlineDragHandler::~OutlineDragHandler() {
     if (m_bDragging) {
         modDrag::ResetDraggingFlags();
     }
-}
-
-void OutlineDragHandler::setMenuAnswer(MenuAnswer answer) {
-    g_menuAnswer = std::move(answer);
 }
 
 Node *OutlineDragHandler::nodeAt(const QPoint &viewportPos) const {

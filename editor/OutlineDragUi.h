@@ -3,8 +3,6 @@
 #include <QObject>
 #include <QPoint>
 
-#include <functional>
-
 class Document;
 class Node;
 class OutlineModel;
@@ -13,18 +11,13 @@ class QTreeView;
 
 // Entries dragged with the mouse inside the outline pane. The rules and the drop itself are the
 // outline's (modDrag); this turns the pane's mouse and keys into them, shows the drop validity
-// by the pointer and asks the confirmation menus of a right-button drag.
+// by the pointer. (The confirmation menu of a right-button drop is the main window's.)
 class OutlineDragHandler : public QObject {
     Q_OBJECT
 public:
     OutlineDragHandler(QTreeView *tree, OutlineModel *model, Document *document,
                        QObject *parent = nullptr);
     ~OutlineDragHandler() override;
-
-    // Answers the confirmation menu instead of showing it (tests): given the names of the
-    // available items, returns the chosen item's name ("" for none).
-    using MenuAnswer = std::function<QString(const QStringList &available)>;
-    static void setMenuAnswer(MenuAnswer answer);
 
     bool dragging() const { return m_bDragging; }
 

@@ -1,13 +1,14 @@
 #include "editor/frmDocument.h"
 
-#include "app/modGlobals.h"
-#include "app/modMain.h"
 #include "document/modFile.h"
 #include "editor/OutlineDragUi.h"
 #include "editor/OutlineModel.h"
-#include "editor/clsFont.h"
+#include "editor/modView.h"
 #include "outline/modNodes.h"
 #include "richtext/RichTextBuffer.h"
+#include "richtext/clsFont.h"
+#include "util/ErrorLog.h"
+#include "util/MainWindowHost.h"
 
 #include <QAbstractItemDelegate>
 #include <QApplication>
@@ -56,15 +57,8 @@ public:
 
 namespace {
 
-// Splitter constants (twips).
-constexpr double kMargin = 1500;
-constexpr double kTextOffset = 40;
-constexpr double kWidthAllowance = 140;
-constexpr double kKeyboardStep = 100;
-constexpr double kFitStep = 100;
+// The grip's width (twips).
 constexpr double kGripWidth = 40;
-
-QList<frmDocument *> g_windows;
 
 // The outline's icons: the theme's folders when it has them, else drawn here; a tagged entry's
 // folder carries a red tag.
@@ -120,30 +114,6 @@ QIcon folderIcon(const QString &key) {
 }
 
 } // namespace
-
-frmDocument::Hooks &frmDocument::hooks() {
-    static Hooks h;
-    return h;
-}
-
-bool frmDocument::autoFitSplit() {
-    return modGlobals::AutoSplit;
-}
-
-void frmDocument::setAutoFitSplit(bool on) {
-    modGlobals::AutoSplit = on;
-}
-
-void frmDocument::setClickToRename(bool on) {
-    for (frmDocument *w : std::as_const(g_windows)) {
-        w->m_doc.m_bLabelEditAutomatic = on;
-        w->DocumentStateChanged();
-    }
-}
-
-const QList<frmDocument *> &frmDocument::windows() {
-    return g_windows;
-}
 
 frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     PROC("frmDocument Form_Load");
@@ -240,7 +210,6 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     m_doc.setView(this);
     m_doc.m_fntOutlineFont = clsFont();
     m_doc.m_fntTextFont = clsFont();
-    g_windows.append(this);
     if (!Documents::Active()) {
         Documents::SetActive(&m_doc);
     }
@@ -248,7 +217,6 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
 }
 
 frmDocument::~frmDocument() {
-    g_windows.removeAll(this);
     m_doc.setView(nullptr);
     // The model lets go of the tree before the document (and its tree) goes.
     m_pTree->setModel(nullptr);
@@ -268,11 +236,6 @@ bool frmDocument::busy() const {
     return g_bDocTransfer;
 }
 
-bool frmDocument::runCommand(const QString &command, const QString &menuItem) {
-    const auto &run = hooks().runCommand;
-    return run ? run(command, menuItem) : false;
-}
-
 // Twips.
 
 double frmDocument::twipsPerPixel() const {
@@ -288,132 +251,69 @@ double frmDocument::toTwips(int pixels) const {
     return pixels * twipsPerPixel();
 }
 
-double frmDocument::innerWidth() const {
+double frmDocument::InnerWidth() const {
     return toTwips(width());
 }
 
-double frmDocument::innerHeight() const {
+double frmDocument::InnerHeight() const {
     return toTwips(height());
 }
 
-double frmDocument::outlineWidth() const {
-    return m_fSplit;
-}
-
 double frmDocument::textLeft() const {
-    return m_fSplit + kTextOffset;
+    return m_fSplit + modSplit::kTextOffset;
 }
 
 double frmDocument::textWidth() const {
-    return std::max(0.0, innerWidth() - (m_fSplit + kWidthAllowance));
+    return std::max(0.0, InnerWidth() - (m_fSplit + modSplit::kWidthAllowance));
 }
 
-double frmDocument::gripLeft() const {
-    return toTwips(m_pGrip->x());
-}
+// The panes, for modSplit.
 
-double frmDocument::barLeft() const {
-    return toTwips(m_pBar->x());
-}
-
-// The splitter.
-
-void frmDocument::SplitCheckPosition(double &position) const {
-    if (position < kMargin) {
-        position = kMargin;
-    }
-    if (position > innerWidth() - kMargin) {
-        position = innerWidth() - kMargin;
-    }
-}
-
-void frmDocument::SplitSizeControls(double position) {
-    PROC("modSplit SplitSizeControls");
-    SplitCheckPosition(position);
-    m_fSplit = position;
+void frmDocument::PlacePanes(double outlineWidth, double gripLeft, double textLeft,
+                             double textWidth) {
+    m_fSplit = outlineWidth;
+    m_fGripTwips = gripLeft;
     const int h = height();
-    const int left = toPixels(position);
-    m_pTree->setGeometry(0, 0, std::max(0, left), h);
-    m_pGrip->setGeometry(left, 0, std::max(1, toPixels(kGripWidth)), h);
-    m_pBar->move(left, m_pBar->y());
-    m_pText->setGeometry(toPixels(position + kTextOffset), 0, toPixels(textWidth()), h);
+    m_pTree->setGeometry(0, 0, std::max(0, toPixels(outlineWidth)), h);
+    m_pGrip->setGeometry(toPixels(gripLeft), 0, std::max(1, toPixels(kGripWidth)), h);
+    m_pText->setGeometry(toPixels(textLeft), 0, toPixels(textWidth), h);
 }
 
-void frmDocument::SplitMoveStart() {
-    PROC("modSplit SplitMoveStart");
-    m_doc.m_fSplitPosition = static_cast<float>(m_fSplit);
-    m_fBarTwips = m_fSplit;
-    const int gripW = m_pGrip->width();
-    m_pBar->setGeometry(m_pGrip->x(), m_pGrip->y(), std::max(2, gripW / 2),
+void frmDocument::SetGripLeft(double left) {
+    m_fGripTwips = left;
+    m_pGrip->move(toPixels(left), m_pGrip->y());
+}
+
+void frmDocument::SetBarLeft(double left) {
+    m_fBarTwips = left;
+    m_pBar->move(toPixels(left), m_pBar->y());
+}
+
+void frmDocument::ShowBar() {
+    m_pBar->setGeometry(m_pGrip->x(), m_pGrip->y(), std::max(2, m_pGrip->width() / 2),
                         std::max(1, m_pGrip->height() - toPixels(20)));
     m_pBar->show();
     m_pBar->raise();
-    m_doc.m_bMovingSplit = true;
     m_pBar->setFocus(Qt::OtherFocusReason);
 }
 
-void frmDocument::SplitMove(double position) {
-    if (!m_doc.m_bMovingSplit) {
-        return;
-    }
-    SplitCheckPosition(position);
-    m_pBar->move(toPixels(position), m_pBar->y());
-    m_fBarTwips = position;
-}
-
-void frmDocument::SplitMoveEnd() {
-    if (!m_doc.m_bMovingSplit) {
-        return;
-    }
-    m_doc.m_bMovingSplit = false;
-    SplitSizeControls(m_fBarTwips);
+void frmDocument::HideBar() {
     m_pBar->hide();
 }
 
-void frmDocument::SplitMoveCancel() {
-    if (!m_doc.m_bMovingSplit) {
-        return;
-    }
-    m_doc.m_bMovingSplit = false;
-    m_pGrip->move(toPixels(m_doc.m_fSplitPosition), m_pGrip->y());
-    m_pBar->hide();
-}
-
-// The View menu's layout commands.
-
-void frmDocument::ViewInitialise() {
-    SplitSizeControls((textWidth() + outlineWidth()) / 2);
-}
-
-void frmDocument::ViewEqualiseLeftAndRight() {
-    ViewInitialise();
-}
-
-void frmDocument::ViewMaximiseLeft() {
-    SplitSizeControls(innerWidth());
-}
-
-void frmDocument::ViewMaximiseRight() {
-    SplitSizeControls(0);
-}
-
-void frmDocument::ViewMoveSplit() {
-    SplitMoveStart();
-}
-
-void frmDocument::ViewGoToOutline() {
+void frmDocument::FocusOutline() {
     if (m_pTree->isEnabled()) {
         m_pTree->setFocus(Qt::OtherFocusReason);
     }
 }
 
-void frmDocument::ViewGoToText() {
+void frmDocument::FocusText() {
     if (m_pText->isEnabled()) {
         m_pText->setFocus(Qt::OtherFocusReason);
     }
 }
 
-double frmDocument::requiredOutlineWidth() const {
+double frmDocument::RequiredOutlineWidth() const {
     const QScrollBar *vbar = m_pTree->verticalScrollBar();
     const bool barShown = vbar && vbar->isVisible();
     // The fit runs after every click; the showing labels rarely change between two clicks.
@@ -463,21 +363,6 @@ double frmDocument::requiredOutlineWidth() const {
     return m_fitCache.width;
 }
 
-void frmDocument::ViewFitSplit() {
-    modMain::Guarded([&] {
-        PROC("modView ViewFitSplit");
-        const double needed = requiredOutlineWidth();
-        double width = -kFitStep;
-        double previous;
-        do {
-            previous = width;
-            width += kFitStep;
-            SplitCheckPosition(width);
-        } while (needed > width && width != previous);
-        SplitSizeControls(width);
-    });
-}
-
 // DocumentView.
 
 void frmDocument::SetOutlineVisible(bool visible) {
@@ -505,22 +390,33 @@ void frmDocument::StartLabelEdit(Node *node) {
 }
 
 void frmDocument::ViewAutoFitSplit() {
-    if (busy() || !modGlobals::AutoSplit || g_iActionDepth > 0) {
-        return;
-    }
-    ViewFitSplit();
+    modView::ViewAutoFitSplit(*this);
 }
 
 void frmDocument::UpdateStatusBar(Node *node) {
-    if (const auto &f = hooks().updateStatusBar) {
-        f(this, node);
+    if (!busy() && node) {
+        modMain::UpdateStatusBarText(node->Text());
     }
 }
 
 void frmDocument::MenuEnableDynamic() {
-    if (const auto &f = hooks().menuEnableDynamic) {
-        f();
+    modMain::Host().RefreshCommands(false);
+}
+
+void frmDocument::ActivateWindow() {
+    Documents::SetActive(&m_doc);
+    if (auto *sub = qobject_cast<QMdiSubWindow *>(parentWidget())) {
+        if (QMdiArea *area = sub->mdiArea()) {
+            area->setActiveSubWindow(sub);
+        }
+    } else {
+        activateWindow();
     }
+}
+
+bool frmDocument::CloseWindow() {
+    QWidget *frame = qobject_cast<QMdiSubWindow *>(parentWidget());
+    return frame ? frame->close() : close();
 }
 
 // Keeping the view in step with the tree.
@@ -674,128 +570,60 @@ bool frmDocument::Form_KeyDown(QKeyEvent *event) {
 
     if (m_doc.m_bMovingSplit) {
         if (key == Qt::Key_Left && mods == Qt::NoModifier) {
-            SplitMove(m_fBarTwips - kKeyboardStep);
+            modSplit::SplitMove(*this, m_fBarTwips - modSplit::kKeyboardStep);
             return true;
         }
         if (key == Qt::Key_Right && mods == Qt::NoModifier) {
-            SplitMove(m_fBarTwips + kKeyboardStep);
+            modSplit::SplitMove(*this, m_fBarTwips + modSplit::kKeyboardStep);
             return true;
         }
         if (key == Qt::Key_Escape) {
-            SplitMoveCancel();
+            modSplit::SplitMoveCancel(*this);
             return true;
         }
-        SplitMoveEnd();
+        modSplit::SplitMoveEnd(*this);
     }
-
-    if (mods == Qt::NoModifier) {
-        const bool keypad = event->modifiers() & Qt::KeypadModifier;
-        switch (key) {
-        case Qt::Key_Return:
-        case Qt::Key_Enter:
-            SplitMoveEnd();
-            return false;
-        case Qt::Key_Plus:
-            if (!keypad) {
-                return false;
-            }
-            runCommand(QStringLiteral("OutlineExpand"), QStringLiteral("mnuOutlineExpand"));
-            return true;
-        case Qt::Key_Minus:
-            if (!keypad) {
-                return false;
-            }
-            runCommand(QStringLiteral("OutlineCollapse"), QStringLiteral("mnuOutlineCollapse"));
-            return true;
-        case Qt::Key_F2:
-            if (!runCommand(QStringLiteral("OutlineRename"), QStringLiteral("mnuOutlineRename")) &&
-                !hooks().runCommand && !m_doc.bReadOnly) {
-                // Without a main window the rename is the label edit of the selected entry.
-                StartLabelEdit(m_doc.trvOutline().SelectedItem());
-            }
-            return true;
-        default:
-            return false;
-        }
-    }
-
-    if (mods == Qt::AltModifier) {
-        static const struct {
-            int key;
-            const char *command;
-        } altKeys[] = {
-            {Qt::Key_A, "OutlineInsertAbove"},  {Qt::Key_B, "OutlineInsertBelow"},
-            {Qt::Key_I, "OutlineInsertChild"},  {Qt::Key_C, "OutlineCopy"},
-            {Qt::Key_P, "OutlinePaste"},        {Qt::Key_T, "OutlineTaggedEntry"},
-            {Qt::Key_Right, "OutlineIndent"},   {Qt::Key_Left, "OutlineUnindent"},
-            {Qt::Key_Up, "OutlineMoveUp"},      {Qt::Key_Down, "OutlineMoveDown"},
-            {Qt::Key_Home, "OutlineMoveFirst"}, {Qt::Key_End, "OutlineMoveLast"},
-            {Qt::Key_Delete, "OutlineDelete"},
-        };
-        for (const auto &k : altKeys) {
-            if (k.key == key) {
-                const QString command = QString::fromLatin1(k.command);
-                runCommand(command, QStringLiteral("mnu") + command);
-                return true;
-            }
-        }
+    if (mods == Qt::NoModifier && (key == Qt::Key_Return || key == Qt::Key_Enter)) {
+        modSplit::SplitMoveEnd(*this);
         return false;
     }
-
-    if (mods == Qt::ControlModifier) {
-        switch (key) {
-        case Qt::Key_D:
-            runCommand(QStringLiteral("EditInsertShortDate"),
-                       QStringLiteral("mnuEditInsertShortDate"));
-            return true;
-        case Qt::Key_M:
-            runCommand(QStringLiteral("EditInsertTime"), QStringLiteral("mnuEditInsertTime"));
-            return true;
-        case Qt::Key_F6:
-            activateNextDocument();
-            return true;
-        default:
-            return false;
-        }
+    if (mods == Qt::ControlModifier && key == Qt::Key_F6) {
+        activateNextDocument();
+        return true;
     }
-
-    if (mods == (Qt::ControlModifier | Qt::ShiftModifier)) {
-        // Both keys pass False: the key is dropped before they are told apart.
-        if (key == Qt::Key_Comma || key == Qt::Key_Period || key == Qt::Key_Less ||
-            key == Qt::Key_Greater) {
-            if (m_pText->textCursor().hasSelection()) {
-                runCommand(QStringLiteral("ChangeSelectedFontSize False"), QString());
-            }
-            return true;
+    // The keys of the command table.
+    if (modMain::Host().WindowKey(event->keyCombination())) {
+        return true;
+    }
+    if (mods == Qt::NoModifier && key == Qt::Key_F2) {
+        // Without a main window the rename is the label edit of the selected entry.
+        if (!m_doc.bReadOnly) {
+            StartLabelEdit(m_doc.trvOutline().SelectedItem());
         }
+        return true;
     }
     return false;
 }
 
 void frmDocument::activateNextDocument() {
     PROC("frmDocument activateNextDocument");
-    const qsizetype self = g_windows.indexOf(this);
-    frmDocument *next = nullptr;
-    for (qsizetype i = self + 1; i < g_windows.size() && !next; ++i) {
-        next = g_windows[i];
+    // The next document after this one that has a window, wrapping round.
+    const std::vector<Document *> &all = Documents::All();
+    const auto self = std::find(all.begin(), all.end(), &m_doc);
+    DocumentView *next = nullptr;
+    for (auto it = self == all.end() ? all.begin() : self + 1; it != all.end() && !next; ++it) {
+        next = (*it)->m_bClosing ? nullptr : (*it)->view();
     }
-    for (qsizetype i = 0; i < g_windows.size() && !next; ++i) {
-        if (g_windows[i] != this) {
-            next = g_windows[i];
-        }
+    for (auto it = all.begin(); it != self && it != all.end() && !next; ++it) {
+        next = (*it)->m_bClosing ? nullptr : (*it)->view();
     }
-    if (!next) {
+    if (!next || next == this) {
         return;
     }
-    Documents::SetActive(&next->m_doc);
-    if (auto *sub = qobject_cast<QMdiSubWindow *>(next->parentWidget())) {
-        if (QMdiArea *area = sub->mdiArea()) {
-            area->setActiveSubWindow(sub);
-        }
-    } else {
-        next->activateWindow();
+    next->ActivateWindow();
+    if (auto *window = dynamic_cast<frmDocument *>(next)) {
+        window->Form_Activate();
     }
-    next->Form_Activate();
 }
 
 bool frmDocument::Form_QueryUnload() {
@@ -818,12 +646,12 @@ void frmDocument::DocumentStateChanged() {
 void frmDocument::resizeEvent(QResizeEvent *event) {
     QWidget::resizeEvent(event);
     if (!m_bLaidOut) {
-        SplitSizeControls(kMargin);
-        ViewInitialise();
+        modSplit::SplitSizeControls(*this, modSplit::kMargin);
+        modView::ViewInitialise(*this);
         m_bLaidOut = true;
         return;
     }
-    SplitSizeControls(m_fSplit);
+    modSplit::SplitSizeControls(*this, m_fSplit);
 }
 
 void frmDocument::showEvent(QShowEvent *event) {
@@ -832,7 +660,7 @@ void frmDocument::showEvent(QShowEvent *event) {
 }
 
 void frmDocument::closeEvent(QCloseEvent *event) {
-    if (m_bUnloaded) {
+    if (m_doc.m_bClosing) {
         event->accept();
         return;
     }
@@ -841,11 +669,7 @@ void frmDocument::closeEvent(QCloseEvent *event) {
         return;
     }
     event->accept();
-    m_bUnloaded = true;
-    if (Documents::Active() == &m_doc) {
-        Documents::SetActive(nullptr);
-    }
-    modFile::DocumentUnloaded();
+    modFile::DocumentUnloaded(m_doc);
 }
 
 bool frmDocument::eventFilter(QObject *watched, QEvent *event) {
@@ -866,31 +690,31 @@ bool frmDocument::eventFilter(QObject *watched, QEvent *event) {
         break;
     case QEvent::FocusOut:
         if (watched == m_pBar && m_doc.m_bMovingSplit) {
-            SplitMoveEnd();
+            modSplit::SplitMoveEnd(*this);
         }
         break;
     case QEvent::MouseButtonPress:
         if (watched == m_pGrip && static_cast<QMouseEvent *>(event)->button() == Qt::LeftButton) {
-            SplitMoveStart();
+            modSplit::SplitMoveStart(*this);
             return true;
         }
         break;
     case QEvent::MouseMove:
         if (watched == m_pGrip) {
             const auto *me = static_cast<QMouseEvent *>(event);
-            SplitMove(toTwips(m_pGrip->mapTo(this, me->position().toPoint()).x()));
+            modSplit::SplitMove(*this, toTwips(m_pGrip->mapTo(this, me->position().toPoint()).x()));
             return true;
         }
         break;
     case QEvent::MouseButtonRelease:
         if (watched == m_pGrip) {
-            SplitMoveEnd();
+            modSplit::SplitMoveEnd(*this);
             return true;
         }
         break;
     case QEvent::MouseButtonDblClick:
         if (watched == m_pGrip) {
-            ViewFitSplit();
+            modView::ViewFitSplit(*this);
             return true;
         }
         break;

@@ -1,13 +1,12 @@
 #pragma once
 
-#include "document/Document.h"
+#include "editor/modSplit.h"
 
 #include <QPointer>
 #include <QWidget>
 
 #include <QFont>
 
-#include <functional>
 #include <unordered_map>
 #include <utility>
 
@@ -24,34 +23,15 @@ class QKeyEvent;
 // One open document: the outline on the left, the selected entry's text on the right and the
 // splitter between them. The window owns its Document and is that document's view.
 // Splitter positions and widths are in twips (1440 per inch at the screen's logical DPI).
-class frmDocument : public QWidget, public DocumentView {
+class frmDocument : public QWidget, public DocumentWindow {
     Q_OBJECT
 public:
-    // What the window needs of the main window; each hook may be left empty.
-    struct Hooks {
-        // Runs a command for a shortcut: the command procedure's name and the menu item whose
-        // enabled state governs it (empty when none). Returns whether the command ran.
-        std::function<bool(const QString &command, const QString &menuItem)> runCommand;
-        std::function<void(frmDocument *window, Node *node)> updateStatusBar;
-        std::function<void()> menuEnableDynamic;
-    };
-    static Hooks &hooks();
-
-    // The AutoSplit setting, shared by every document window.
-    static bool autoFitSplit();
-    static void setAutoFitSplit(bool on);
-    // The AutoLabelEdit setting: a click on the selected entry starts editing its label.
-    static void setClickToRename(bool on);
-
-    // Document windows in the order they were opened.
-    static const QList<frmDocument *> &windows();
-
     explicit frmDocument(QWidget *parent = nullptr);
     ~frmDocument() override;
 
     QSize sizeHint() const override { return {640, 420}; }
 
-    Document &document() { return m_doc; }
+    Document &document() override { return m_doc; }
     OutlineModel *model() const { return m_pModel; }
     QTreeView *trvOutline() const;
     QTextEdit *txtRTF() const { return m_pText; }
@@ -63,33 +43,8 @@ public:
     double twipsPerPixel() const;
     int toPixels(double twips) const;
     double toTwips(int pixels) const;
-    double innerWidth() const;  // twips
-    double innerHeight() const; // twips
-    double outlineWidth() const;
     double textLeft() const;
     double textWidth() const;
-    double gripLeft() const;
-    double barLeft() const;
-
-    // The splitter.
-    void SplitCheckPosition(double &position) const;
-    void SplitSizeControls(double position);
-    void SplitMoveStart();
-    void SplitMove(double position);
-    void SplitMoveEnd();
-    void SplitMoveCancel();
-
-    // The layout commands of the View menu, on this window.
-    void ViewInitialise();
-    void ViewEqualiseLeftAndRight();
-    void ViewMaximiseLeft();
-    void ViewMaximiseRight();
-    void ViewMoveSplit();
-    void ViewGoToOutline();
-    void ViewGoToText();
-    void ViewFitSplit();
-    // The width (twips) that the showing labels need, with indentation, icon and scroll bar.
-    double requiredOutlineWidth() const;
 
     // The window's keyboard shortcuts; true when the key was consumed.
     bool Form_KeyDown(QKeyEvent *event);
@@ -98,7 +53,7 @@ public:
     // The closing question; true when the window may close.
     bool Form_QueryUnload();
     // True once the window has agreed to close (it goes at the next turn of the event loop).
-    bool unloaded() const { return m_bUnloaded; }
+    bool unloaded() const { return m_doc.m_bClosing; }
     // Activates the next document window after this one (Ctrl+F6).
     void activateNextDocument();
 
@@ -109,6 +64,24 @@ public:
     void UpdateStatusBar(Node *node) override;
     void MenuEnableDynamic() override;
     void DocumentStateChanged() override;
+    void ActivateWindow() override;
+    bool CloseWindow() override;
+
+    // DocumentWindow
+    double InnerWidth() const override;
+    double InnerHeight() const override;
+    void PlacePanes(double outlineWidth, double gripLeft, double textLeft,
+                    double textWidth) override;
+    double OutlineWidth() const override { return m_fSplit; }
+    double GripLeft() const override { return m_fGripTwips; }
+    void SetGripLeft(double left) override;
+    double BarLeft() const override { return m_fBarTwips; }
+    void SetBarLeft(double left) override;
+    void ShowBar() override;
+    void HideBar() override;
+    double RequiredOutlineWidth() const override;
+    void FocusOutline() override;
+    void FocusText() override;
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -129,7 +102,6 @@ private:
     void onNodeSelected(const QModelIndex &index);
     void onEnsureVisible(const QModelIndex &index);
     void onBatchEnded();
-    bool runCommand(const QString &command, const QString &menuItem);
     bool busy() const;
 
     Document m_doc;
@@ -140,10 +112,10 @@ private:
     RichTextBuffer *m_pBuffer = nullptr; // owned by the document as its text pane
     QWidget *m_pGrip = nullptr;
     QFrame *m_pBar = nullptr;
-    double m_fSplit = 1500;    // current splitter position (twips)
-    double m_fBarTwips = 1500; // the moving bar's position (twips)
+    double m_fSplit = 1500;     // current splitter position: the outline's width (twips)
+    double m_fGripTwips = 1500; // the grip's position (twips)
+    double m_fBarTwips = 1500;  // the moving bar's position (twips)
     bool m_bLaidOut = false;
-    bool m_bUnloaded = false; // the closing question was answered and the window is going
     bool m_bSyncing = false;  // the view is being put in step with the tree
     NodeRef m_nodPendingEdit; // label edit asked for during a batch
     // The measurement behind the splitter fitting, kept while the showing labels stay the same.

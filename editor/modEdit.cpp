@@ -1,6 +1,6 @@
 #include "editor/modEdit.h"
 
-#include "app/MainWindowHost.h"
+#include "util/MainWindowHost.h"
 #include "document/Clipboard.h"
 #include "document/Document.h"
 #include "editor/modFont.h"

@@ -1,8 +1,8 @@
 #include "editor/modFont.h"
 
 #include "document/Document.h"
-#include "editor/clsFont.h"
 #include "richtext/RichTextBuffer.h"
+#include "richtext/clsFont.h"
 #include "util/ErrorLog.h"
 
 #include <cmath>
@@ -11,12 +11,11 @@ namespace modFont {
 
 namespace {
 
-FontDialogHandler g_dialog;
 // The one dialog of the program keeps its values between uses.
 FontDialogValues g_dlg;
 
 bool ShowFont() {
-    return g_dialog && g_dialog(g_dlg);
+    return modMain::Host().ChooseFont(g_dlg);
 }
 
 // Offers a font to the dialog; with onlySet, an unset name or size keeps the dialog's own.
@@ -67,8 +66,17 @@ QFont FontOf(const FontDialogValues &values, QFont base) {
     return base;
 }
 
-void SetFontDialogHandler(FontDialogHandler handler) {
-    g_dialog = std::move(handler);
+clsFont g_fntOutlineFont;
+clsFont g_fntTextFont;
+clsFont g_fntCurrentFont;
+clsFont g_fntDocumentFont;
+
+void CreateFontRecords() {
+    PROC("modGlobals CreateFontRecords");
+    g_fntOutlineFont = clsFont();
+    g_fntTextFont = clsFont();
+    g_fntCurrentFont = clsFont();
+    g_fntDocumentFont = clsFont();
 }
 
 bool ChangeFontDetails(clsFont &font) {

@@ -1,41 +1,35 @@
 #pragma once
 
-#include <QColor>
+#include "richtext/clsFont.h"
+#include "util/MainWindowHost.h"
+
 #include <QFont>
 #include <QString>
 
-#include <functional>
-#include <optional>
-
-class clsFont;
 class RichTextBuffer;
 
 // The font commands: the font dialog applied to a font record, to the outline of the active
 // document, to a text pane's base font or selection, and the one-step size keys.
 namespace modFont {
 
-// What the one font dialog of the program shows and returns. A value left unset before the
-// dialog keeps whatever the dialog last held.
-struct FontDialogValues {
-    QString FontName;
-    double FontSize = 0; // points
-    bool FontBold = false;
-    bool FontItalic = false;
-    bool FontUnderline = false;
-    bool FontStrikethru = false;
-    std::optional<QColor> Color; // the selection's colour, when the dialog is asked for it
-};
+using modMain::FontDialogValues;
+
+// The four font records, created at start-up. The first two are kept in the settings: the outline
+// font and the text font every new document starts with. The other two are working records of
+// the font commands.
+extern clsFont g_fntOutlineFont;
+extern clsFont g_fntTextFont;
+extern clsFont g_fntCurrentFont;
+extern clsFont g_fntDocumentFont;
+// Resets the font records to empty descriptions (start of a session).
+void CreateFontRecords();
 
 // The font the values describe: the base font with the name (when set), the size (when set)
 // and the four styles of the values.
 QFont FontOf(const FontDialogValues &values, QFont base = QFont());
 
-// Shows the dialog: true when confirmed (the values then hold the choice), false when cancelled.
-// Without a handler every dialog is cancelled.
-using FontDialogHandler = std::function<bool(FontDialogValues &values)>;
-void SetFontDialogHandler(FontDialogHandler handler);
-
-// Each returns true when the user confirmed the dialog.
+// The font dialog (the main window's) applied to a record, a pane or a selection. Each returns
+// true when the user confirmed the dialog.
 bool ChangeFontDetails(clsFont &font);
 bool ChangeTreeviewFont(clsFont &font);
 bool ChangeRTFFont(RichTextBuffer &pane);

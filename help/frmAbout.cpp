@@ -1,8 +1,8 @@
 #include "help/frmAbout.h"
 
-#include "app/ToolbarIcons.h"
 #include "util/ErrorLog.h"
 
+#include <QApplication>
 #include <QFrame>
 #include <QGridLayout>
 #include <QLabel>
@@ -25,7 +25,8 @@ frmAbout::frmAbout(bool splash, QWidget *parent) : QDialog(parent) {
     grid->setHorizontalSpacing(20);
     picIcon = new QLabel(this);
     picIcon->setObjectName(u"picIcon"_s);
-    picIcon->setPixmap(ApplicationIcon().pixmap(64, 64));
+    // The application's icon, which start-up sets.
+    picIcon->setPixmap(QApplication::windowIcon().pixmap(64, 64));
     picIcon->setAlignment(Qt::AlignTop);
     grid->addWidget(picIcon, 0, 0, 2, 1);
     auto *column = new QVBoxLayout;

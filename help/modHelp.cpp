@@ -1,10 +1,10 @@
 #include "help/modHelp.h"
 
-#include "app/MainWindowHost.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modFile.h"
 #include "util/ErrorLog.h"
+#include "util/MainWindowHost.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -102,9 +102,7 @@ void HelpWhatsThis() {
 
 void HelpAbout() {
     PROC("modHelp HelpAbout");
-    if (modMain::MainWindowHost *frm = modMain::MainWindow()) {
-        frm->ShowAbout();
-    }
+    modMain::Host().ShowAbout();
 }
 
 void LoadHelpMVDFile() {

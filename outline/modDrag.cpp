@@ -1,15 +1,16 @@
 #include "outline/modDrag.h"
 
 #include "document/Document.h"
-#include "outline/BusyPointer.h"
 #include "outline/modNodes.h"
 #include "outline/modOutline.h"
 #include "util/ErrorLog.h"
+#include "util/MainWindowHost.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
 
 #include <cmath>
+#include <span>
 #include <utility>
 
 using modMain::Guarded;
@@ -26,15 +27,50 @@ int g_iDragButton = kLeftButton;
 
 namespace {
 
-ConfirmPopup &confirmPopup() {
-    static ConfirmPopup popup;
-    return popup;
-}
+struct ConfirmItem {
+    const char *name;
+    bool ConfirmMenu::*available;
+    ConfirmChoice choice;
+};
 
+// The items of the two confirmation menus (the main window's pop-up menus "mnuConfirm" and
+// "mnuConfirmIndent") that record a choice; Cancel is always available.
+const ConfirmItem kPlaceItems[] = {
+    {"mnuConfirmCopyPrevious", &ConfirmMenu::copyPrevious, ConfirmChoice::CopyPrevious},
+    {"mnuConfirmCopyNext", &ConfirmMenu::copyNext, ConfirmChoice::CopyNext},
+    {"mnuConfirmCopyChild", &ConfirmMenu::copyChild, ConfirmChoice::CopyChild},
+    {"mnuConfirmMovePrevious", &ConfirmMenu::movePrevious, ConfirmChoice::MovePrevious},
+    {"mnuConfirmMoveNext", &ConfirmMenu::moveNext, ConfirmChoice::MoveNext},
+    {"mnuConfirmMoveChild", &ConfirmMenu::moveChild, ConfirmChoice::MoveChild},
+    {"mnuConfirmCancel", nullptr, ConfirmChoice::Cancel},
+};
+const ConfirmItem kIndentItems[] = {
+    {"mnuConfirmIndentRight", &ConfirmMenu::indentRight, ConfirmChoice::IndentRight},
+    {"mnuConfirmIndentLeft", &ConfirmMenu::indentLeft, ConfirmChoice::IndentLeft},
+    {"mnuConfirmIndentCancel", nullptr, ConfirmChoice::Cancel},
+};
+
+// Shows the menu that fits the drop (the main window's, modal) and records the choice; no choice
+// cancels.
 void askConfirmation(const ConfirmMenu &menu) {
-    if (const ConfirmPopup &popup = confirmPopup()) {
-        popup(menu);
+    const bool indent = menu.indentLeft || menu.indentRight;
+    const auto &items = indent ? std::span<const ConfirmItem>(kIndentItems)
+                               : std::span<const ConfirmItem>(kPlaceItems);
+    QStringList available;
+    for (const ConfirmItem &i : items) {
+        if (!i.available || menu.*(i.available)) {
+            available.append(QString::fromLatin1(i.name));
+        }
     }
+    const QString chosen = modMain::Host().PopupMenu(
+        indent ? QStringLiteral("mnuConfirmIndent") : QStringLiteral("mnuConfirm"), available);
+    for (const ConfirmItem &i : items) {
+        if (chosen == QLatin1String(i.name) && available.contains(chosen)) {
+            Confirm(i.choice);
+            return;
+        }
+    }
+    Confirm(ConfirmChoice::Cancel);
 }
 
 void letPendingEventsRun() {
@@ -245,10 +281,6 @@ void Confirm(ConfirmChoice choice) {
     case ConfirmChoice::Cancel:
         break;
     }
-}
-
-void SetConfirmPopup(ConfirmPopup popup) {
-    confirmPopup() = std::move(popup);
 }
 
 void DragPress(Document *document, Node *hit, int button) {

@@ -5,8 +5,6 @@
 #include <QPointF>
 #include <QString>
 
-#include <functional>
-
 class Document;
 
 // Dragging entries inside the outline pane: the drag state, the rules that decide where a
@@ -93,10 +91,8 @@ enum class ConfirmChoice {
 // What a popup item does to the drag state.
 void Confirm(ConfirmChoice choice);
 
-// The window's popup: shows the menu at the drop point, modal, and reports the user's choice
-// through Confirm before it returns. Without one, a right-button drop is cancelled.
-using ConfirmPopup = std::function<void(const ConfirmMenu &menu)>;
-void SetConfirmPopup(ConfirmPopup popup);
+// A right-button drop asks the main window's pop-up menu (MainWindowHost::PopupMenu) and reports
+// the choice through Confirm; without a main window it is cancelled.
 
 // ---- The mouse, as the pane reports it ----
 

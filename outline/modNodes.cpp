@@ -1,8 +1,8 @@
 #include "outline/modNodes.h"
 
 #include "document/Document.h"
-#include "editor/clsFont.h"
 #include "outline/modCompress.h"
+#include "richtext/clsFont.h"
 #include "util/ErrorLog.h"
 
 #include <algorithm>

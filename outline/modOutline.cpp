@@ -1,11 +1,10 @@
 #include "outline/modOutline.h"
 
-#include "app/MainWindowHost.h"
 #include "document/Document.h"
-#include "editor/clsFont.h"
-#include "outline/BusyPointer.h"
 #include "outline/modNodes.h"
+#include "richtext/clsFont.h"
 #include "util/ErrorLog.h"
+#include "util/MainWindowHost.h"
 
 #include <unordered_set>
 #include <utility>
@@ -18,11 +17,6 @@ namespace modOutline {
 NodeRef g_nodCopied;
 
 namespace {
-
-OutlineFontChooser &fontChooser() {
-    static OutlineFontChooser chooser;
-    return chooser;
-}
 
 // The common frame of a command: the active document (none: nothing to do), the busy pointer
 // for the whole run, and the changed mark first when the command makes one.
@@ -531,15 +525,11 @@ void OutlineExpandToLevel(int level) {
 
 // ---- Font ----------------------------------------------------------------------------------
 
-void SetOutlineFontChooser(OutlineFontChooser chooser) {
-    fontChooser() = std::move(chooser);
-}
-
-void OutlineFont() {
-    Guarded([] {
+void OutlineFont(bool (*choose)(clsFont &font)) {
+    Guarded([choose] {
         PROC("modOutline OutlineFont");
-        onActiveDocument(true, [](Document *doc) {
-            if (const OutlineFontChooser &choose = fontChooser()) {
+        onActiveDocument(true, [choose](Document *doc) {
+            if (choose) {
                 choose(doc->m_fntOutlineFont);
             }
         });

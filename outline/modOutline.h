@@ -2,7 +2,6 @@
 
 #include "outline/Node.h"
 
-#include <functional>
 #include <vector>
 
 class Document;
@@ -48,11 +47,9 @@ void OutlineExpandAll();
 void OutlineCollapseAll();
 void OutlineExpandToLevel(int level);
 
-// Opens the outline-font choice for the document's outline font. The choice itself (a font
-// dialog) belongs to the window, which installs it; it returns true when the user confirmed.
-using OutlineFontChooser = std::function<bool(clsFont &font)>;
-void SetOutlineFontChooser(OutlineFontChooser chooser);
-void OutlineFont();
+// Opens the outline-font choice for the document's outline font: `choose` (the font commands'
+// dialog for an outline) returns true when the user confirmed.
+void OutlineFont(bool (*choose)(clsFont &font));
 
 // The topmost tagged entries of the tree other than the root, in collection order: a tagged
 // entry inside the subtree of another tagged entry is left out.

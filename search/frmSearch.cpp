@@ -1,7 +1,7 @@
 #include "search/frmSearch.h"
 
 #include "app/modSettings.h"
-#include "outline/BusyPointer.h"
+#include "util/MainWindowHost.h"
 #include "search/modSearch.h"
 #include "util/ErrorLog.h"
 #include "util/modString.h"

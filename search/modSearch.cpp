@@ -1,8 +1,8 @@
 #include "search/modSearch.h"
 
-#include "app/MainWindowHost.h"
+#include "util/MainWindowHost.h"
 #include "document/Document.h"
-#include "outline/BusyPointer.h"
+#include "util/MainWindowHost.h"
 #include "outline/modNodes.h"
 #include "richtext/RichTextBuffer.h"
 #include "search/EntryTextScan.h"

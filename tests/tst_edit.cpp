@@ -1,13 +1,16 @@
 // The Edit commands on the text pane of a headless document: case rules, attribute toggles,
 // indents, the clipboard (a fake one) and the undo history. Texts are written with "*" around
 // bold runs.
-#include "app/MainWindowHost.h"
 #include "document/Clipboard.h"
 #include "document/Document.h"
 #include "editor/modEdit.h"
 #include "outline/modNodes.h"
 #include "richtext/RichTextBuffer.h"
 #include "support/DocTestSupport.h"
+#include "support/FakeMainWindow.h"
+#include "util/MainWindowHost.h"
+
+#include <memory>
 
 #include <QTextBlock>
 #include <QTextCursor>
@@ -102,11 +105,14 @@ struct Fixture {
 class TestEdit : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { modDocClipboard::SetClipboard(&m_clip); }
+    void init() {
+        modDocClipboard::SetClipboard(&m_clip);
+        m_frm = std::make_unique<FakeMainWindow>();
+    }
     void cleanup() {
         modDocClipboard::SetClipboard(nullptr);
         m_clip.Clear();
-        modMain::ClearMsgBoxAnswers();
+        m_frm.reset();
     }
     void textCommands_data();
     void textCommands();
@@ -119,6 +125,7 @@ private Q_SLOTS:
 
 private:
     FakeClipboard m_clip;
+    std::unique_ptr<FakeMainWindow> m_frm; // answers the questions, records what was asked
 };
 
 void TestEdit::textCommands_data() {
@@ -169,7 +176,7 @@ void TestEdit::textCommands() {
     Fixture f(text);
     f.select(start, length);
     if (answer) {
-        modMain::PushMsgBoxAnswer(modMain::MsgBoxResult(answer));
+        m_frm->Answers << modMain::MsgBoxResult(answer);
     }
     command();
     QCOMPARE(marked(*f.pane), expected);
@@ -180,7 +187,7 @@ void TestEdit::textCommands() {
     QCOMPARE(f.doc->m_bDataChanged, expected != text);
     QVERIFY(f.stored());
     if (answer) {
-        QCOMPARE(modMain::AskedMessages(),
+        QCOMPARE(m_frm->Asked,
                  QStringList{"Are you sure that you want to delete all the text for this entry?"});
         // The cleared text drops its formatting too: new text is plain.
         f.pane->SetSelText("x");
@@ -299,8 +306,8 @@ void TestEdit::undoSteps_data() {
         modEdit::EditSelectAll();
     };
     const Fn bullet = modEdit::EditFormatBullet;
-    const Fn clear = [] {
-        modMain::PushMsgBoxAnswer(modMain::vbYes);
+    const Fn clear = [this] {
+        m_frm->Answers << modMain::vbYes;
         modEdit::EditClearEntryText();
     };
     // clang-format off

@@ -1,9 +1,10 @@
 // The font commands with the dialog answered by the test: what reaches the dialog, what comes
 // back, cancelling, and the one-step size keys.
 #include "document/Document.h"
-#include "editor/clsFont.h"
 #include "editor/modFont.h"
 #include "richtext/RichTextBuffer.h"
+#include "richtext/clsFont.h"
+#include "support/FakeMainWindow.h"
 
 #include <QtTest>
 
@@ -12,23 +13,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// Answers the dialog: records what it was shown, then confirms with `answer` (or cancels).
-struct Dialog {
-    std::optional<modFont::FontDialogValues> answer;
-    QList<modFont::FontDialogValues> shown;
-    Dialog() {
-        modFont::SetFontDialogHandler([this](modFont::FontDialogValues &v) {
-            shown.append(v);
-            if (!answer) {
-                return false;
-            }
-            v = *answer;
-            return true;
-        });
-    }
-    ~Dialog() { modFont::SetFontDialogHandler({}); }
-};
 
 const QByteArray kMixed =
     "{\\rtf1\\ansi{\\fonttbl{\\f0 Serif;}}\\f0\\fs21 small \\fs40 large\\par }";
@@ -46,19 +30,19 @@ private slots:
 };
 
 void TestFonts::recordThroughDialog() {
-    Dialog dialog;
+    FakeMainWindow frm; // its font dialog cancels unless a choice is queued
     clsFont font;
     font.setName(u"Serif"_s);
     font.setSize(10.5);
     font.setItalic(true);
     // Cancelled: the record stays as it was.
     QVERIFY(!modFont::ChangeFontDetails(font));
-    QCOMPARE(dialog.shown[0].FontName, u"Serif"_s);
-    QCOMPARE(dialog.shown[0].FontSize, 10.5);
-    QVERIFY(dialog.shown[0].FontItalic);
+    QCOMPARE(frm.FontsShown[0].FontName, u"Serif"_s);
+    QCOMPARE(frm.FontsShown[0].FontSize, 10.5);
+    QVERIFY(frm.FontsShown[0].FontItalic);
     QCOMPARE(font.Name(), u"Serif"_s);
 
-    dialog.answer = modFont::FontDialogValues{u"Sans"_s, 12.25, true, false, true, true, {}};
+    frm.FontChoices << modFont::FontDialogValues{u"Sans"_s, 12.25, true, false, true, true, {}};
     QVERIFY(modFont::ChangeFontDetails(font));
     QCOMPARE(font.Name(), u"Sans"_s);
     QCOMPARE(font.Size(), 12.25);
@@ -66,11 +50,10 @@ void TestFonts::recordThroughDialog() {
 
     // The outline font offers an unset name or size as whatever the dialog last held.
     clsFont unset;
-    dialog.answer.reset();
     QVERIFY(!modFont::ChangeTreeviewFont(unset));
-    QCOMPARE(dialog.shown.last().FontName, u"Sans"_s);
-    QCOMPARE(dialog.shown.last().FontSize, 12.25);
-    QVERIFY(!dialog.shown.last().FontBold);
+    QCOMPARE(frm.FontsShown.last().FontName, u"Sans"_s);
+    QCOMPARE(frm.FontsShown.last().FontSize, 12.25);
+    QVERIFY(!frm.FontsShown.last().FontBold);
 }
 
 void TestFonts::sizeSteps_data() {
@@ -108,13 +91,14 @@ void TestFonts::currentFontChoosesSelectionOrWholeText() {
     doc.setTextPane(std::move(pane));
     Documents::SetActive(&doc);
     buffer->SetTextRTF(kMixed);
-    Dialog dialog;
-    dialog.answer = modFont::FontDialogValues{u"Mono"_s, 14, true, false, false, false, {}};
+    FakeMainWindow frm;
+    const modFont::FontDialogValues mono{u"Mono"_s, 14, true, false, false, false, {}};
+    frm.FontChoices = {mono, mono};
 
     // A selection: only its characters change, and the dialog starts from them.
     buffer->Select(0, 5);
     modFont::EditCurrentFont();
-    QCOMPARE(dialog.shown.last().FontSize, 10.5);
+    QCOMPARE(frm.FontsShown.last().FontSize, 10.5);
     QCOMPARE(buffer->SelFontName(), std::optional<QString>(u"Mono"_s));
     buffer->Select(6, 11);
     QCOMPARE(buffer->SelFontSize(), std::optional<double>(20));
@@ -137,8 +121,8 @@ void TestFonts::documentFontKeepsSelection() {
     Documents::SetActive(&doc);
     buffer->SetTextRTF(kMixed);
     buffer->Select(2, 4);
-    Dialog dialog;
-    dialog.answer = modFont::FontDialogValues{u"Mono"_s, 9, false, true, false, false, {}};
+    FakeMainWindow frm;
+    frm.FontChoices << modFont::FontDialogValues{u"Mono"_s, 9, false, true, false, false, {}};
     modFont::EditDocumentFont();
     QCOMPARE(doc.m_fntTextFont.Name(), u"Mono"_s);
     QCOMPARE(doc.m_fntTextFont.Size(), 9.0);

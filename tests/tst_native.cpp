@@ -6,9 +6,11 @@
 #include "outline/modNodes.h"
 #include "support/DocTestSupport.h"
 #include "support/FakeDocument.h"
+#include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
 #include "support/TreeText.h"
 #include "util/ErrorLog.h"
+#include "util/modGlobals.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -259,18 +261,18 @@ void TestNative::saveDispatchAndWarning_data() {
     QTest::addColumn<int>("answer");
     QTest::addColumn<bool>("asked");
     QTest::addColumn<QByteArray>("starts"); // "" when nothing is written
-    QTest::newRow("native") << "n.mvd" << false << int(modDoc::No) << false
+    QTest::newRow("native") << "n.mvd" << false << int(modMain::vbNo) << false
                             << QByteArray("{\\ttf_formatversion 1}");
     QTest::newRow("native upper case")
-        << "n.MVD" << false << int(modDoc::No) << false << QByteArray("{\\ttf_formatversion 1}");
+        << "n.MVD" << false << int(modMain::vbNo) << false << QByteArray("{\\ttf_formatversion 1}");
     QTest::newRow("TXT asks, yes")
-        << "n.TXT" << false << int(modDoc::Yes) << true << QByteArray("0 Projects\r\n");
+        << "n.TXT" << false << int(modMain::vbYes) << true << QByteArray("0 Projects\r\n");
     QTest::newRow("no extension asks, no")
-        << "notes" << false << int(modDoc::No) << true << QByteArray();
+        << "notes" << false << int(modMain::vbNo) << true << QByteArray();
     QTest::newRow("doc asks, cancel")
-        << "n.doc" << false << int(modDoc::Cancel) << true << QByteArray();
+        << "n.doc" << false << int(modMain::vbCancel) << true << QByteArray();
     QTest::newRow("one entry asks nothing")
-        << "n.txt" << true << int(modDoc::No) << false << QByteArray("0 Projects\r\n");
+        << "n.txt" << true << int(modMain::vbNo) << false << QByteArray("0 Projects\r\n");
 }
 
 void TestNative::saveDispatchAndWarning() {
@@ -285,15 +287,11 @@ void TestNative::saveDispatchAndWarning() {
     if (!oneEntry) {
         add(doc, root, "Garden");
     }
-    QString question;
-    modDoc::SetQuestionHandler([&](const QString &q) {
-        question = q;
-        return answer;
-    });
+    FakeMainWindow frm;
+    frm.Answers << modMain::MsgBoxResult(answer);
     const QString path = dir.filePath(name);
     const bool written = modDoc::DocSave(path);
-    modDoc::SetQuestionHandler({});
-    QCOMPARE(question, asked ? modDoc::TextFormatWarning() : QString());
+    QCOMPARE(frm.Asked, asked ? QStringList{modDoc::TextFormatWarning()} : QStringList());
     QCOMPARE(written, !starts.isEmpty());
     QCOMPARE(QFile::exists(path), !starts.isEmpty());
     if (written && !starts.contains("formatversion") && !oneEntry) {
@@ -315,7 +313,7 @@ void TestNative::backups() {
     QTemporaryDir dir;
     const QString path = dir.filePath("a.mvd");
     Document *doc = exampleDocument();
-    modDoc::SetBackupRule([] { return true; });
+    modGlobals::Backup = true;
     QVERIFY(modDoc::DocSave(path));
     const QByteArray first = ReadFileBytes(path);
     doc->trvOutline().Item(1)->setText("Renamed");
@@ -326,11 +324,10 @@ void TestNative::backups() {
     bool plain = true, backedUp = true;
     {
         ScopedFileSizeLimit limit(400);
-        modDoc::SetBackupRule({});
+        modGlobals::Backup = false;
         plain = modDoc::DocSaveDocument(*doc, path, true);
-        modDoc::SetBackupRule([] { return true; });
+        modGlobals::Backup = true;
         backedUp = modDoc::DocSaveDocument(*doc, path, true);
-        modDoc::SetBackupRule({});
     }
     QVERIFY(!plain);
     QVERIFY(!backedUp);
@@ -347,14 +344,13 @@ void TestNative::readOnlyFile() {
     WriteFileBytes(path, exampleFile());
     QFile::setPermissions(path, QFileDevice::ReadOwner);
     for (bool autoEdit : {true, false}) {
-        modDoc::SetAutoLabelEditRule([autoEdit] { return autoEdit; });
+        modGlobals::AutoLabelEdit = autoEdit;
         Document *doc = modDoc::DocLoad(path);
         QCOMPARE(doc->m_sCaption, path + " (read-only)");
         QVERIFY(doc->bReadOnly);
         QVERIFY(doc->m_bTextLocked);
         QCOMPARE(doc->m_bLabelEditAutomatic, autoEdit); // the setting wins over read-only
     }
-    modDoc::SetAutoLabelEditRule({});
     QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
 }
 

@@ -1,15 +1,17 @@
 // The outline commands and dragged entries: inserts, deletes with each answer, copy and paste,
 // tags, moves with their climbing rules, indent and unindent, sorting once, expansion levels,
 // the drop rules and drops with each placement.
-#include "app/MainWindowHost.h"
+#include "app/modMain.h"
 #include "document/Document.h"
 #include "outline/modDrag.h"
 #include "outline/modNodes.h"
 #include "outline/modOutline.h"
 #include "support/FakeDocument.h"
+#include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
 #include "support/TreeText.h"
 #include "util/ErrorLog.h"
+#include "util/MainWindowHost.h"
 
 #include <QGuiApplication>
 #include <QtTest>
@@ -48,25 +50,6 @@ const std::map<QString, Command> &commands() {
     };
     return table;
 }
-
-// Answers every question with a fixed answer and records what was asked.
-struct Questions {
-    int answer = modMain::vbCancel;
-    QStringList texts;
-    QList<int> buttons, icons;
-    bool busyWhileAsked = false;
-    Questions() {
-        modMain::SetMsgBoxHandler([this](const QString &text, int b, int icon) {
-            texts << text;
-            buttons << b;
-            icons << icon;
-            const QCursor *c = QGuiApplication::overrideCursor();
-            busyWhileAsked = c && c->shape() == Qt::WaitCursor;
-            return answer;
-        });
-    }
-    ~Questions() { modMain::SetMsgBoxHandler({}); }
-};
 
 } // namespace
 
@@ -167,23 +150,23 @@ void TestOutline::deletes() {
     for (const QString &t : tags.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
         NodeTagOn(entry(t));
     }
-    Questions q;
-    q.answer = answer == QLatin1String("yes")  ? modMain::vbYes
-               : answer == QLatin1String("no") ? modMain::vbNo
-                                               : modMain::vbCancel;
+    FakeMainWindow q;
+    q.Answers << (answer == QLatin1String("yes")  ? modMain::vbYes
+                  : answer == QLatin1String("no") ? modMain::vbNo
+                                                  : modMain::vbCancel);
     select(selected);
     if (tags.isEmpty()) {
         OutlineDelete();
-        QCOMPARE(q.texts,
+        QCOMPARE(q.Asked,
                  QStringList{"Do you really want to delete the entry '" + selected + "'?"});
-        QCOMPARE(q.buttons, QList<int>{modMain::vbYesNoCancel});
+        QCOMPARE(q.AskedButtons, QList<int>{modMain::vbYesNoCancel});
     } else {
         OutlineDeleteTaggedEntries();
-        QCOMPARE(q.texts, QStringList{"Do you really want to delete the tagged entries, including "
+        QCOMPARE(q.Asked, QStringList{"Do you really want to delete the tagged entries, including "
                                       "any children?"});
-        QVERIFY(q.busyWhileAsked);
+        QCOMPARE(q.AskedWhileBusy, QList<bool>{true});
     }
-    QCOMPARE(q.icons, QList<int>{modMain::vbQuestion});
+    QCOMPARE(q.AskedIcons, QList<int>{modMain::vbQuestion});
     QTEST(TreeShape(root()), "expected");
     QTEST(m_doc->nodes().SelectedItem()->Text(), "selectedAfter");
     QVERIFY(m_doc->doc.m_bDataChanged); // also when answered No
@@ -255,8 +238,8 @@ void TestOutline::pasteRemovedOrMovedEntryDoesNothing() {
     OutlinePaste();
     QCOMPARE(TreeShape(root()), QStringLiteral("root(a(a1 edited) b(b1(b11)) c edited)"));
     // Once removed it counts as nothing.
-    Questions q;
-    q.answer = modMain::vbYes;
+    FakeMainWindow q;
+    q.Answers << modMain::vbYes;
     select(QStringLiteral("a"));
     OutlineCopy();
     OutlineDelete();
@@ -548,24 +531,13 @@ void TestOutline::drops() {
     QFETCH(QString, target);
     QFETCH(QString, how);
     QFETCH(QString, expected);
-    static const std::map<QString, modDrag::ConfirmChoice> choices{
-        {"CopyChild", modDrag::ConfirmChoice::CopyChild},
-        {"CopyNext", modDrag::ConfirmChoice::CopyNext},
-        {"MovePrevious", modDrag::ConfirmChoice::MovePrevious},
-        {"MoveNext", modDrag::ConfirmChoice::MoveNext},
-        {"Cancel", modDrag::ConfirmChoice::Cancel},
-        {"IndentRight", modDrag::ConfirmChoice::IndentRight},
-        {"IndentLeft", modDrag::ConfirmChoice::IndentLeft}};
     const bool itself = target.isEmpty();
     const bool left = how.startsWith(QLatin1String("left"));
     const bool right = how.endsWith(QLatin1String("Right")); // onto itself: the direction
     const int button = left ? modDrag::kLeftButton : modDrag::kRightButton;
     const bool changed = expected != TreeShape(root());
-    QList<modDrag::ConfirmMenu> shown;
-    modDrag::SetConfirmPopup([&](const modDrag::ConfirmMenu &menu) {
-        shown << menu;
-        modDrag::Confirm(choices.at(how.section(QLatin1Char(' '), 1)));
-    });
+    FakeMainWindow frm; // the confirmation menu picks the row's choice
+    frm.MenuPicks << QStringLiteral("mnuConfirm") + how.section(QLatin1Char(' '), 1);
     Node *src = entry(source);
     Node *dst = itself ? src : entry(target);
     const int button0 = left ? modDrag::kLeftButton : modDrag::kRightButton;
@@ -576,7 +548,7 @@ void TestOutline::drops() {
     modDrag::DragStart(dst, itself ? left && right : true, !left, button0);
     modDrag::DragDrop(&m_doc->doc, dst);
     m_doc->doc.bReadOnly = false;
-    QVERIFY(shown.isEmpty());
+    QVERIFY(frm.MenusShown.isEmpty() && frm.Asked.isEmpty());
     QVERIFY(!m_doc->doc.m_bDataChanged);
     QCOMPARE(TreeShape(root()), before);
     modDrag::g_bDragCopy = itself; // a drop onto itself never copies
@@ -590,15 +562,19 @@ void TestOutline::drops() {
     const bool copyKey = itself ? true : how.endsWith(QLatin1String("ctrl")) || !left;
     QVERIFY(modDrag::DragStart(dst, itself ? left && right : true, copyKey, button));
     modDrag::DragDrop(&m_doc->doc, dst);
-    modDrag::SetConfirmPopup({});
     QCOMPARE(TreeShape(root()), expected);
-    QCOMPARE(shown.size(), left ? 0 : 1);
+    QCOMPARE(frm.MenusShown.size(), left ? 0 : 1);
     QVERIFY(!modDrag::g_nodDragSource);
     QVERIFY(!itself || !modDrag::g_bDragCopy);
     // Every drop that changed the tree marks the document changed.
     QCOMPARE(m_doc->doc.m_bDataChanged, changed);
     if (itself && !left) {
-        QCOMPARE(shown[0], modDrag::ConfirmMenuFor(p));
+        const modDrag::ConfirmMenu m = modDrag::ConfirmMenuFor(p);
+        QCOMPARE(frm.MenusShown[0],
+                 QStringLiteral("mnuConfirmIndent:") +
+                     (m.indentRight ? QStringLiteral(" mnuConfirmIndentRight") : QString()) +
+                     (m.indentLeft ? QStringLiteral(" mnuConfirmIndentLeft") : QString()) +
+                     QStringLiteral(" mnuConfirmIndentCancel"));
     }
     checkTreeWhole();
 }

@@ -7,6 +7,7 @@
 #include "print/modExport.h"
 #include "print/modPrint.h"
 #include "support/DocTestSupport.h"
+#include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
 
 #include <QBuffer>
@@ -343,17 +344,14 @@ void TestPrint::exportCommands() {
     Document *doc = DocTest::exampleDocument();
     doc->m_sFile = m_dir.filePath("plans.mvd");
     const QString target = m_dir.filePath(QTest::currentDataTag() + QString(".") + ext);
-    QString asked;
-    modFile::SetFileDialogHandler([&](modFile::FileDialogRequest &request) {
-        asked = request.DefaultExt + " " + request.FileName;
-        request.FileName = target;
-        return !start.isEmpty();
-    });
+    FakeMainWindow frm;
+    frm.FileNames << (start.isEmpty() ? std::nullopt : std::optional<QString>(target));
     (ext == "md"    ? modExport::FileExportMarkdown
      : ext == "pdf" ? modExport::FileExportPdf
                     : modExport::FileExportHtml)();
-    modFile::SetFileDialogHandler({});
-    QCOMPARE(asked, ext + " " + m_dir.filePath("plans"));
+    QCOMPARE(frm.FileRequests.size(), 1);
+    QCOMPARE(frm.FileRequests[0].DefaultExt + " " + frm.FileRequests[0].FileName,
+             ext + " " + m_dir.filePath("plans"));
     QVERIFY2(ReadFileBytes(target).startsWith(start.isEmpty() ? "<missing>" : start.toUtf8()),
              ReadFileBytes(target).left(40).constData());
 }

@@ -1,10 +1,10 @@
 // The rich-text buffer: positions and plain text, selection attributes (uniform and mixed), Find,
 // signals, fonts, and the round trip through RTF.
-#include "editor/clsFont.h"
 #include "richtext/RichTextBuffer.h"
 #include "richtext/RtfConventions.h"
 #include "richtext/RtfReader.h"
 #include "richtext/RtfWriter.h"
+#include "richtext/clsFont.h"
 
 #include <QImage>
 #include <QSignalSpy>

@@ -1,6 +1,5 @@
 // Find and replace: the scopes, directions, wraps and word rules, replacing, the dialog's rules,
 // the histories, and the scan of all texts against loading every entry into the pane.
-#include "app/MainWindowHost.h"
 #include "app/modMain.h"
 #include "app/modSettings.h"
 #include "document/Document.h"
@@ -9,7 +8,11 @@
 #include "richtext/RichTextBuffer.h"
 #include "search/modSearch.h"
 #include "support/DocTestSupport.h"
+#include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "util/MainWindowHost.h"
+
+#include <memory>
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -156,11 +159,13 @@ private Q_SLOTS:
 private:
     ScopedLog m_log;
     QTemporaryDir m_dir;
+    std::unique_ptr<FakeMainWindow> m_frm; // answers the questions, records what was asked
 };
 
 void TestSearch::init() {
     modSettings::SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
-    modMain::ClearMsgBoxAnswers();
+    m_frm.reset();
+    m_frm = std::make_unique<FakeMainWindow>();
     g_iSearchMode = 0;
     g_sReplaceText.clear();
 }
@@ -228,8 +233,7 @@ void TestSearch::find() {
     const bool found = SearchPerform();
     QCOMPARE((found ? "yes " : "no ") + state(doc), expect);
     // "Search completed" is the one message, and only when nothing was found.
-    QCOMPARE(modMain::AskedMessages(),
-             found ? QStringList() : QStringList{QStringLiteral("Search completed")});
+    QCOMPARE(m_frm->Asked, found ? QStringList() : QStringList{QStringLiteral("Search completed")});
     QVERIFY(pane(doc)->Visible());
 }
 
@@ -281,7 +285,7 @@ void TestSearch::replace() {
         SearchPerform();
         SearchReplaceAll();
         QCOMPARE(texts(doc), expect);
-        QCOMPARE(modMain::AskedMessages().size(), doc->bReadOnly ? 0 : 1);
+        QCOMPARE(m_frm->Asked.size(), doc->bReadOnly ? 0 : 1);
     }
     QCOMPARE(doc->m_bDataChanged, texts(doc) != texts(build(outline)));
 }

@@ -1,10 +1,15 @@
 // The settings store, its text forms, and the options, fonts and window placement kept in it.
-#include "app/modGlobals.h"
+#include "app/modMain.h"
 #include "app/modSession.h"
 #include "app/modSettings.h"
+#include "document/Document.h"
+#include "document/modDoc.h"
+#include "editor/modFont.h"
+#include "support/DocTestSupport.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
 #include "util/ErrorLog.h"
+#include "util/modGlobals.h"
 
 #include <QFile>
 #include <QtTest>
@@ -64,9 +69,8 @@ private Q_SLOTS:
 };
 
 void TestSettings::init() {
-    CreateFontRecords();
+    modFont::CreateFontRecords();
     InitialiseDefaults();
-    modMain::SetDocumentHooks({});
 }
 
 void TestSettings::storeOperations() {
@@ -175,12 +179,12 @@ void TestSettings::emptyStoreGivesDefaults() {
     // Values left over from an earlier session must not survive an empty store.
     MaxMRUFiles = 4;
     AutoSplit = false;
-    g_fntOutlineFont.setBold(true);
-    g_fntOutlineFont.setName(u"Old"_s);
+    modFont::g_fntOutlineFont.setBold(true);
+    modFont::g_fntOutlineFont.setName(u"Old"_s);
     LoadSettings();
     QCOMPARE(options(), u"10 False True True True False True True True"_s);
-    QCOMPARE(fontText(g_fntOutlineFont), u" 10"_s);
-    QCOMPARE(fontText(g_fntTextFont), u" 10"_s);
+    QCOMPARE(fontText(modFont::g_fntOutlineFont), u" 10"_s);
+    QCOMPARE(fontText(modFont::g_fntTextFont), u" 10"_s);
     QCOMPARE(frm.Geometry, QRect(100, 100, 650, 650));
     QCOMPARE(frm.Calls, (QStringList{u"Left"_s, u"Top"_s, u"Width"_s, u"Height"_s}));
 }
@@ -196,12 +200,12 @@ void TestSettings::roundTrip() {
     StartWithLatestDocuments = false;
     ViewStatusbar = false;
     ViewToolbar = false;
-    g_fntTextFont.setName(u"DejaVu Serif"_s);
-    g_fntTextFont.setSize(11.25);
-    g_fntTextFont.setItalic(true);
-    g_fntTextFont.setUnderline(true);
-    g_fntTextFont.setStrikeThrough(true);
-    g_fntTextFont.setBold(true);
+    modFont::g_fntTextFont.setName(u"DejaVu Serif"_s);
+    modFont::g_fntTextFont.setSize(11.25);
+    modFont::g_fntTextFont.setItalic(true);
+    modFont::g_fntTextFont.setUnderline(true);
+    modFont::g_fntTextFont.setStrikeThrough(true);
+    modFont::g_fntTextFont.setBold(true);
     frm.Geometry = QRect(33, 44, 555, 666);
     SaveSettings();
     QCOMPARE(GetSetting(u"Settings"_s, u"Backup"_s), u"False"_s);
@@ -211,7 +215,8 @@ void TestSettings::roundTrip() {
     frm.Geometry = QRect();
     LoadSettings();
     QCOMPARE(options(), u"25 True False False True True False False False"_s);
-    QCOMPARE(fontText(g_fntTextFont), u"DejaVu Serif 11.25 bold italic underline strike"_s);
+    QCOMPARE(fontText(modFont::g_fntTextFont),
+             u"DejaVu Serif 11.25 bold italic underline strike"_s);
     QCOMPARE(frm.Geometry, QRect(33, 44, 555, 666));
 }
 
@@ -224,7 +229,7 @@ void TestSettings::valueThatDoesNotConvertStopsReading() {
     SaveSetting(u"Settings"_s, u"ViewToolbar"_s, u"False"_s);
     LoadSettings();
     // The fonts come before the options and are read; nothing after the bad value is.
-    QCOMPARE(g_fntOutlineFont.Name(), u"Read Before"_s);
+    QCOMPARE(modFont::g_fntOutlineFont.Name(), u"Read Before"_s);
     QCOMPARE(MaxMRUFiles, 10);
     QCOMPARE(AutoSplit, true);
     QCOMPARE(ViewToolbar, true);
@@ -238,17 +243,17 @@ void TestSettings::valueThatDoesNotConvertStopsReading() {
 
 void TestSettings::bothFontsShareOneSection() {
     ScopedSettings store;
-    g_fntOutlineFont.setName(u"Outline Face"_s);
-    g_fntOutlineFont.setSize(9);
-    g_fntTextFont.setName(u"Text Face"_s);
-    g_fntTextFont.setSize(14.5);
-    g_fntTextFont.setBold(true);
+    modFont::g_fntOutlineFont.setName(u"Outline Face"_s);
+    modFont::g_fntOutlineFont.setSize(9);
+    modFont::g_fntTextFont.setName(u"Text Face"_s);
+    modFont::g_fntTextFont.setSize(14.5);
+    modFont::g_fntTextFont.setBold(true);
     SaveSettings();
     init();
     LoadSettings();
     // The text font was written last, so both records come back as the text font.
-    QCOMPARE(fontText(g_fntOutlineFont), u"Text Face 14.5 bold"_s);
-    QVERIFY(g_fntOutlineFont == g_fntTextFont);
+    QCOMPARE(fontText(modFont::g_fntOutlineFont), u"Text Face 14.5 bold"_s);
+    QVERIFY(modFont::g_fntOutlineFont == modFont::g_fntTextFont);
     QVERIFY(GetAllSettings(u"TextFont"_s).isEmpty());
 }
 
@@ -292,12 +297,11 @@ void TestSettings::workspaceKeepsOpenDocumentsInOrder() {
     for (int i = 1; i <= 12; ++i) {
         SaveSetting(u"Workspace"_s, QString::number(i), u"stale"_s);
     }
-    QStringList opened;
-    modMain::SetDocumentHooks({[&](const QString &f) { opened << f; }, nullptr,
-                               [&] {
-                                   return QStringList{b, QString(), a};
-                               }});
+    for (const QString &f : {b, QString(), a}) {
+        modDoc::DocInit()->m_sFile = f;
+    }
     modMain::SaveWorkingFiles();
+    DocTest::closeAll();
     const auto pairs = GetAllSettings(u"Workspace"_s);
     QCOMPARE(pairs.size(), 3);
     QCOMPARE(pairs[0], qMakePair(u"1"_s, b));
@@ -305,8 +309,12 @@ void TestSettings::workspaceKeepsOpenDocumentsInOrder() {
     QCOMPARE(pairs[2], qMakePair(u"3"_s, a));
     // The untitled document is skipped when the workspace is reopened.
     modMain::LoadWorkingFiles();
+    QStringList opened;
+    for (const Document *doc : Documents::All()) {
+        opened << doc->m_sFile;
+    }
     QCOMPARE(opened, (QStringList{b, a}));
-    modMain::SetDocumentHooks({});
+    DocTest::closeAll();
 }
 
 QTEST_GUILESS_MAIN(TestSettings)

@@ -1,8 +1,6 @@
 // The application shell's small parts: the recently used files, the status bar's panels and the
 // diagnostic window's details.
-#include "app/MainWindowHost.h"
 #include "app/StatusPanels.h"
-#include "app/modGlobals.h"
 #include "app/modMRU.h"
 #include "app/modMain.h"
 #include "app/modSettings.h"
@@ -13,6 +11,8 @@
 #include "support/DocTestSupport.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "util/MainWindowHost.h"
+#include "util/modGlobals.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -49,7 +49,6 @@ private:
 void TestShell::init() {
     m_settings = new ScopedSettings;
     modGlobals::MaxMRUFiles = 10;
-    modMain::ClearMsgBoxAnswers();
     modMRU::SetMenuHandler([this](const QStringList &captions) { m_shown = captions; });
     modMRU::SetList({});
 }
@@ -131,24 +130,24 @@ void TestShell::openFromMenu() {
     loaded->m_sFile = open;
     Document *active = DocTest::newDocument();
     modMRU::SetList({open, gone, other});
+    FakeMainWindow frm;
 
     modFile::FileMRU(1);
-    QCOMPARE(modMain::AskedMessages(),
-             QStringList{u"Warning - the file "_s + open +
-                         u" is already loaded, so cannot be loaded again"_s});
+    QCOMPARE(frm.Asked, QStringList{u"Warning - the file "_s + open +
+                                    u" is already loaded, so cannot be loaded again"_s});
     QCOMPARE(Documents::Active(), loaded);
     QCOMPARE(modMRU::List(), (QStringList{open, gone, other}));
     QVERIFY(Documents::Active() != active);
 
-    modMain::ClearMsgBoxAnswers();
+    frm.Asked.clear();
     modFile::FileMRU(2);
-    QCOMPARE(modMain::AskedMessages(), QStringList{u"Warning - the file "_s + gone +
-                                                   u" no longer exists, so cannot be loaded"_s});
+    QCOMPARE(frm.Asked, QStringList{u"Warning - the file "_s + gone +
+                                    u" no longer exists, so cannot be loaded"_s});
     QCOMPARE(modMRU::List(), (QStringList{open, other}));
 
-    modMain::ClearMsgBoxAnswers();
+    frm.Asked.clear();
     modFile::FileMRU(2);
-    QCOMPARE(modMain::AskedMessages(), QStringList{});
+    QCOMPARE(frm.Asked, QStringList{});
     QCOMPARE(Documents::Active()->m_sFile, other);
     QCOMPARE(modMRU::List(), (QStringList{other, open}));
     modFile::FileMRU(7); // no such item

@@ -1,13 +1,13 @@
 #include "util/ErrorLog.h"
 
 #include "util/CodePage.h"
+#include "util/MainWindowHost.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QGuiApplication>
 #include <QLocale>
 #include <QStandardPaths>
 
@@ -94,11 +94,7 @@ void ReportError() {
     }
     WriteLog(first + QStringLiteral(" - ") + Err.Description + QStringLiteral("\r\n") + Err.Source +
              QLatin1Char(' ') + CurrentProcName);
-    if (qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
-        while (QGuiApplication::overrideCursor()) {
-            QGuiApplication::restoreOverrideCursor();
-        }
-    }
+    Host().ResetPointer();
 }
 
 QString ProgramDirectory() {

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "document/Document.h"
-#include "editor/clsFont.h"
 #include "outline/Node.h"
 #include "richtext/TextPane.h"
+#include "richtext/clsFont.h"
 
 #include <QByteArray>
 #include <QString>
@@ -43,12 +43,15 @@ public:
     void ViewAutoFitSplit() override { ++autoFits; }
     void UpdateStatusBar(Node *node) override { statusNodes.push_back(node); }
     void MenuEnableDynamic() override { ++menuRefreshes; }
+    void ActivateWindow() override { ++activations; }
+    bool CloseWindow() override { return false; }
 
     bool outlineVisible = true;
     std::vector<Node *> labelEdits;
     int autoFits = 0;
     std::vector<Node *> statusNodes;
     int menuRefreshes = 0;
+    int activations = 0;
 };
 
 // A document with a fake pane and view, made the active one for its lifetime.

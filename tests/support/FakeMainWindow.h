@@ -1,17 +1,42 @@
 #pragma once
 
-#include "app/MainWindowHost.h"
+#include "util/MainWindowHost.h"
 
 #include <QHash>
+#include <QList>
 #include <QStringList>
 #include <QTemporaryDir>
 
-// A main window without widgets: records what the core sets on it.
+#include <optional>
+
+// The main window of the tests. It records what the core sets and asks, and answers the
+// questions, dialogs and pop-up menus from queues the test fills (an empty queue gives the
+// headless answer: Cancel, or OK for a plain message; dialogs and menus cancelled). Alone it has
+// no widgets; put in front of the real main window (`real`), it passes everything else on to it,
+// so that whole-program tests drive the real windows without modal dialogs. It is the main window
+// for its lifetime.
 class FakeMainWindow : public modMain::MainWindowHost {
 public:
-    FakeMainWindow();
+    explicit FakeMainWindow(modMain::MainWindowHost *real = nullptr);
     ~FakeMainWindow() override;
+    FakeMainWindow(const FakeMainWindow &) = delete;
+    FakeMainWindow &operator=(const FakeMainWindow &) = delete;
 
+    // Answers, taken first to last.
+    QList<modMain::MsgBoxResult> Answers;
+    QList<std::optional<QString>> FileNames;                     // the file dialog's
+    QList<std::optional<modMain::FontDialogValues>> FontChoices; // the font dialog's
+    QStringList MenuPicks;                                       // the pop-up menus'
+    bool RunKeys = true; // document-window keys run their commands (else only recorded)
+
+    // What was asked and set.
+    QStringList Asked; // message texts
+    QList<int> AskedButtons, AskedIcons;
+    QList<bool> AskedWhileBusy; // the busy pointer was on when asked
+    QList<modMain::FileDialogRequest> FileRequests;
+    QList<modMain::FontDialogValues> FontsShown;
+    QStringList MenusShown; // "menu: item item ..." (the available items)
+    QList<QKeyCombination> Keys;
     QRect Geometry{0, 0, 100, 100};
     bool Minimised = false;
     double Dpi = 96.0;
@@ -22,9 +47,13 @@ public:
     QHash<QString, bool> ButtonVisible;
     QHash<QString, QString> ButtonToolTip;
     QHash<QString, int> ButtonValue;
-    QStringList Calls; // placement setters in call order
+    QStringList Calls; // placement setters and window requests, in call order
     int Refreshes = 0;
     int Children = 0;
+    int Busy = 0; // nesting of the busy pointer
+    bool ToolbarShown = true;
+    bool StatusBarShown = true;
+    QString StatusText;
 
     QRect Placement() const override { return Geometry; }
     void SetLeft(int x) override;
@@ -34,21 +63,37 @@ public:
     bool IsMinimised() const override { return Minimised; }
     double LogicalDpiX() const override { return Dpi; }
     double LogicalDpiY() const override { return Dpi; }
-    modMain::MsgBoxResult ShowMessage(const QString &, modMain::MsgBoxButtons,
-                                      modMain::MsgBoxIcon) override {
-        return modMain::vbCancel;
-    }
-    void SetItemEnabled(const QString &n, bool v) override { ItemEnabled[n] = v; }
-    void SetItemChecked(const QString &n, bool v) override { ItemChecked[n] = v; }
-    void SetItemCaption(const QString &n, const QString &c) override { ItemCaption[n] = c; }
-    void SetButtonEnabled(const QString &k, bool v) override { ButtonEnabled[k] = v; }
-    void SetButtonVisible(const QString &k, bool v) override { ButtonVisible[k] = v; }
-    void SetButtonToolTip(const QString &k, const QString &t) override { ButtonToolTip[k] = t; }
-    void SetButtonValue(const QString &k, int v) override { ButtonValue[k] = v; }
-    void RefreshToolbar() override { ++Refreshes; }
-    void Arrange(modMain::Arrangement) override {}
-    int ChildWindowCount() const override { return Children; }
-    void ShowAbout() override {}
+    modMain::MsgBoxResult ShowMessage(const QString &text, modMain::MsgBoxButtons buttons,
+                                      modMain::MsgBoxIcon icon) override;
+    bool ChooseFile(modMain::FileDialogRequest &request) override;
+    bool ChooseFont(modMain::FontDialogValues &values) override;
+    QString PopupMenu(const QString &menu, const QStringList &available) override;
+    bool WindowKey(QKeyCombination key) override;
+    bool Exit() override;
+    void Arrange(modMain::Arrangement how) override;
+    Document *NewDocumentWindow() override;
+    void UpdateMRUFile(const QString &path) override;
+    int ChildWindowCount() const override;
+    void SetItemEnabled(const QString &n, bool v) override;
+    void SetItemChecked(const QString &n, bool v) override;
+    void SetItemCaption(const QString &n, const QString &c) override;
+    void SetButtonEnabled(const QString &k, bool v) override;
+    void SetButtonVisible(const QString &k, bool v) override;
+    void SetButtonToolTip(const QString &k, const QString &t) override;
+    void SetButtonValue(const QString &k, int v) override;
+    void RefreshToolbar() override;
+    void RefreshCommands(bool all) override;
+    void SetToolbarVisible(bool v) override;
+    void SetStatusBarVisible(bool v) override;
+    void SetStatusText(const QString &text) override;
+    void BeginBusy() override;
+    void EndBusy() override;
+    void ResetPointer() override;
+    void ShowAbout() override { Calls << QStringLiteral("About"); }
+
+private:
+    modMain::MainWindowHost *m_real;
+    modMain::MainWindowHost *m_previous;
 };
 
 // Points the settings store at a file of a temporary folder for the life of the object.

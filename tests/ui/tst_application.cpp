@@ -1,10 +1,7 @@
 // The whole program as a user drives it: the main window with its document windows, the File
 // commands and their dialogs, questions, shortcuts, settings and the workspace.
-#include "app/ApplicationUi.h"
-#include "app/MainWindowHost.h"
 #include "app/frmMain.h"
 #include "app/modCommandState.h"
-#include "app/modGlobals.h"
 #include "app/modSettings.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
@@ -14,6 +11,8 @@
 #include "outline/modNodes.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "util/MainWindowHost.h"
+#include "util/modGlobals.h"
 
 #include <QAction>
 #include <QFile>
@@ -31,22 +30,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The program's main window, wired as at start-up, with the file dialog answered from a queue.
+// The program's main window as at start-up, with its questions and file dialogs answered from the
+// fake's queues.
 struct App {
     frmMain frm;
-    QStringList dialogAnswers; // names the dialog returns in turn; none left: cancelled
-    QList<modFile::FileDialogRequest> dialogs;
+    FakeMainWindow fake{&frm};
 
     App() {
-        ApplicationUi::Install(frm);
-        modFile::SetFileDialogHandler([this](modFile::FileDialogRequest &r) {
-            dialogs.append(r);
-            if (dialogAnswers.isEmpty()) {
-                return false;
-            }
-            r.FileName = dialogAnswers.takeFirst();
-            return true;
-        });
         frm.MDIForm_Load();
         frm.show();
         QVERIFY(QTest::qWaitForWindowExposed(&frm));
@@ -54,14 +44,11 @@ struct App {
     }
     ~App() {
         // Whatever is still open goes without questions.
-        modMain::SetMsgBoxHandler([](const QString &, int, int) { return int(modMain::vbNo); });
-        for (frmDocument *w : frmDocument::windows()) {
-            w->document().m_bDataChanged = false;
+        for (Document *doc : Documents::All()) {
+            doc->m_bDataChanged = false;
         }
         frm.mdiArea()->closeAllSubWindows();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        ApplicationUi::Uninstall();
-        modMain::SetMsgBoxHandler({});
     }
     QList<frmDocument *> windows() const {
         QList<frmDocument *> list;
@@ -156,11 +143,9 @@ private:
 void TestApplication::init() {
     m_settings = std::make_unique<ScopedSettings>();
     m_log = std::make_unique<ScopedLog>();
-    modMain::ClearMsgBoxAnswers();
 }
 
 void TestApplication::cleanup() {
-    modMain::ClearMsgBoxAnswers();
     m_log.reset();
     m_settings.reset();
 }
@@ -178,20 +163,20 @@ void TestApplication::newEditSaveReopen() {
 
     w->txtRTF()->setFocus();
     QTest::keyClicks(w->txtRTF(), u"hello world"_s);
-    app.dialogAnswers << path(u"plans.mvd"_s);
+    app.fake.FileNames << path(u"plans.mvd"_s);
     app.key(Qt::Key_S, Qt::ControlModifier, w->txtRTF());
-    QCOMPARE(app.dialogs.size(), 1);
-    QVERIFY(app.dialogs[0].Save);
-    QCOMPARE(app.dialogs[0].FileName, QString()); // an unnamed document offers no name
+    QCOMPARE(app.fake.FileRequests.size(), 1);
+    QVERIFY(app.fake.FileRequests[0].Save);
+    QCOMPARE(app.fake.FileRequests[0].FileName, QString()); // an unnamed document offers no name
     QCOMPARE(w->parentWidget()->windowTitle(), path(u"plans.mvd"_s));
     QVERIFY(!w->document().m_bDataChanged);
 
     // Closing a saved document asks nothing.
     app.key(Qt::Key_W, Qt::ControlModifier, w->txtRTF());
     QVERIFY(app.windows().isEmpty());
-    QVERIFY(modMain::AskedMessages().isEmpty());
+    QVERIFY(app.fake.Asked.isEmpty());
 
-    app.dialogAnswers << path(u"plans.mvd"_s);
+    app.fake.FileNames << path(u"plans.mvd"_s);
     app.key(Qt::Key_O, Qt::ControlModifier, &app.frm);
     QCOMPARE(app.windows().size(), 1);
     Node *root = Find(app.active()->document(), u"Plans"_s);
@@ -253,11 +238,10 @@ void TestApplication::closingQuestion() {
     Document &doc = app.active()->document();
     Find(doc, u"Two"_s)->setText(u"Changed"_s);
     doc.m_bDataChanged = true;
-    modMain::PushMsgBoxAnswer(modMain::MsgBoxResult(answer));
+    app.fake.Answers << modMain::MsgBoxResult(answer);
     app.frm.Item(u"mnuFileClose"_s)->trigger();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QCOMPARE(modMain::AskedMessages(),
-             QStringList{u"Do you want to save the file "_s + file + u"?"_s});
+    QCOMPARE(app.fake.Asked, QStringList{u"Do you want to save the file "_s + file + u"?"_s});
     QCOMPARE(app.windows().isEmpty(), closes);
     QCOMPARE(Read(file).contains("Changed"), saved);
     if (!saved) {
@@ -285,13 +269,13 @@ void TestApplication::saveAllSkipsReadOnly() {
         first->setText(u"Edited"_s);
         w->document().m_bDataChanged = true;
     }
-    app.dialogAnswers << c; // the unnamed one gets the Save As dialog in turn
+    app.fake.FileNames << c; // the unnamed one gets the Save As dialog in turn
     app.frm.Item(u"mnuFileSaveAll"_s)->trigger();
     QVERIFY(Read(a).contains("Edited"));
     QCOMPARE(Read(b), bBefore);
     QVERIFY(Read(c).contains("Edited"));
-    QCOMPARE(app.dialogs.size(), 1);
-    QVERIFY(modMain::AskedMessages().isEmpty());
+    QCOMPARE(app.fake.FileRequests.size(), 1);
+    QVERIFY(app.fake.Asked.isEmpty());
     QFile::setPermissions(b, QFile::ReadOwner | QFile::WriteOwner);
 }
 
@@ -308,7 +292,7 @@ void TestApplication::settingsAndWorkspaceCarryOver() {
         QVERIFY(modGlobals::StartWithNewDocument && !modGlobals::AutoSplit);
         modDoc::DocLoad(b);
         modDoc::DocLoad(a);
-        modMain::PushMsgBoxAnswer(modMain::vbYes); // "Do you really want to exit ...?"
+        app.fake.Answers << modMain::vbYes; // "Do you really want to exit ...?"
         QVERIFY(app.frm.close());
     }
     QCOMPARE(modSettings::GetSetting(u"Workspace"_s, u"1"_s), b);
@@ -336,15 +320,15 @@ void TestApplication::fileDialogSettings() {
     app.frm.Item(u"mnuFileExportText"_s)->trigger();
     app.frm.Item(u"mnuFileOpen"_s)->trigger();
     app.frm.Item(u"mnuFileImportText"_s)->trigger();
-    QCOMPARE(app.dialogs.size(), 4);
-    const auto &saveAs = app.dialogs[0];
+    QCOMPARE(app.fake.FileRequests.size(), 4);
+    const auto &saveAs = app.fake.FileRequests[0];
     QVERIFY(saveAs.Save);
     QCOMPARE(saveAs.FileName, path(u"named"_s));
     QCOMPARE(saveAs.Filter, u"Mavrolen Files (*.mvd)|*.mvd|Text Files (*.txt)|*.txt"_s);
     QCOMPARE(saveAs.Flags, 0x280802);
-    QCOMPARE(app.dialogs[1].DefaultExt, u"txt"_s);
-    QCOMPARE(app.dialogs[1].Filter, u"Text Files (*.txt)|*.txt"_s);
-    const auto &open = app.dialogs[2];
+    QCOMPARE(app.fake.FileRequests[1].DefaultExt, u"txt"_s);
+    QCOMPARE(app.fake.FileRequests[1].Filter, u"Text Files (*.txt)|*.txt"_s);
+    const auto &open = app.fake.FileRequests[2];
     QVERIFY(!open.Save);
     QCOMPARE(open.Filter,
              u"Mavrolen Files (*.mvd)|*.mvd|Text Files (*.txt)|*.txt|All Files (*.*)|*.*"_s);

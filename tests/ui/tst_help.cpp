@@ -1,10 +1,11 @@
 // The help commands with and without the guide's help collection, and the help-document mode.
-#include "app/MainWindowHost.h"
 #include "document/Document.h"
 #include "help/frmHelp.h"
 #include "help/modHelp.h"
 #include "support/DocTestSupport.h"
+#include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "util/MainWindowHost.h"
 
 #include <QHelpContentModel>
 #include <QHelpEngine>
@@ -26,7 +27,6 @@ private slots:
 };
 
 void TestHelp::cleanup() {
-    modMain::SetMsgBoxHandler({});
     modHelp::g_bUseHelpDocument = false;
     delete frmHelp::Instance();
     DocTest::closeAll();
@@ -65,15 +65,15 @@ void TestHelp::contentsAndSearch() {
         WriteFileBytes(file, "not a help collection");
     }
     modHelp::SetHelpFile(file);
-    QStringList asked;
-    modMain::SetMsgBoxHandler([&](const QString &text, int, int shownIcon) {
-        asked << text;
-        if (shownIcon != icon) {
-            asked << u"wrong icon %1"_s.arg(shownIcon);
-        }
-        return int(modMain::vbOK);
-    });
+    FakeMainWindow frm;
     search ? modHelp::HelpSearch() : modHelp::HelpContents();
+    QStringList asked;
+    for (qsizetype i = 0; i < frm.Asked.size(); ++i) {
+        asked << frm.Asked[i];
+        if (frm.AskedIcons.value(i) != icon) {
+            asked << u"wrong icon %1"_s.arg(frm.AskedIcons.value(i));
+        }
+    }
 
     if (message == u"*"_s) { // the engine's own description of the error
         QCOMPARE(asked.size(), 1);

@@ -1,15 +1,18 @@
 // The main window: menus, toolbar, close question, drops, Window arrangements, About box.
 #include "app/frmMain.h"
 #include "app/modCommandState.h"
-#include "app/modGlobals.h"
 #include "app/modMain.h"
 #include "app/modSession.h"
 #include "app/modSettings.h"
+#include "document/Document.h"
+#include "document/modDoc.h"
 #include "help/frmAbout.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "util/modGlobals.h"
 
 #include <QAction>
+#include <QDir>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -178,14 +181,6 @@ void Walk(const QList<QAction *> &actions, QStringList &out) {
     }
 }
 
-QMdiSubWindow *AddChild(frmMain &frm, const QString &title) {
-    auto *sub = frm.mdiArea()->addSubWindow(new QLabel(title));
-    sub->setWindowTitle(title);
-    sub->resize(200, 150);
-    sub->show();
-    return sub;
-}
-
 } // namespace
 
 class TestMainWindow : public QObject {
@@ -215,13 +210,9 @@ private:
 void TestMainWindow::init() {
     m_settings = new ScopedSettings;
     m_log = new ScopedLog;
-    modMain::ClearMsgBoxAnswers();
-    modMain::SetDocumentHooks({});
 }
 
 void TestMainWindow::cleanup() {
-    modMain::ClearMsgBoxAnswers();
-    modMain::SetDocumentHooks({});
     delete m_log;
     delete m_settings;
 }
@@ -313,18 +304,14 @@ void TestMainWindow::enabledStatesWithNoDocument() {
         }
     }
     // With a window in the frame the Window menu works.
-    modMain::SetCommandInputProvider([] {
-        modMain::CommandInputs in;
-        in.OpenDocuments = 1;
-        in.ActiveDocument = true;
-        return in;
-    });
-    modMain::MenuEnable(1);
-    modMain::MenuEnableDynamic();
+    modMain::CommandInputs in;
+    in.OpenDocuments = 1;
+    in.ActiveDocument = true;
+    modMain::MenuEnable(1, in);
+    modMain::MenuEnableDynamic(in);
     QVERIFY(frm.Item(u"mnuWindowCascade"_s)->isEnabled());
     QVERIFY(!frm.Item(u"mnuWindowNewWindow"_s)->isEnabled()); // it has no action
     QCOMPARE(frm.Item(u"mnuOutlineTaggedEntry"_s)->text(), u"Ta&g entry      Alt+T"_s);
-    modMain::SetCommandInputProvider({});
 }
 
 void TestMainWindow::loadAppliesOptions() {
@@ -355,15 +342,14 @@ void TestMainWindow::closeQuery() {
     QFETCH(int, answer);
     QFETCH(bool, closes);
     frmMain frm;
+    FakeMainWindow fake(&frm);
     frm.MDIForm_Load();
     frm.show();
-    AddChild(frm, u"one"_s);
-    modMain::SetDocumentHooks({nullptr, nullptr, [] { return QStringList{u"/tmp/x.mvd"_s}; }});
-    modMain::PushMsgBoxAnswer(modMain::MsgBoxResult(answer));
+    modDoc::DocInit()->m_sFile = u"/tmp/x.mvd"_s;
+    fake.Answers << modMain::MsgBoxResult(answer);
     const bool closed = frm.close();
     QCOMPARE(closed, closes);
-    QCOMPARE(modMain::AskedMessages(),
-             QStringList{u"Do you really want to exit the application?"_s});
+    QCOMPARE(fake.Asked, QStringList{u"Do you really want to exit the application?"_s});
     QCOMPARE(m_log->content().contains(u"Session ended at "_s), closes);
     // Finalise wrote the settings and the workspace, and only then were the windows closed.
     QCOMPARE(modSettings::GetSetting(u"Workspace"_s, u"1"_s), closes ? u"/tmp/x.mvd"_s : QString());
@@ -373,37 +359,42 @@ void TestMainWindow::closeQuery() {
 
 void TestMainWindow::closeWithoutDocumentsAsksNothing() {
     frmMain frm;
+    FakeMainWindow fake(&frm);
     frm.MDIForm_Load();
     frm.show();
     QVERIFY(frm.close());
-    QVERIFY(modMain::AskedMessages().isEmpty());
+    QVERIFY(fake.Asked.isEmpty());
     QVERIFY(m_log->content().contains(u"Session ended at "_s));
     QCOMPARE(modSettings::GetSetting(u"Settings"_s, u"MaxMRUFiles"_s), u"10"_s);
 }
 
 void TestMainWindow::dropsOpenFiles_data() {
-    QTest::addColumn<int>("kind"); // 0 urls, 1 text, 2 rich text, 3 nothing usable
-    QTest::addColumn<QStringList>("expected");
-    QTest::newRow("three files in order")
-        << 0 << QStringList{u"/data/c.mvd"_s, u"/data/a.mvd"_s, u"/data/b b.mvd"_s};
-    QTest::newRow("plain text is one name")
-        << 1 << QStringList{modMain::FullPathName(u"not a file name"_s)};
-    QTest::newRow("rich text is one name too")
-        << 2 << QStringList{modMain::FullPathName(u"{\\rtf1 x}"_s)};
+    QTest::addColumn<int>("kind");             // 0 urls, 1 text, 2 rich text, 3 nothing usable
+    QTest::addColumn<QStringList>("expected"); // names in the current folder
+    QTest::newRow("three files in order") << 0 << QStringList{u"c.mvd"_s, u"a.mvd"_s, u"b b.mvd"_s};
+    QTest::newRow("plain text is one name") << 1 << QStringList{u"not a file name"_s};
+    QTest::newRow("rich text is one name too") << 2 << QStringList{u"{\\rtf1 x}"_s};
     QTest::newRow("image only") << 3 << QStringList{};
 }
 
 void TestMainWindow::dropsOpenFiles() {
     QFETCH(int, kind);
     QFETCH(QStringList, expected);
+    // Every name of the table is a file of the current folder, so that it opens.
+    QTemporaryDir dir;
+    const QString home = QDir::currentPath();
+    QDir::setCurrent(dir.path());
+    for (const QString &name :
+         {u"c.mvd"_s, u"a.mvd"_s, u"b b.mvd"_s, u"not a file name"_s, u"{\\rtf1 x}"_s}) {
+        WriteFileBytes(name, "{\\ttf_formatversion 1}\r\n");
+    }
     frmMain frm;
-    QStringList opened;
-    modMain::SetDocumentHooks({[&](const QString &f) { opened << f; }, nullptr, nullptr});
     QMimeData data;
     switch (kind) {
     case 0:
-        data.setUrls({QUrl::fromLocalFile(u"/data/c.mvd"_s), QUrl::fromLocalFile(u"/data/a.mvd"_s),
-                      QUrl::fromLocalFile(u"/data/b b.mvd"_s)});
+        data.setUrls({QUrl::fromLocalFile(dir.filePath(u"c.mvd"_s)),
+                      QUrl::fromLocalFile(dir.filePath(u"a.mvd"_s)),
+                      QUrl::fromLocalFile(dir.filePath(u"b b.mvd"_s))});
         break;
     case 1:
         data.setText(u"not a file name"_s);
@@ -416,7 +407,15 @@ void TestMainWindow::dropsOpenFiles() {
         break;
     }
     frm.MDIForm_OLEDragDrop(&data);
-    QCOMPARE(opened, expected);
+    QStringList opened, want;
+    for (const Document *doc : Documents::All()) {
+        opened << doc->m_sFile;
+    }
+    for (const QString &name : expected) {
+        want << modMain::FullPathName(name);
+    }
+    QDir::setCurrent(home);
+    QCOMPARE(opened, want);
 }
 
 void TestMainWindow::arrangements() {
@@ -425,17 +424,11 @@ void TestMainWindow::arrangements() {
     frm.MDIForm_Load();
     frm.show();
     QVERIFY(QTest::qWaitForWindowExposed(&frm));
-    QList<QMdiSubWindow *> subs;
     for (int i = 0; i < 3; ++i) {
-        subs << AddChild(frm, u"doc "_s + QString::number(i));
+        modDoc::DocInit();
     }
-    modMain::SetCommandInputProvider([] {
-        modMain::CommandInputs in;
-        in.OpenDocuments = 3;
-        in.ActiveDocument = true;
-        return in;
-    });
-    modMain::MenuEnable(3);
+    const QList<QMdiSubWindow *> subs = frm.mdiArea()->subWindowList(QMdiArea::CreationOrder);
+    QCOMPARE(subs.size(), 3);
     const QRect area = frm.mdiArea()->viewport()->rect();
 
     frm.Item(u"mnuWindowTileHorizontal"_s)->trigger();
@@ -475,7 +468,6 @@ void TestMainWindow::arrangements() {
     // Tiling leaves the row of minimised windows free.
     frm.Item(u"mnuWindowTileHorizontal"_s)->trigger();
     QVERIFY(subs[1]->geometry().bottom() < subs[0]->geometry().top());
-    modMain::SetCommandInputProvider({});
 }
 
 void TestMainWindow::aboutBox() {

@@ -5,6 +5,7 @@
 #include "editor/frmDocument.h"
 #include "outline/modDrag.h"
 #include "support/FakeDocument.h"
+#include "support/FakeMainWindow.h"
 #include "support/TreeText.h"
 
 #include <QTreeView>
@@ -17,7 +18,7 @@ namespace {
 // A shown window with "root(a(a1) b c)" fully expanded, the active document.
 struct Window {
     frmDocument w;
-    QStringList menus; // the items each confirmation menu offered
+    FakeMainWindow frm; // picks the confirmation menu's answer, records what it offered
     explicit Window(const QString &answer = QString()) {
         BuildOutline(w.document(), u"root\n  a\n    a1\n  b\n  c\n"_s);
         w.resize(600, 400);
@@ -25,15 +26,9 @@ struct Window {
         Documents::SetActive(&w.document());
         QVERIFY(QTest::qWaitForWindowExposed(&w));
         w.trvOutline()->expandAll();
-        OutlineDragHandler::setMenuAnswer([this, answer](const QStringList &available) {
-            menus << available.join(u' ');
-            return answer;
-        });
+        frm.MenuPicks << answer;
     }
-    ~Window() {
-        OutlineDragHandler::setMenuAnswer({});
-        Documents::SetActive(nullptr);
-    }
+    ~Window() { Documents::SetActive(nullptr); }
     QString shape() { return TreeShape(w.document().trvOutline().topNodes().front()); }
     QPoint at(const QString &label, int dx = 0) {
         Node *n = FindEntry(w.document().trvOutline(), label);
@@ -159,7 +154,7 @@ void TestOutlineDrag::rightDragAsks() {
     QFETCH(QString, expected);
     Window t(answer);
     t.drag(from, t.at(onto), Qt::RightButton);
-    QCOMPARE(t.menus, QStringList{offered});
+    QCOMPARE(t.frm.MenusShown, QStringList{u"mnuConfirm: "_s + offered});
     QCOMPARE(t.shape(), expected);
 }
 

@@ -1,13 +1,12 @@
 // Start-up with files named on the command line: the program is started with two document
 // files (and a name that does not exist) as its arguments.
-#include "app/ApplicationUi.h"
-#include "app/MainWindowHost.h"
 #include "app/frmMain.h"
 #include "app/modSettings.h"
 #include "document/Document.h"
 #include "editor/frmDocument.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "util/MainWindowHost.h"
 
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -32,7 +31,7 @@ void TestStartup::commandLineFilesOpenInOrder() {
     modSettings::SaveSetting(u"Workspace"_s, u"1"_s, g_files[0]);
     modSettings::SaveSetting(u"Settings"_s, u"StartWithNewDocument"_s, u"True"_s);
     frmMain frm;
-    ApplicationUi::Install(frm);
+    FakeMainWindow fake(&frm);
     frm.MDIForm_Load();
     QStringList opened;
     for (QMdiSubWindow *s : frm.mdiArea()->subWindowList(QMdiArea::CreationOrder)) {
@@ -43,9 +42,8 @@ void TestStartup::commandLineFilesOpenInOrder() {
     QCOMPARE(Documents::Active()->m_sCaption, g_files[1]);
     // The missing file was passed on, and failed quietly.
     QVERIFY(!log.content().contains(u"missing.mvd"_s));
-    modMain::PushMsgBoxAnswer(modMain::vbYes);
+    fake.Answers << modMain::vbYes;
     QVERIFY(frm.close());
-    ApplicationUi::Uninstall();
 }
 
 int main(int argc, char *argv[]) {

@@ -1,7 +1,7 @@
-#include "app/modGlobals.h"
+#include "util/modGlobals.h"
 
-#include "app/modMain.h"
 #include "help/modHelp.h"
+#include "util/ErrorLog.h"
 
 namespace modGlobals {
 
@@ -15,19 +15,6 @@ bool StartWithLatestDocuments = true;
 bool ViewStatusbar = true;
 bool ViewToolbar = true;
 qint32 TimerInterval = 250;
-
-clsFont g_fntOutlineFont;
-clsFont g_fntTextFont;
-clsFont g_fntCurrentFont;
-clsFont g_fntDocumentFont;
-
-void CreateFontRecords() {
-    PROC("modGlobals CreateFontRecords");
-    g_fntOutlineFont = clsFont();
-    g_fntTextFont = clsFont();
-    g_fntCurrentFont = clsFont();
-    g_fntDocumentFont = clsFont();
-}
 
 void InitialiseDefaults() {
     PROC("modMain InitialiseDefaults");

@@ -1,4 +1,4 @@
-#include "editor/clsFont.h"
+#include "richtext/clsFont.h"
 
 #include "richtext/RichTextBuffer.h"
 #include "util/ErrorLog.h"
