@@ -1,8 +1,8 @@
 #include "app/modMRU.h"
 
-#include "util/modGlobals.h"
 #include "app/modSettings.h"
 #include "util/ErrorLog.h"
+#include "util/modGlobals.h"
 #include "util/modString.h"
 
 using namespace Qt::StringLiterals;

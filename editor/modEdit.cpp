@@ -1,6 +1,5 @@
 #include "editor/modEdit.h"
 
-#include "util/MainWindowHost.h"
 #include "document/Clipboard.h"
 #include "document/Document.h"
 #include "editor/modFont.h"
@@ -8,6 +7,7 @@
 #include "richtext/RichTextBuffer.h"
 #include "richtext/RtfWriter.h"
 #include "util/ErrorLog.h"
+#include "util/MainWindowHost.h"
 
 #include <QDateTime>
 #include <QLocale>

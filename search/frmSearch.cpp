@@ -1,9 +1,9 @@
 #include "search/frmSearch.h"
 
 #include "app/modSettings.h"
-#include "util/MainWindowHost.h"
 #include "search/modSearch.h"
 #include "util/ErrorLog.h"
+#include "util/MainWindowHost.h"
 #include "util/modString.h"
 
 #include <QApplication>

@@ -1,12 +1,11 @@
 #include "search/modSearch.h"
 
-#include "util/MainWindowHost.h"
 #include "document/Document.h"
-#include "util/MainWindowHost.h"
 #include "outline/modNodes.h"
 #include "richtext/RichTextBuffer.h"
 #include "search/EntryTextScan.h"
 #include "util/ErrorLog.h"
+#include "util/MainWindowHost.h"
 #include "util/modString.h"
 
 using namespace Qt::StringLiterals;
