@@ -633,7 +633,7 @@ QString frmMain::PopupMenu(const QString &menu, const QStringList &available) {
 }
 
 bool frmMain::WindowKey(QKeyCombination key) {
-    return modCommands::RunWindowKey(key);
+    return modMain::RunWindowKey(key);
 }
 
 Document *frmMain::NewDocumentWindow() {

@@ -11,7 +11,7 @@
 #include "editor/frmDocument.h"
 #include "help/frmDebug.h"
 #include "help/frmHelp.h"
-#include "print/PrintUi.h"
+#include "print/PrintCommands.h"
 #include "search/frmSearch.h"
 #include "util/ErrorLog.h"
 

@@ -216,4 +216,16 @@ void UpdateToolbarStatus(const CommandInputs &in) {
     });
 }
 
+bool RunWindowKey(QKeyCombination key) {
+    const modCommands::Command *c = modCommands::FindWindowKey(key);
+    if (!c) {
+        return false;
+    }
+    if (ItemEnabled(c->Name, CurrentCommandInputs())) {
+        modCommands::RunItem(c->Name);
+    }
+    UpdateToolbarStatus();
+    return true;
+}
+
 } // namespace modMain

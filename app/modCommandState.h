@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QKeyCombination>
 #include <QString>
 
 #include <optional>
@@ -52,5 +53,9 @@ void MenuEnableDynamic();
 void MenuEnableDynamic(const CommandInputs &in);
 void UpdateToolbarStatus();
 void UpdateToolbarStatus(const CommandInputs &in);
+
+// A key of the document window: its command runs only while the command is enabled, then the
+// toolbar follows. Returns whether the key belongs to a command (it is consumed either way).
+bool RunWindowKey(QKeyCombination key);
 
 } // namespace modMain

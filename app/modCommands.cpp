@@ -1,6 +1,5 @@
 #include "app/modCommands.h"
 
-#include "app/modCommandState.h"
 #include "app/modMain.h"
 #include "app/modWindow.h"
 #include "document/Document.h"
@@ -544,18 +543,6 @@ bool RunItem(const QString &itemName) {
     }
     const Command *item = FindItem(itemName);
     modMain::Guarded([item] { item->Proc(item->Argument); });
-    return true;
-}
-
-bool RunWindowKey(QKeyCombination key) {
-    const Command *c = FindWindowKey(key);
-    if (!c) {
-        return false;
-    }
-    if (modMain::ItemEnabled(c->Name, modMain::CurrentCommandInputs())) {
-        RunItem(c->Name);
-    }
-    modMain::UpdateToolbarStatus();
     return true;
 }
 

@@ -113,9 +113,6 @@ bool HasProcedure(const QString &itemName);
 // Calls the item's procedure with its argument under the error convention. Returns false when
 // the item is unknown or has no procedure.
 bool RunItem(const QString &itemName);
-// A key of the document window: the command runs only while its item is enabled, then the
-// toolbar follows. Returns whether the key belongs to a command (it is consumed either way).
-bool RunWindowKey(QKeyCombination key);
 
 // The tag command's caption and the "Tag Entry" button's tool-tip.
 QString TagCaption(bool tagged);

@@ -1,9 +1,14 @@
 // The printed pages: entry headings and texts stacked, cut into pages at line boundaries.
 #include "print/PrintPages.h"
 
+#include "document/DocFiles.h"
+#include "util/ErrorLog.h"
+
 #include <QAbstractTextDocumentLayout>
+#include <QBuffer>
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QPdfWriter>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -370,3 +375,48 @@ QImage PrintPages::renderPage(int index, int total, int width) {
     paintPage(painter, index, total);
     return image;
 }
+
+namespace modPrint {
+
+bool WritePdf(Document &doc, const std::vector<PrintEntry> &entries, bool texts,
+              const QString &path, const QPageLayout &layout, const Progress &progress) {
+    return modMain::Guarded(
+        [&] {
+            PROC("modPrint WritePdf");
+            PrintPages pages(entries, texts, DocumentTitle(doc), TextFont(doc), layout);
+            while (!pages.layoutMore(4)) {
+                if (progress && !progress(pages.pagesKnown(), 0)) {
+                    return false;
+                }
+            }
+            const int total = pages.pageCount();
+            QBuffer buffer;
+            buffer.open(QIODevice::WriteOnly);
+            {
+                QPdfWriter writer(&buffer);
+                writer.setResolution(PrintPages::Resolution);
+                writer.setPageLayout(layout);
+                writer.setTitle(DocumentTitle(doc));
+                writer.setCreator(QStringLiteral("Mavrolen"));
+                QPainter painter;
+                if (!painter.begin(&writer)) {
+                    modMain::Raise(modMain::errDeviceIO);
+                }
+                for (int i = 0; i < total; ++i) {
+                    if (i > 0) {
+                        writer.newPage();
+                    }
+                    pages.paintPage(painter, i, total);
+                    if (progress && !progress(i + 1, total)) {
+                        return false;
+                    }
+                }
+                painter.end();
+            }
+            modDoc::WriteWholeFile(path, buffer.data());
+            return true;
+        },
+        false);
+}
+
+} // namespace modPrint

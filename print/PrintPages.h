@@ -106,3 +106,12 @@ private:
     // Recently used piece documents, most recent first.
     std::list<std::pair<int, std::unique_ptr<QTextDocument>>> m_cache;
 };
+
+namespace modPrint {
+
+// Writes the printed pages of the entries as a PDF file. Returns false after reporting an error
+// (the file cannot be written) or when cancelled through the progress function.
+bool WritePdf(Document &doc, const std::vector<PrintEntry> &entries, bool texts,
+              const QString &path, const QPageLayout &layout, const Progress &progress = {});
+
+} // namespace modPrint

@@ -1,18 +1,14 @@
-// The print commands: page setup, the question what to print, printing and the preview.
+// The question what to print and printing on a printer with a progress dialog.
 #include "print/PrintUi.h"
 
-#include "document/Document.h"
 #include "print/PrintPages.h"
-#include "print/frmPreview.h"
 #include "util/ErrorLog.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QGroupBox>
-#include <QPageSetupDialog>
 #include <QPainter>
-#include <QPrintDialog>
 #include <QPrinter>
 #include <QProgressDialog>
 #include <QRadioButton>
@@ -61,14 +57,6 @@ modPrint::PrintChoice PrintChoiceDialog::choice() const {
 }
 
 namespace modPrint {
-
-namespace {
-
-QWidget *parentWindow() {
-    return QApplication::activeWindow();
-}
-
-} // namespace
 
 void ApplyPageLayout(QPrinter &printer, const QPageLayout &layout) {
     if (printer.setPageLayout(layout)) {
@@ -143,76 +131,6 @@ bool PrintOn(QPrinter &printer, PrintPages &pages, QWidget *parent) {
             return true;
         },
         false);
-}
-
-void FilePrintSetup() {
-    modMain::Guarded([] {
-        PROC("modPrint FilePrintSetup");
-        QPrinter printer(QPrinter::HighResolution);
-        ApplyPageLayout(printer, PageLayoutLoad());
-        QPageSetupDialog dialog(&printer, parentWindow());
-        if (dialog.exec() == QDialog::Accepted) {
-            PageLayoutSave(printer.pageLayout());
-        }
-    });
-}
-
-void FilePrint(bool currentEntryOnly) {
-    modMain::Guarded([currentEntryOnly] {
-        PROC("modPrint FilePrint");
-        Document *doc = nullptr;
-        if (!modMain::DocumentActive(doc)) {
-            return;
-        }
-        QWidget *parent = parentWindow();
-        PrintChoice choice;
-        PrintChoiceLoad(choice);
-        choice.CurrentEntryOnly = currentEntryOnly;
-        if (!AskPrintChoice(choice, doc->trvOutline().SelectedItem() != nullptr, parent)) {
-            return;
-        }
-        std::vector<PrintEntry> entries = PrintEntries(*doc, choice);
-        const QString title = DocumentTitle(*doc);
-        QPrinter printer(QPrinter::HighResolution);
-        ApplyPageLayout(printer, PageLayoutLoad());
-        printer.setDocName(title);
-        QPrintDialog dialog(&printer, parent);
-        dialog.setMinMax(1, 99999);
-        dialog.setOption(QAbstractPrintDialog::PrintPageRange, true);
-        if (dialog.exec() != QDialog::Accepted) {
-            return;
-        }
-        PrintPages pages(std::move(entries), choice.Texts, title, TextFont(*doc),
-                         printer.pageLayout());
-        PrintOn(printer, pages, parent);
-    });
-}
-
-void FilePrintPreview(bool currentEntryOnly) {
-    modMain::Guarded([currentEntryOnly] {
-        PROC("modPrint FilePrintPreview");
-        Document *doc = nullptr;
-        if (!modMain::DocumentActive(doc)) {
-            return;
-        }
-        QWidget *parent = parentWindow();
-        PrintChoice choice;
-        PrintChoiceLoad(choice);
-        choice.CurrentEntryOnly = currentEntryOnly;
-        if (!AskPrintChoice(choice, doc->trvOutline().SelectedItem() != nullptr, parent)) {
-            return;
-        }
-        const std::vector<PrintEntry> entries = PrintEntries(*doc, choice);
-        const QString title = DocumentTitle(*doc);
-        const QFont font = TextFont(*doc);
-        const bool texts = choice.Texts;
-        auto *preview = new frmPreview(
-            [=](const QPageLayout &layout) {
-                return std::make_unique<PrintPages>(entries, texts, title, font, layout);
-            },
-            PageLayoutLoad(), title, parent);
-        preview->show();
-    });
 }
 
 } // namespace modPrint

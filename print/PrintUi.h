@@ -10,15 +10,8 @@ class QPrinter;
 class QRadioButton;
 class QWidget;
 
-// The print commands of the File menu, the question what to print, and printing on a printer.
+// The question what to print, and printing on a printer.
 namespace modPrint {
-
-// Page setup: paper, orientation and margins, kept in the settings store.
-void FilePrintSetup();
-// Asks what to print (the current entry preselected when currentEntryOnly is set, else the
-// whole document), then prints through the print dialog, or shows the preview.
-void FilePrint(bool currentEntryOnly);
-void FilePrintPreview(bool currentEntryOnly);
 
 // The answer of the question what to print; false when cancelled. The last children and texts
 // answers are kept.

@@ -7,6 +7,7 @@
 #include "document/modFile.h"
 #include "outline/Node.h"
 #include "outline/modNodes.h"
+#include "print/PrintPages.h"
 #include "richtext/RtfConventions.h"
 #include "util/ErrorLog.h"
 #include "util/modString.h"

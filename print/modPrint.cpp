@@ -5,7 +5,6 @@
 #include "document/modDoc.h"
 #include "document/modDocText.h"
 #include "outline/modNodes.h"
-#include "print/PrintPages.h"
 #include "richtext/RtfReader.h"
 #include "util/ErrorLog.h"
 #include "util/SettingsStore.h"
@@ -202,47 +201,6 @@ void PrintChoiceSave(const PrintChoice &choice) {
     modSettings::SaveSetting(kPrint, QStringLiteral("Children"),
                              modSettings::BoolText(choice.Children));
     modSettings::SaveSetting(kPrint, QStringLiteral("Texts"), modSettings::BoolText(choice.Texts));
-}
-
-bool WritePdf(Document &doc, const std::vector<PrintEntry> &entries, bool texts,
-              const QString &path, const QPageLayout &layout, const Progress &progress) {
-    return modMain::Guarded(
-        [&] {
-            PROC("modPrint WritePdf");
-            PrintPages pages(entries, texts, DocumentTitle(doc), TextFont(doc), layout);
-            while (!pages.layoutMore(4)) {
-                if (progress && !progress(pages.pagesKnown(), 0)) {
-                    return false;
-                }
-            }
-            const int total = pages.pageCount();
-            QBuffer buffer;
-            buffer.open(QIODevice::WriteOnly);
-            {
-                QPdfWriter writer(&buffer);
-                writer.setResolution(PrintPages::Resolution);
-                writer.setPageLayout(layout);
-                writer.setTitle(DocumentTitle(doc));
-                writer.setCreator(QStringLiteral("Mavrolen"));
-                QPainter painter;
-                if (!painter.begin(&writer)) {
-                    modMain::Raise(modMain::errDeviceIO);
-                }
-                for (int i = 0; i < total; ++i) {
-                    if (i > 0) {
-                        writer.newPage();
-                    }
-                    pages.paintPage(painter, i, total);
-                    if (progress && !progress(i + 1, total)) {
-                        return false;
-                    }
-                }
-                painter.end();
-            }
-            modDoc::WriteWholeFile(path, buffer.data());
-            return true;
-        },
-        false);
 }
 
 } // namespace modPrint

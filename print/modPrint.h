@@ -70,9 +70,4 @@ void PrintChoiceSave(const PrintChoice &choice);
 // Returning false cancels.
 using Progress = std::function<bool(int done, int total)>;
 
-// Writes the printed pages of the entries as a PDF file. Returns false after reporting an error
-// (the file cannot be written) or when cancelled through the progress function.
-bool WritePdf(Document &doc, const std::vector<PrintEntry> &entries, bool texts,
-              const QString &path, const QPageLayout &layout, const Progress &progress = {});
-
 } // namespace modPrint

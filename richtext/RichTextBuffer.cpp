@@ -2,7 +2,6 @@
 
 #include "richtext/RtfReader.h"
 #include "richtext/RtfWriter.h"
-#include "richtext/clsFont.h"
 #include "util/ErrorLog.h"
 #include "util/modString.h"
 

@@ -77,7 +77,7 @@ QString FakeMainWindow::PopupMenu(const QString &menu, const QStringList &availa
 
 bool FakeMainWindow::WindowKey(QKeyCombination key) {
     Keys << key;
-    return RunKeys ? modCommands::RunWindowKey(key) : modCommands::FindWindowKey(key) != nullptr;
+    return RunKeys ? modMain::RunWindowKey(key) : modCommands::FindWindowKey(key) != nullptr;
 }
 
 bool FakeMainWindow::Exit() {
