@@ -239,11 +239,13 @@ void frmMain::closeEvent(QCloseEvent *event) {
         event->ignore();
         return;
     }
-    // Only now does each document window ask its own question.
-    m_mdi->closeAllSubWindows();
-    if (!m_mdi->subWindowList().isEmpty()) {
-        event->ignore();
-        return;
+    // Only now does each document window ask its own question, in order; the first that stays
+    // open (Cancel, or a save that failed) stops the exit, and the others are not asked.
+    for (QMdiSubWindow *frame : m_mdi->subWindowList(QMdiArea::CreationOrder)) {
+        if (!frame->close()) {
+            event->ignore();
+            return;
+        }
     }
     m_timer->stop();
     event->accept();

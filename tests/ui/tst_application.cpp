@@ -15,6 +15,7 @@
 #include "util/modGlobals.h"
 
 #include <QAction>
+#include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QMdiArea>
@@ -218,37 +219,79 @@ void TestApplication::keyboardOutline() {
 }
 
 void TestApplication::closingQuestion_data() {
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<bool>("closes");
-    QTest::addColumn<bool>("saved");
-    QTest::newRow("yes saves") << int(modMain::vbYes) << true << true;
-    QTest::newRow("no discards") << int(modMain::vbNo) << true << false;
-    QTest::newRow("cancel keeps the window") << int(modMain::vbCancel) << false << false;
+    // Two changed documents a and b; File > Close on a, or File > Exit (its own question answered
+    // Yes). The outcome per document: S saved and closed, D closed unsaved, K still open and its
+    // file untouched, F the save failed (its folder went away): message, still open and changed.
+    QTest::addColumn<bool>("exit");
+    QTest::addColumn<QList<int>>("answers");
+    QTest::addColumn<QString>("outcome");
+    const int yes = modMain::vbYes, no = modMain::vbNo, cancel = modMain::vbCancel;
+    QTest::newRow("close, yes saves") << false << QList<int>{yes} << u"SK"_s;
+    QTest::newRow("close, no discards") << false << QList<int>{no} << u"DK"_s;
+    QTest::newRow("close, cancel keeps") << false << QList<int>{cancel} << u"KK"_s;
+    QTest::newRow("close, failed save keeps") << false << QList<int>{yes} << u"FK"_s;
+    QTest::newRow("exit, yes yes") << true << QList<int>{yes, yes} << u"SS"_s;
+    QTest::newRow("exit, no no") << true << QList<int>{no, no} << u"DD"_s;
+    QTest::newRow("exit, cancel stops at once") << true << QList<int>{cancel} << u"KK"_s;
+    QTest::newRow("exit, no then cancel") << true << QList<int>{no, cancel} << u"DK"_s;
+    QTest::newRow("exit, yes then cancel") << true << QList<int>{yes, cancel} << u"SK"_s;
+    QTest::newRow("exit, failed save stops") << true << QList<int>{yes} << u"FK"_s;
 }
 
 void TestApplication::closingQuestion() {
-    QFETCH(int, answer);
-    QFETCH(bool, closes);
-    QFETCH(bool, saved);
-    const QString file = path(u"q.mvd"_s);
-    WriteDocument(file, {u"One"_s, u"Two"_s});
-    const QByteArray before = Read(file);
+    QFETCH(bool, exit);
+    QFETCH(QList<int>, answers);
+    QFETCH(QString, outcome);
+    QDir(path(u"sub"_s)).removeRecursively();
+    QVERIFY(QDir().mkpath(path(u"sub"_s)));
+    const QStringList files{path(u"sub/a.mvd"_s), path(u"b.mvd"_s)};
     App app;
-    modDoc::DocLoad(file);
-    Document &doc = app.active()->document();
-    Find(doc, u"Two"_s)->setText(u"Changed"_s);
-    doc.m_bDataChanged = true;
-    app.fake.Answers << modMain::MsgBoxResult(answer);
-    app.frm.Item(u"mnuFileClose"_s)->trigger();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QCOMPARE(app.fake.Asked, QStringList{u"Do you want to save the file "_s + file + u"?"_s});
-    QCOMPARE(app.windows().isEmpty(), closes);
-    QCOMPARE(Read(file).contains("Changed"), saved);
-    if (!saved) {
-        QCOMPARE(Read(file), before);
+    QList<QByteArray> before;
+    for (const QString &file : files) {
+        WriteDocument(file, {u"One"_s, u"Two"_s});
+        before << Read(file);
+        Document *doc = modDoc::DocLoad(file);
+        Find(*doc, u"Two"_s)->setText(u"Changed"_s);
+        doc->m_bDataChanged = true;
     }
-    // The menus follow the number of windows left.
-    QCOMPARE(app.frm.Item(u"mnuFileSaveAs"_s)->isEnabled(), !closes);
+    if (outcome.startsWith(u'F')) {
+        QVERIFY(QDir(path(u"sub"_s)).removeRecursively());
+    }
+    QList<QPointer<frmDocument>> windows;
+    for (frmDocument *w : app.windows()) {
+        windows << w;
+    }
+    modFile::ActivateDocument(&windows[0]->document());
+    if (exit) {
+        app.fake.Answers << modMain::vbYes; // "Do you really want to exit the application?"
+    }
+    for (int answer : answers) {
+        app.fake.Answers << modMain::MsgBoxResult(answer);
+    }
+    app.frm.Item(exit ? u"mnuFileExit"_s : u"mnuFileClose"_s)->trigger();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QStringList questions;
+    for (const QString &text : std::as_const(app.fake.Asked)) {
+        if (text.startsWith(u"Do you want to save the file "_s)) {
+            questions << text;
+        }
+    }
+    QCOMPARE(questions.size(), answers.size());
+    QCOMPARE(questions[0], u"Do you want to save the file "_s + files[0] + u"?"_s);
+    QCOMPARE(app.fake.Asked.last().contains(u"No such file or directory"_s),
+             outcome.startsWith(u'F'));
+    for (int i = 0; i < 2; ++i) {
+        const QChar o = outcome[i];
+        QCOMPARE(windows[i].isNull(), o == u'S' || o == u'D');
+        QCOMPARE(Read(files[i]).contains("Changed"), o == u'S');
+        if (o == u'K') {
+            QCOMPARE(Read(files[i]), before[i]);
+        }
+        if (!windows[i].isNull()) {
+            QVERIFY(windows[i]->document().m_bDataChanged);
+        }
+    }
+    QCOMPARE(app.frm.isVisible(), !exit || (outcome != u"SS"_s && outcome != u"DD"_s));
 }
 
 void TestApplication::saveAllSkipsReadOnly() {
