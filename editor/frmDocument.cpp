@@ -130,8 +130,10 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     // The view scrolls only where the tree asks: scrolling to a selection inside a collapsed
     // branch would expand the branch behind the tree's back.
     m_pTree->setAutoScroll(false);
-    m_pTree->setEditTriggers(m_doc.m_bLabelEditAutomatic ? QAbstractItemView::SelectedClicked
-                                                         : QAbstractItemView::NoEditTriggers);
+    // Labels are edited only when asked: the rename command, or a click on the selected entry
+    // with automatic label editing (the click handling below, not the view's own triggers: the
+    // press selects the entry before the view sees it).
+    m_pTree->setEditTriggers(QAbstractItemView::NoEditTriggers);
     // The one column fills the outline. (Sizing it to its contents would measure rows on every
     // change, which a large outline cannot afford; the splitter fitting measures labels itself.)
     m_pTree->header()->setStretchLastSection(true);
@@ -157,6 +159,21 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
 
     m_pTree->installEventFilter(this);
     m_pDrag = new OutlineDragHandler(m_pTree, m_pModel, &m_doc, this);
+    // A click selects the entry (the press already did) and marks the document changed.
+    connect(m_pDrag, &OutlineDragHandler::entryClicked, this, [this](Node *node) {
+        modMain::Guarded([&] {
+            PROC("frmDocument trvOutline_NodeClick");
+            if (!busy() && node) {
+                m_doc.m_bDataChanged = true;
+                ViewAutoFitSplit();
+            }
+        });
+    });
+    connect(m_pDrag, &OutlineDragHandler::selectedEntryClicked, this, [this](Node *node) {
+        if (m_doc.m_bLabelEditAutomatic && !m_doc.bReadOnly) {
+            StartLabelEdit(node);
+        }
+    });
     m_pText->installEventFilter(this);
     m_pBar->installEventFilter(this);
     m_pGrip->installEventFilter(this);
@@ -636,8 +653,6 @@ void frmDocument::DocumentStateChanged() {
     if (QWidget *frame = parentWidget()) {
         frame->setWindowTitle(m_doc.m_sCaption);
     }
-    m_pTree->setEditTriggers(m_doc.m_bLabelEditAutomatic ? QAbstractItemView::SelectedClicked
-                                                         : QAbstractItemView::NoEditTriggers);
     m_pText->setReadOnly(m_doc.m_bTextLocked);
 }
 
