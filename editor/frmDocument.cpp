@@ -30,6 +30,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 using namespace modNodes;
 
@@ -52,7 +53,12 @@ public:
         block.beginEditBlock();
         RichTextBuffer::SetTextRTF(rtf);
         block.endEditBlock();
+        if (loaded) {
+            loaded();
+        }
     }
+    // Called after each whole text is put into the pane.
+    std::function<void()> loaded;
 };
 
 namespace {
@@ -139,6 +145,7 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     m_pTree->header()->setStretchLastSection(true);
 
     auto buffer = std::make_unique<WindowTextBuffer>();
+    buffer->loaded = [this] { textLoaded(); };
     m_pBuffer = buffer.get();
     m_doc.setTextPane(std::move(buffer));
     m_pText = new QTextEdit(this);
@@ -567,9 +574,36 @@ void frmDocument::txtRTF_Change() {
         if (busy() || g_bLoadingText) {
             return;
         }
+        Node *selected = m_doc.trvOutline().SelectedItem();
+        if (selected != m_nodShown.get()) {
+            // The pane does not hold the selected entry's text (a transfer selected it without
+            // showing it): storing the pane would replace a text the user never saw. The pane
+            // shows the entry's own text instead, once this change is over.
+            QMetaObject::invokeMethod(
+                this,
+                [this] {
+                    if (!busy()) {
+                        NodeTextGet(&m_doc, m_doc.trvOutline().SelectedItem());
+                    }
+                },
+                Qt::QueuedConnection);
+            return;
+        }
         m_doc.m_bDataChanged = true;
-        NodeTextPut(&m_doc, m_doc.trvOutline().SelectedItem());
+        NodeTextPut(&m_doc, selected);
     });
+}
+
+void frmDocument::textLoaded() {
+    m_nodShown = m_doc.trvOutline().SelectedItem();
+    updateTextLock();
+}
+
+void frmDocument::updateTextLock() {
+    // A text refused for its size shows a notice in its place; the pane is locked for that entry
+    // so that nothing typed there could stand for the stored bytes.
+    Node *shown = m_nodShown.get();
+    m_pText->setReadOnly(m_doc.m_bTextLocked || (shown && NodeTextRefused(shown->Tag())));
 }
 
 void frmDocument::txtRTF_GotFocus() {
@@ -653,7 +687,7 @@ void frmDocument::DocumentStateChanged() {
     if (QWidget *frame = parentWidget()) {
         frame->setWindowTitle(m_doc.m_sCaption);
     }
-    m_pText->setReadOnly(m_doc.m_bTextLocked);
+    updateTextLock();
 }
 
 // Qt events.
