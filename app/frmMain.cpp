@@ -8,6 +8,7 @@
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocClipboard.h"
+#include "document/modRecovery.h"
 #include "editor/frmDocument.h"
 #include "editor/modFont.h"
 #include "help/frmAbout.h"
@@ -21,6 +22,7 @@
 #include <QFileDialog>
 #include <QFontDialog>
 #include <QLabel>
+#include <QLocale>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
@@ -51,6 +53,9 @@ QStringList NameFilters(const QString &filter) {
     return filters;
 }
 
+// A pause of the keys and mouse this long counts as idle: the recovery copies are written then.
+constexpr qint64 kIdleMs = 2000;
+
 } // namespace
 
 frmMain::frmMain(QWidget *parent) : QMainWindow(parent) {
@@ -70,12 +75,20 @@ frmMain::frmMain(QWidget *parent) : QMainWindow(parent) {
     m_timer = new QTimer(this);
     m_timer->setObjectName(u"Timer1"_s);
     connect(m_timer, &QTimer::timeout, this, [this] { Timer1_Timer(); });
+    m_recoveryTimer = new QTimer(this);
+    m_recoveryTimer->setObjectName(u"RecoveryTimer"_s);
+    m_recoveryTimer->setInterval(1000);
+    connect(m_recoveryTimer, &QTimer::timeout, this,
+            [this] { modRecovery::CheckPoint(m_lastInput.elapsed() >= kIdleMs); });
+    m_lastInput.start();
+    qApp->installEventFilter(this);
     connect(m_mdi, &QMdiArea::subWindowActivated, this, &frmMain::OnSubWindowActivated);
     modDocClipboard::SetClipboard(&m_clipboard);
     modMain::SetMainWindow(this);
 }
 
 frmMain::~frmMain() {
+    qApp->removeEventFilter(this);
     // MDIForm_Unload: the process-wide reference goes with the window.
     if (modMain::MainWindow() == this) {
         modMain::SetMainWindow(nullptr);
@@ -213,7 +226,59 @@ void frmMain::MDIForm_Load() {
         m_items.value(u"mnuViewOptionsClickToRenameEntry"_s)->setChecked(modGlobals::AutoLabelEdit);
         m_timer->setInterval(modGlobals::TimerInterval);
         m_timer->start();
+        OfferRecovery();
+        m_recoveryTimer->start();
     });
+}
+
+void frmMain::OfferRecovery() {
+    PROC("frmMain OfferRecovery");
+    modMain::Guarded([] {
+        const QList<modRecovery::Recovered> copies = modRecovery::Pending();
+        if (copies.isEmpty()) {
+            return;
+        }
+        QString list;
+        for (const modRecovery::Recovered &copy : copies) {
+            list += u"\n    "_s +
+                    (copy.OriginalFile.isEmpty() ? copy.Caption + u" (never saved)"_s
+                                                 : copy.OriginalFile) +
+                    u", as it was at "_s + QLocale().toString(copy.Written, QLocale::ShortFormat);
+        }
+        const modMain::MsgBoxResult answer = modMain::MsgBox(
+            u"Mavrolen did not end normally last time. These documents had changes that were not "
+            "saved:\n"_s +
+                list +
+                u"\n\nDo you want to open the recovered copies? Each opens as a changed document "
+                "under its original name; your files are not changed until you save.\n\n"
+                "Yes: open them.  No: discard the copies.  Cancel: keep them for the next "
+                "start."_s,
+            modMain::vbYesNoCancel, modMain::vbQuestion);
+        for (const modRecovery::Recovered &copy : copies) {
+            if (answer == modMain::vbYes) {
+                modRecovery::OpenRecovered(copy);
+            } else if (answer == modMain::vbNo) {
+                modRecovery::Discard(copy);
+            }
+        }
+        if (answer == modMain::vbYes) {
+            modMain::MenuEnable(modDoc::OpenDocumentCount());
+            modMain::MenuEnableDynamic();
+        }
+    });
+}
+
+bool frmMain::eventFilter(QObject *watched, QEvent *event) {
+    switch (event->type()) {
+    case QEvent::KeyPress:
+    case QEvent::MouseButtonPress:
+    case QEvent::Wheel:
+        m_lastInput.start();
+        break;
+    default:
+        break;
+    }
+    return QMainWindow::eventFilter(watched, event);
 }
 
 bool frmMain::MDIForm_QueryUnload() {
@@ -248,6 +313,8 @@ void frmMain::closeEvent(QCloseEvent *event) {
         }
     }
     m_timer->stop();
+    m_recoveryTimer->stop();
+    modRecovery::WaitForWrites();
     event->accept();
 }
 

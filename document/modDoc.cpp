@@ -196,6 +196,9 @@ Document *DocLoad(const QString &path) {
         },
         false);
     if (!read) {
+        modMain::MsgBox(QStringLiteral("The file ") + path +
+                            QStringLiteral(" could not be opened:\n") + LastFailureReason(),
+                        modMain::vbOKOnly, modMain::vbExclamation);
         return nullptr;
     }
     Document *doc = nullptr;

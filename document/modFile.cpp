@@ -113,6 +113,8 @@ bool QueryUnload(Document &doc) {
 }
 
 void DocumentUnloaded(Document &doc) {
+    // Saved, or deliberately left unsaved: the recovery copy goes either way.
+    modRecovery::Forget(&doc);
     doc.m_bClosing = true;
     if (Documents::Active() == &doc) {
         Documents::SetActive(nullptr);
@@ -275,6 +277,10 @@ void FileImportClipboard() {
                     before->view()->DocumentStateChanged();
                 }
             }
+        }
+        if (doc) {
+            // The transfer is over: the pane shows the imported text.
+            modNodes::NodeSelectFull(doc, doc->trvOutline().SelectedItem());
         }
         Document *active = nullptr;
         if (modMain::DocumentActive(active) && active->view()) {

@@ -7,6 +7,7 @@
 #include "document/modDoc.h"
 #include "document/modDocText.h"
 #include "document/modFile.h"
+#include "document/modRecovery.h"
 #include "editor/frmDocument.h"
 #include "outline/modNodes.h"
 #include "support/FakeMainWindow.h"
@@ -37,7 +38,9 @@ struct App {
     frmMain frm;
     FakeMainWindow fake{&frm};
 
-    App() {
+    // `answers`: for the questions asked while the program starts.
+    explicit App(const QList<modMain::MsgBoxResult> &answers = {}) {
+        fake.Answers = answers;
         frm.MDIForm_Load();
         frm.show();
         QVERIFY(QTest::qWaitForWindowExposed(&frm));
@@ -133,6 +136,8 @@ private slots:
     void saveAllSkipsReadOnly();
     void settingsAndWorkspaceCarryOver();
     void fileDialogSettings();
+    void recoveryOffer_data();
+    void recoveryOffer();
 
 private:
     std::unique_ptr<ScopedSettings> m_settings;
@@ -379,6 +384,58 @@ void TestApplication::fileDialogSettings() {
     // Cancelled dialogs change nothing.
     QCOMPARE(app.windows().size(), 1);
     QCOMPARE(app.active()->document().m_sFile, a);
+}
+
+void TestApplication::recoveryOffer_data() {
+    QTest::addColumn<int>("answer");
+    QTest::newRow("yes opens the copies") << int(modMain::vbYes);
+    QTest::newRow("no discards them") << int(modMain::vbNo);
+    QTest::newRow("cancel keeps them for later") << int(modMain::vbCancel);
+}
+
+void TestApplication::recoveryOffer() {
+    QFETCH(int, answer);
+    // Two copies left by a process that is gone: a named document and a never saved one.
+    const QString file = path(u"r.mvd"_s);
+    WriteDocument(file, {u"Saved"_s});
+    const QByteArray onDisk = Read(file);
+    const QDir folder(modRecovery::Folder());
+    QVERIFY(folder.mkpath(u"."_s));
+    const QStringList originals{file, QString()};
+    for (int i = 0; i < 2; ++i) {
+        const QString base = folder.filePath(u"2147483000-"_s + QString::number(i + 1));
+        WriteDocument(base + u".mvd"_s, {u"Lost words"_s});
+        QFile info(base + u".info"_s);
+        QVERIFY(info.open(QIODevice::WriteOnly));
+        info.write("pid 2147483000\nfile " + originals[i].toUtf8() + "\ncaption " +
+                   (i ? QByteArray("Document 3") : file.toUtf8()) + "\n");
+    }
+    App app({modMain::MsgBoxResult(answer)});
+    QCOMPARE(app.fake.Asked.size(), 1);
+    QVERIFY(app.fake.Asked[0].contains(file));
+    QVERIFY(app.fake.Asked[0].contains(u"Document 3 (never saved)"_s));
+    QCOMPARE(app.windows().size(), answer == modMain::vbYes ? 2 : 0);
+    QCOMPARE(modRecovery::Pending().size(), answer == modMain::vbCancel ? 2 : 0);
+    QCOMPARE(Read(file), onDisk); // recovery never writes the user's file
+    if (answer != modMain::vbYes) {
+        return;
+    }
+    QStringList opened;
+    for (frmDocument *w : app.windows()) {
+        opened << w->document().m_sFile;
+        QVERIFY(w->document().m_bDataChanged);
+        QVERIFY(Find(w->document(), u"Lost words"_s));
+    }
+    opened.sort();
+    QCOMPARE(opened, QStringList({QString(), file}));
+    // Closed without saving, on purpose: the copies go.
+    app.fake.Answers << modMain::vbNo << modMain::vbNo;
+    app.frm.Item(u"mnuFileClose"_s)->trigger();
+    app.frm.Item(u"mnuFileClose"_s)->trigger();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    modRecovery::WaitForWrites();
+    QVERIFY(app.windows().isEmpty());
+    QCOMPARE(folder.entryList(QDir::Files), QStringList());
 }
 
 QTEST_MAIN(TestApplication)
