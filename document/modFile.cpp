@@ -1,7 +1,6 @@
 #include "document/modFile.h"
 #include "document/modRecovery.h"
 
-#include "app/modMRU.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocClipboard.h"
@@ -323,7 +322,7 @@ void FileExit() {
 void FileMRU(int index) {
     modMain::Guarded([index] {
         PROC("modFile FileMRU");
-        const QString file = modMRU::MenuFile(index);
+        const QString file = modMain::Host().MRUFile(index);
         if (file.isEmpty()) {
             return; // no such item
         }
@@ -338,12 +337,12 @@ void FileMRU(int index) {
         }
         if (modString::FileExists(file)) {
             modDoc::DocLoad(file);
-            modMRU::UpdateMRUFile(file, false);
+            modMain::Host().UpdateMRUFile(file, false);
         } else {
             modMain::MsgBox(u"Warning - the file "_s + file +
                                 u" no longer exists, so cannot be loaded"_s,
                             modMain::vbOKOnly, modMain::vbExclamation);
-            modMRU::UpdateMRUFile(file, true);
+            modMain::Host().UpdateMRUFile(file, true);
         }
         RefreshAll();
     });

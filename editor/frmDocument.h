@@ -100,6 +100,8 @@ private:
     // A whole text was put into the pane: it now shows the selected entry's.
     void textLoaded();
     void updateTextLock();
+    // The selection moved or the format at the caret changed.
+    void txtRTF_SelChange();
 
     void onNodeExpandedChanged(const QModelIndex &index, bool expanded);
     void onNodeSelected(const QModelIndex &index);
