@@ -59,6 +59,24 @@ QStringList NameFilters(const QString &filter) {
 // A pause of the keys and mouse this long counts as idle: the recovery copies are written then.
 constexpr qint64 kIdleMs = 2000;
 
+// Restarts a clock at every key and mouse button of the application.
+class InputWatch : public QObject {
+public:
+    InputWatch(QElapsedTimer *clock, QObject *parent) : QObject(parent), m_clock(clock) {}
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override {
+        const QEvent::Type type = event->type();
+        if (type == QEvent::KeyPress || type == QEvent::MouseButtonPress || type == QEvent::Wheel) {
+            m_clock->start();
+        }
+        return false;
+    }
+
+private:
+    QElapsedTimer *m_clock;
+};
+
 } // namespace
 
 frmMain::frmMain(QWidget *parent) : QMainWindow(parent) {
@@ -84,7 +102,7 @@ frmMain::frmMain(QWidget *parent) : QMainWindow(parent) {
     connect(m_recoveryTimer, &QTimer::timeout, this,
             [this] { modRecovery::CheckPoint(m_lastInput.elapsed() >= kIdleMs); });
     m_lastInput.start();
-    qApp->installEventFilter(this);
+    qApp->installEventFilter(new InputWatch(&m_lastInput, this));
     connect(m_mdi, &QMdiArea::subWindowActivated, this, &frmMain::OnSubWindowActivated);
     modDocClipboard::SetClipboard(&m_clipboard);
     modMain::SetMainWindow(this);
@@ -92,7 +110,6 @@ frmMain::frmMain(QWidget *parent) : QMainWindow(parent) {
 }
 
 frmMain::~frmMain() {
-    qApp->removeEventFilter(this);
     // MDIForm_Unload: the process-wide reference goes with the window.
     if (modMain::MainWindow() == this) {
         modMain::SetMainWindow(nullptr);
@@ -276,19 +293,6 @@ void frmMain::OfferRecovery() {
             modMain::MenuEnableDynamic();
         }
     });
-}
-
-bool frmMain::eventFilter(QObject *watched, QEvent *event) {
-    switch (event->type()) {
-    case QEvent::KeyPress:
-    case QEvent::MouseButtonPress:
-    case QEvent::Wheel:
-        m_lastInput.start();
-        break;
-    default:
-        break;
-    }
-    return QMainWindow::eventFilter(watched, event);
 }
 
 bool frmMain::MDIForm_QueryUnload() {
