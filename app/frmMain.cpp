@@ -9,6 +9,7 @@
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocClipboard.h"
+#include "document/modRecovery.h"
 #include "editor/frmDocument.h"
 #include "editor/modFont.h"
 #include "help/frmAbout.h"
@@ -23,6 +24,7 @@
 #include <QFileDialog>
 #include <QFontDialog>
 #include <QLabel>
+#include <QLocale>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
@@ -54,6 +56,27 @@ QStringList NameFilters(const QString &filter) {
     return filters;
 }
 
+// A pause of the keys and mouse this long counts as idle: the recovery copies are written then.
+constexpr qint64 kIdleMs = 2000;
+
+// Restarts a clock at every key and mouse button of the application.
+class InputWatch : public QObject {
+public:
+    InputWatch(QElapsedTimer *clock, QObject *parent) : QObject(parent), m_clock(clock) {}
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override {
+        const QEvent::Type type = event->type();
+        if (type == QEvent::KeyPress || type == QEvent::MouseButtonPress || type == QEvent::Wheel) {
+            m_clock->start();
+        }
+        return false;
+    }
+
+private:
+    QElapsedTimer *m_clock;
+};
+
 } // namespace
 
 frmMain::frmMain(QWidget *parent) : QMainWindow(parent) {
@@ -73,6 +96,13 @@ frmMain::frmMain(QWidget *parent) : QMainWindow(parent) {
     m_timer = new QTimer(this);
     m_timer->setObjectName(u"Timer1"_s);
     connect(m_timer, &QTimer::timeout, this, [this] { Timer1_Timer(); });
+    m_recoveryTimer = new QTimer(this);
+    m_recoveryTimer->setObjectName(u"RecoveryTimer"_s);
+    m_recoveryTimer->setInterval(1000);
+    connect(m_recoveryTimer, &QTimer::timeout, this,
+            [this] { modRecovery::CheckPoint(m_lastInput.elapsed() >= kIdleMs); });
+    m_lastInput.start();
+    qApp->installEventFilter(new InputWatch(&m_lastInput, this));
     connect(m_mdi, &QMdiArea::subWindowActivated, this, &frmMain::OnSubWindowActivated);
     modDocClipboard::SetClipboard(&m_clipboard);
     modMain::SetMainWindow(this);
@@ -223,6 +253,45 @@ void frmMain::MDIForm_Load() {
         m_items.value(u"mnuViewOptionsClickToRenameEntry"_s)->setChecked(modGlobals::AutoLabelEdit);
         m_timer->setInterval(modGlobals::TimerInterval);
         m_timer->start();
+        OfferRecovery();
+        m_recoveryTimer->start();
+    });
+}
+
+void frmMain::OfferRecovery() {
+    PROC("frmMain OfferRecovery");
+    modMain::Guarded([] {
+        const QList<modRecovery::Recovered> copies = modRecovery::Pending();
+        if (copies.isEmpty()) {
+            return;
+        }
+        QString list;
+        for (const modRecovery::Recovered &copy : copies) {
+            list += u"\n    "_s +
+                    (copy.OriginalFile.isEmpty() ? copy.Caption + u" (never saved)"_s
+                                                 : copy.OriginalFile) +
+                    u", as it was at "_s + QLocale().toString(copy.Written, QLocale::ShortFormat);
+        }
+        const modMain::MsgBoxResult answer = modMain::MsgBox(
+            u"Mavrolen did not end normally last time. These documents had changes that were not "
+            "saved:\n"_s +
+                list +
+                u"\n\nDo you want to open the recovered copies? Each opens as a changed document "
+                "under its original name; your files are not changed until you save.\n\n"
+                "Yes: open them.  No: discard the copies.  Cancel: keep them for the next "
+                "start."_s,
+            modMain::vbYesNoCancel, modMain::vbQuestion);
+        for (const modRecovery::Recovered &copy : copies) {
+            if (answer == modMain::vbYes) {
+                modRecovery::OpenRecovered(copy);
+            } else if (answer == modMain::vbNo) {
+                modRecovery::Discard(copy);
+            }
+        }
+        if (answer == modMain::vbYes) {
+            modMain::MenuEnable(modDoc::OpenDocumentCount());
+            modMain::MenuEnableDynamic();
+        }
     });
 }
 
@@ -249,13 +318,17 @@ void frmMain::closeEvent(QCloseEvent *event) {
         event->ignore();
         return;
     }
-    // Only now does each document window ask its own question.
-    m_mdi->closeAllSubWindows();
-    if (!m_mdi->subWindowList().isEmpty()) {
-        event->ignore();
-        return;
+    // Only now does each document window ask its own question, in order; the first that stays
+    // open (Cancel, or a save that failed) stops the exit, and the others are not asked.
+    for (QMdiSubWindow *frame : m_mdi->subWindowList(QMdiArea::CreationOrder)) {
+        if (!frame->close()) {
+            event->ignore();
+            return;
+        }
     }
     m_timer->stop();
+    m_recoveryTimer->stop();
+    modRecovery::WaitForWrites();
     event->accept();
 }
 

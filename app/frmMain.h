@@ -3,6 +3,7 @@
 #include "document/SystemClipboard.h"
 #include "util/MainWindowHost.h"
 
+#include <QElapsedTimer>
 #include <QHash>
 #include <QMainWindow>
 
@@ -26,6 +27,10 @@ public:
     void MDIForm_Load();
     // The close question and Finalise; true when the close may go on.
     bool MDIForm_QueryUnload();
+    // Copies of documents with unsaved changes left by a session that ended without closing:
+    // says which, and opens them as changed documents, discards them, or keeps them for later.
+    void OfferRecovery();
+    QTimer *RecoveryTimer() const { return m_recoveryTimer; }
 
     QMdiArea *mdiArea() const { return m_mdi; }
     QAction *Item(const QString &name) const { return m_items.value(name); }
@@ -117,6 +122,10 @@ private:
     QToolBar *m_toolbar = nullptr;
     QLabel *m_statusText = nullptr;
     QTimer *m_timer = nullptr;
+    // Keeps the recovery copies of changed documents: every second, a copy at most 30 s after a
+    // change, or as soon as the user pauses.
+    QTimer *m_recoveryTimer = nullptr;
+    QElapsedTimer m_lastInput; // since the last key or mouse button
     QHash<QString, QAction *> m_items;
     QHash<QString, QMenu *> m_menus;
     QHash<QString, QAction *> m_buttons;

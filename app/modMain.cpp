@@ -15,26 +15,21 @@ QString FullPathName(const QString &fileName) {
     return QDir::cleanPath(QDir::current().absoluteFilePath(fileName));
 }
 
-QStringList GetCommandLineFiles(const QString &commandLine) {
+QStringList GetCommandLineFiles(const QStringList &arguments) {
     PROC("modMain GetCommandLineFiles");
+    // Each argument is one file name, blanks and all: the shell has already split the line.
     QStringList files;
-    const QString line = modString::Trim(commandLine) + QLatin1Char(' ');
-    qsizetype start = 0;
-    qsizetype blank = line.indexOf(QLatin1Char(' '), start);
-    while (blank >= 0) {
-        const QString name = FullPathName(modString::Trim(line.mid(start, blank - start)));
-        if (modString::FileExists(name)) {
+    for (const QString &argument : arguments) {
+        const QString name = FullPathName(argument);
+        if (!argument.isEmpty() && modString::FileExists(name)) {
             files.append(name);
         }
-        start = blank + 1;
-        blank = line.indexOf(QLatin1Char(' '), start);
     }
     return files;
 }
 
 QStringList GetCommandLineFiles() {
-    const QStringList args = QCoreApplication::arguments().mid(1);
-    return GetCommandLineFiles(args.join(QLatin1Char(' ')));
+    return GetCommandLineFiles(QCoreApplication::arguments().mid(1));
 }
 
 } // namespace modMain

@@ -12,9 +12,8 @@ namespace modMain {
 // The name expanded to a full path ("" for an empty name).
 QString FullPathName(const QString &fileName);
 
-// The existing files named on the command line (the arguments joined by single blanks, split at
-// every blank), as full paths.
-QStringList GetCommandLineFiles(const QString &commandLine);
+// The existing files named on the command line, as full paths: each argument is one name.
+QStringList GetCommandLineFiles(const QStringList &arguments);
 QStringList GetCommandLineFiles(); // from the running application's arguments
 
 } // namespace modMain

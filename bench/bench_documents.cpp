@@ -4,6 +4,7 @@
 #include "document/modDoc.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
+#include "document/modRecovery.h"
 #include "outline/modNodes.h"
 #include "util/ErrorLog.h"
 
@@ -167,8 +168,44 @@ void BM_ExportText(benchmark::State &state) {
     modDoc::DocClose(doc);
 }
 
+// One recovery checkpoint of a changed document: what the user-interface thread spends (the
+// snapshot); the copy is written on a worker thread, waited for outside the timing.
+void BM_CheckPoint(benchmark::State &state) {
+    const QString path = documentFile(int(state.range(0)));
+    modRecovery::SetFolder(workDir().filePath(QStringLiteral("recovery")));
+    Document *doc = modDoc::DocLoad(path);
+    doc->m_bDataChanged = true;
+    Node *last = doc->trvOutline().Item(int(doc->trvOutline().Count()));
+    int round = 0;
+    for (auto _ : state) {
+        last->setText(QStringLiteral("Changed %1").arg(++round));
+        modRecovery::CheckPoint(true);
+        state.PauseTiming();
+        modRecovery::WaitForWrites();
+        state.ResumeTiming();
+    }
+    state.counters["file_MB"] = double(QFile(path).size()) / (1 << 20);
+    modDoc::DocClose(doc);
+}
+
+// The whole copy written on the calling thread, for comparison with the checkpoint.
+void BM_RecoveryWriteNow(benchmark::State &state) {
+    const QString path = documentFile(int(state.range(0)));
+    modRecovery::SetFolder(workDir().filePath(QStringLiteral("recovery")));
+    Document *doc = modDoc::DocLoad(path);
+    for (auto _ : state) {
+        if (!modRecovery::WriteNow(*doc)) {
+            state.SkipWithError("recovery copy failed");
+            break;
+        }
+    }
+    modDoc::DocClose(doc);
+}
+
 } // namespace
 
+BENCHMARK(BM_CheckPoint)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_RecoveryWriteNow)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_Load)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_Save)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_SaveBytes)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);

@@ -24,6 +24,7 @@ namespace {
 
 clsFont g_defaultOutlineFont;
 clsFont g_defaultTextFont;
+QString g_sSaveFailure; // why the last save failed
 
 // The busy flag of a whole-document transfer, cleared however the transfer ends.
 struct Transfer {
@@ -94,6 +95,8 @@ Document *DocInit() {
         doc = Documents::Adopt();
     }
     doc->m_sCaption = QStringLiteral("Document ") + QString::number(OpenDocumentCount());
+    // Labels are renamed by clicking only when the option says so.
+    doc->m_bLabelEditAutomatic = modGlobals::AutoLabelEdit;
     Documents::SetActive(doc);
     stateChanged(*doc);
     return doc;
@@ -192,6 +195,9 @@ Document *DocLoad(const QString &path) {
         },
         false);
     if (!read) {
+        modMain::MsgBox(QStringLiteral("The file ") + path +
+                            QStringLiteral(" could not be opened:\n") + LastFailureReason(),
+                        modMain::vbOKOnly, modMain::vbExclamation);
         return nullptr;
     }
     Document *doc = nullptr;
@@ -244,41 +250,53 @@ bool DocSave(const QString &path) {
     return DocSaveDocument(*doc, path, true);
 }
 
+QString SaveFailure() {
+    return g_sSaveFailure;
+}
+
 bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk) {
     const QString oldFile = doc.m_sFile;
     const int oldVersion = doc.m_iFileFormatVersion;
     bool failed = false;
-    const bool saved = modMain::Guarded([&] {
-        PROC("modDoc DocSave");
-        const BusyPointer busy;
-        const Transfer transfer;
-        doc.m_sFile = path;
-        doc.m_iFileFormatVersion = DocDefaultVersionFromExt(path).toInt();
-        // Declining the warning leaves the old file where it is; the backup is made only once
-        // the new file is complete (WriteWholeFile).
-        if (doc.m_iFileFormatVersion == -1 && doc.trvOutline().Count() > 1 && backupAndAsk &&
-            modMain::MsgBox(TextFormatWarning(), modMain::vbYesNoCancel, modMain::vbQuestion) !=
-                modMain::vbYes) {
-            return false;
-        }
-        const QByteArray bytes = doc.m_iFileFormatVersion == -1 ? modDocText::DocSaveVersion(doc)
-                                                                : modDocV1::DocSaveVersion(doc);
-        PROC("modDoc DocSave");
-        failed = true;
-        WriteWholeFile(path, bytes, backupAndAsk && BackupOn());
-        failed = false;
-        doc.m_sCaption = doc.m_sFile;
-        stateChanged(doc);
-        menuEnableDynamic(&doc);
-        modMain::Host().UpdateMRUFile(path, false);
-        return true;
-    });
+    g_sSaveFailure.clear();
+    // 1 written, 0 declined by the user, -1 failed.
+    const int outcome = modMain::Guarded(
+        [&] {
+            PROC("modDoc DocSave");
+            const BusyPointer busy;
+            const Transfer transfer;
+            doc.m_sFile = path;
+            doc.m_iFileFormatVersion = DocDefaultVersionFromExt(path).toInt();
+            // Declining the warning leaves the old file where it is; the backup is made only once
+            // the new file is complete (WriteWholeFile).
+            if (doc.m_iFileFormatVersion == -1 && doc.trvOutline().Count() > 1 && backupAndAsk &&
+                modMain::MsgBox(TextFormatWarning(), modMain::vbYesNoCancel, modMain::vbQuestion) !=
+                    modMain::vbYes) {
+                return 0;
+            }
+            const QByteArray bytes = doc.m_iFileFormatVersion == -1
+                                         ? modDocText::DocSaveVersion(doc)
+                                         : modDocV1::DocSaveVersion(doc);
+            PROC("modDoc DocSave");
+            failed = true;
+            WriteWholeFile(path, bytes, backupAndAsk && BackupOn());
+            failed = false;
+            doc.m_sCaption = doc.m_sFile;
+            stateChanged(doc);
+            menuEnableDynamic(&doc);
+            modMain::Host().UpdateMRUFile(path, false);
+            return 1;
+        },
+        -1);
+    if (outcome < 0) {
+        g_sSaveFailure = LastFailureReason();
+    }
     if (failed) {
         // Nothing was written: the document keeps the name of the file that holds it.
         doc.m_sFile = oldFile;
         doc.m_iFileFormatVersion = oldVersion;
     }
-    return saved;
+    return outcome > 0;
 }
 
 } // namespace modDoc

@@ -44,6 +44,9 @@ void DocFinishLoad(Document &doc, const QString &selectedKey, const QList<bool> 
                    const QList<bool> &showingByIndex);
 // Saves the active document under `path`. Returns true when the file was written.
 bool DocSave(const QString &path);
+// Why the last save failed, in the system's words ("No space left on device"); empty when it
+// wrote the file or the user declined the text-format warning.
+QString SaveFailure();
 // Saves a given document (the active one is not consulted). `backupAndAsk` false skips the backup
 // and the text-format warning.
 bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk = true);

@@ -160,6 +160,9 @@ bool DocImport(Document &doc, const QString &path) {
             }
             modNodes::NodeSelect(&doc, select);
         }
+        // Now that the transfer is over, the pane shows the selected entry's text, so that what
+        // is typed there goes into the text the user sees.
+        modNodes::NodeSelectFull(&doc, doc.trvOutline().SelectedItem());
         if (doc.view()) {
             doc.view()->ViewAutoFitSplit();
         }

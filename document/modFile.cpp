@@ -35,6 +35,18 @@ void Activate(Document *doc) {
     }
 }
 
+// Tells the user that a save failed and why; the log has the error already.
+void TellSaveFailed(const QString &path) {
+    const QString reason = modDoc::SaveFailure();
+    if (reason.isEmpty()) {
+        return; // written, or the text-format warning was declined
+    }
+    modMain::MsgBox(u"The document could not be saved as "_s + path + u":\n"_s + reason +
+                        u"\n\nIt is still marked as changed. Save it under another name or in "
+                        "another folder to keep your changes."_s,
+                    modMain::vbOKOnly, modMain::vbExclamation);
+}
+
 // The coarse and the fine refresh of the command state.
 void RefreshAll() {
     modMain::Host().RefreshCommands(true);
@@ -92,11 +104,16 @@ bool QueryUnload(Document &doc) {
     if (answer == modMain::vbYes) {
         Activate(&doc);
         FileSave();
+        // A save that failed or was declined keeps the document marked changed, and open.
+        // (A cancelled Save As dialog leaves it unmarked: it closes unsaved.)
+        return !doc.m_bDataChanged;
     }
     return true;
 }
 
 void DocumentUnloaded(Document &doc) {
+    // Saved, or deliberately left unsaved: the recovery copy goes either way.
+    modRecovery::Forget(&doc);
     doc.m_bClosing = true;
     if (Documents::Active() == &doc) {
         Documents::SetActive(nullptr);
@@ -161,6 +178,7 @@ void FileSave() {
         if (!doc->m_sFile.isEmpty()) {
             if (!modDoc::DocSave(doc->m_sFile)) {
                 doc->m_bDataChanged = changed;
+                TellSaveFailed(doc->m_sFile);
             } else {
                 modRecovery::Forget(doc); // saved cleanly: the recovery copy goes
             }
@@ -179,8 +197,12 @@ void FileSaveAs() {
         }
         const auto name = ShowDialog(true, kNativeExt, modString::FileWithoutExt(doc->m_sFile),
                                      FileFilter(false), kSaveFlags);
-        if (name && !modDoc::DocSave(*name)) {
+        if (!name) {
+            return;
+        }
+        if (!modDoc::DocSave(*name)) {
             doc->m_bDataChanged = true;
+            TellSaveFailed(*name);
         }
     });
 }
@@ -254,6 +276,10 @@ void FileImportClipboard() {
                     before->view()->DocumentStateChanged();
                 }
             }
+        }
+        if (doc) {
+            // The transfer is over: the pane shows the imported text.
+            modNodes::NodeSelectFull(doc, doc->trvOutline().SelectedItem());
         }
         Document *active = nullptr;
         if (modMain::DocumentActive(active) && active->view()) {

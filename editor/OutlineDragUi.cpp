@@ -28,6 +28,14 @@ OutlineDragHandler::OutlineDragHandler(QTreeView *tree, OutlineModel *model, Doc
                                        QObject *parent)
     : QObject(parent), m_pTree(tree), m_pModel(model), m_pDoc(document) {
     m_pTree->setDragEnabled(false);
+    m_clickTimer.setSingleShot(true);
+    connect(&m_clickTimer, &QTimer::timeout, this, [this] {
+        // The entry may have gone, or another may have been selected, meanwhile.
+        Node *selected = m_pDoc->trvOutline().SelectedItem();
+        if (selected && selected == m_nodPressed) {
+            emit selectedEntryClicked(selected);
+        }
+    });
     m_pTree->viewport()->installEventFilter(this);
     m_pTree->installEventFilter(this);
 }
@@ -61,6 +69,9 @@ bool OutlineDragHandler::eventFilter(QObject *watched, QEvent *event) {
         return move(static_cast<QMouseEvent *>(event));
     case QEvent::MouseButtonRelease:
         return release(static_cast<QMouseEvent *>(event));
+    case QEvent::MouseButtonDblClick:
+        m_clickTimer.stop(); // a double click expands or collapses; it does not rename
+        return false;
     default:
         return false;
     }
@@ -73,7 +84,13 @@ bool OutlineDragHandler::press(QMouseEvent *event) {
     }
     const QPoint pos = event->position().toPoint();
     Node *hit = nodeAt(pos);
+    m_clickTimer.stop();
+    m_bWasSelected = hit && hit == m_pDoc->trvOutline().SelectedItem();
+    m_nodPressed = hit;
     modDrag::DragPress(m_pDoc, hit, button);
+    if (hit && button == modDrag::kLeftButton) {
+        emit entryClicked(hit);
+    }
     m_press = pos;
     m_iButton = button;
     m_bArmed = hit != nullptr;
@@ -143,6 +160,9 @@ bool OutlineDragHandler::release(QMouseEvent *event) {
     }
     finish();
     modDrag::ResetDraggingFlags();
+    if (m_iButton == modDrag::kLeftButton && m_bWasSelected && nodeAt(pos) == m_nodPressed) {
+        m_clickTimer.start(QApplication::doubleClickInterval());
+    }
     // A right click without dragging offers the Outline menu of the main window.
     if (m_iButton == modDrag::kRightButton) {
         if (QMenu *menu = m_pTree->window()->findChild<QMenu *>(u"mnuoutline"_s)) {

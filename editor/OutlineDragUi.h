@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QPoint>
+#include <QTimer>
 
 class Document;
 class Node;
@@ -21,6 +22,12 @@ public:
 
     bool dragging() const { return m_bDragging; }
 
+signals:
+    // The left button went down on an entry (after it was selected).
+    void entryClicked(Node *node);
+    // A single click, not a double click, on the entry that was already selected.
+    void selectedEntryClicked(Node *node);
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -38,7 +45,11 @@ private:
     Document *m_pDoc;
     QPoint m_press;
     int m_iButton = 0;
-    bool m_bArmed = false;    // a button went down on an entry
-    bool m_bDragging = false; // ... and the pointer left the threshold square
-    int m_iValid = -1;        // the validity the pointer shows (-1 none yet)
+    bool m_bArmed = false;       // a button went down on an entry
+    bool m_bDragging = false;    // ... and the pointer left the threshold square
+    int m_iValid = -1;           // the validity the pointer shows (-1 none yet)
+    bool m_bWasSelected = false; // the pressed entry was the selected one before the press
+    Node *m_nodPressed = nullptr;
+    // Waits out a possible second click before a click on the selected entry counts.
+    QTimer m_clickTimer;
 };

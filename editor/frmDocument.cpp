@@ -33,6 +33,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 using namespace modNodes;
 
@@ -55,7 +56,12 @@ public:
         block.beginEditBlock();
         RichTextBuffer::SetTextRTF(rtf);
         block.endEditBlock();
+        if (loaded) {
+            loaded();
+        }
     }
+    // Called after each whole text is put into the pane.
+    std::function<void()> loaded;
 };
 
 namespace {
@@ -133,13 +139,16 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     // The view scrolls only where the tree asks: scrolling to a selection inside a collapsed
     // branch would expand the branch behind the tree's back.
     m_pTree->setAutoScroll(false);
-    m_pTree->setEditTriggers(m_doc.m_bLabelEditAutomatic ? QAbstractItemView::SelectedClicked
-                                                         : QAbstractItemView::NoEditTriggers);
+    // Labels are edited only when asked: the rename command, or a click on the selected entry
+    // with automatic label editing (the click handling below, not the view's own triggers: the
+    // press selects the entry before the view sees it).
+    m_pTree->setEditTriggers(QAbstractItemView::NoEditTriggers);
     // The one column fills the outline. (Sizing it to its contents would measure rows on every
     // change, which a large outline cannot afford; the splitter fitting measures labels itself.)
     m_pTree->header()->setStretchLastSection(true);
 
     auto buffer = std::make_unique<WindowTextBuffer>();
+    buffer->loaded = [this] { textLoaded(); };
     m_pBuffer = buffer.get();
     m_doc.setTextPane(std::move(buffer));
     m_pText = new QTextEdit(this);
@@ -160,6 +169,21 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
 
     m_pTree->installEventFilter(this);
     m_pDrag = new OutlineDragHandler(m_pTree, m_pModel, &m_doc, this);
+    // A click selects the entry (the press already did) and marks the document changed.
+    connect(m_pDrag, &OutlineDragHandler::entryClicked, this, [this](Node *node) {
+        modMain::Guarded([&] {
+            PROC("frmDocument trvOutline_NodeClick");
+            if (!busy() && node) {
+                m_doc.m_bDataChanged = true;
+                ViewAutoFitSplit();
+            }
+        });
+    });
+    connect(m_pDrag, &OutlineDragHandler::selectedEntryClicked, this, [this](Node *node) {
+        if (m_doc.m_bLabelEditAutomatic && !m_doc.bReadOnly) {
+            StartLabelEdit(node);
+        }
+    });
     m_pText->installEventFilter(this);
     m_pBar->installEventFilter(this);
     m_pGrip->installEventFilter(this);
@@ -585,9 +609,36 @@ void frmDocument::txtRTF_Change() {
         if (busy() || g_bLoadingText || modSearch::g_iSearchMode != 0) {
             return;
         }
+        Node *selected = m_doc.trvOutline().SelectedItem();
+        if (selected != m_nodShown.get()) {
+            // The pane does not hold the selected entry's text (a transfer selected it without
+            // showing it): storing the pane would replace a text the user never saw. The pane
+            // shows the entry's own text instead, once this change is over.
+            QMetaObject::invokeMethod(
+                this,
+                [this] {
+                    if (!busy()) {
+                        NodeTextGet(&m_doc, m_doc.trvOutline().SelectedItem());
+                    }
+                },
+                Qt::QueuedConnection);
+            return;
+        }
         m_doc.m_bDataChanged = true;
-        NodeTextPut(&m_doc, m_doc.trvOutline().SelectedItem());
+        NodeTextPut(&m_doc, selected);
     });
+}
+
+void frmDocument::textLoaded() {
+    m_nodShown = m_doc.trvOutline().SelectedItem();
+    updateTextLock();
+}
+
+void frmDocument::updateTextLock() {
+    // A text refused for its size shows a notice in its place; the pane is locked for that entry
+    // so that nothing typed there could stand for the stored bytes.
+    Node *shown = m_nodShown.get();
+    m_pText->setReadOnly(m_doc.m_bTextLocked || (shown && NodeTextRefused(shown->Tag())));
 }
 
 void frmDocument::txtRTF_SelChange() {
@@ -677,9 +728,7 @@ void frmDocument::DocumentStateChanged() {
     if (QWidget *frame = parentWidget()) {
         frame->setWindowTitle(m_doc.m_sCaption);
     }
-    m_pTree->setEditTriggers(m_doc.m_bLabelEditAutomatic ? QAbstractItemView::SelectedClicked
-                                                         : QAbstractItemView::NoEditTriggers);
-    m_pText->setReadOnly(m_doc.m_bTextLocked);
+    updateTextLock();
     // The outline shows in the document's outline font (a record without a face name keeps the
     // desktop's face).
     QFont outline = QApplication::font(m_pTree);

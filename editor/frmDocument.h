@@ -97,6 +97,9 @@ private:
     void trvOutline_GotFocus();
     void txtRTF_Change();
     void txtRTF_GotFocus();
+    // A whole text was put into the pane: it now shows the selected entry's.
+    void textLoaded();
+    void updateTextLock();
     // The selection moved or the format at the caret changed.
     void txtRTF_SelChange();
 
@@ -120,6 +123,7 @@ private:
     bool m_bLaidOut = false;
     bool m_bSyncing = false;  // the view is being put in step with the tree
     NodeRef m_nodPendingEdit; // label edit asked for during a batch
+    NodeRef m_nodShown;       // the entry whose text the pane was last given
     // The measurement behind the splitter fitting, kept while the showing labels stay the same.
     quint64 m_uOutlineGeneration = 0;
     struct FitCache {

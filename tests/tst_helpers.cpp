@@ -23,7 +23,7 @@ private Q_SLOTS:
     void fileExists();
     void errorReport();
     void logKeepsNewestWholeLines();
-    void commandLineSplitsOnBlanks();
+    void commandLineNamesEachArgument();
 };
 
 void TestHelpers::codePage() {
@@ -168,7 +168,7 @@ void TestHelpers::logKeepsNewestWholeLines() {
     QCOMPARE(log.content(), QString("Session started at now\r\n"));
 }
 
-void TestHelpers::commandLineSplitsOnBlanks() {
+void TestHelpers::commandLineNamesEachArgument() {
     QTemporaryDir dir;
     const QString a = dir.filePath("a.mvd");
     const QString b = dir.filePath("b.mvd");
@@ -178,10 +178,9 @@ void TestHelpers::commandLineSplitsOnBlanks() {
     }
     const QString saved = QDir::currentPath();
     QDir::setCurrent(dir.path());
-    QCOMPARE(modMain::GetCommandLineFiles("  a.mvd   b.mvd missing.mvd "), QStringList({a, b}));
-    QCOMPARE(modMain::GetCommandLineFiles("\"my notes.mvd\""), QStringList());
-    QCOMPARE(modMain::GetCommandLineFiles("my notes.mvd"), QStringList());
-    QCOMPARE(modMain::GetCommandLineFiles(""), QStringList());
+    QCOMPARE(modMain::GetCommandLineFiles({"a.mvd", "my notes.mvd", "missing.mvd", "", "b.mvd"}),
+             QStringList({a, spaced, b}));
+    QCOMPARE(modMain::GetCommandLineFiles({"my", "notes.mvd"}), QStringList());
     QCOMPARE(modMain::FullPathName("sub/../a.mvd"), a);
     QCOMPARE(modMain::FullPathName(""), QString());
     QCOMPARE(modMain::FullPathName(QString(300, 'n')).size(), dir.path().size() + 301);

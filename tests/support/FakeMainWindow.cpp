@@ -1,5 +1,7 @@
 #include "support/FakeMainWindow.h"
 
+#include "document/modRecovery.h"
+
 #include "app/modCommandState.h"
 #include "app/modCommands.h"
 #include "app/modMRU.h"
@@ -234,10 +236,12 @@ void FakeMainWindow::ResetPointer() {
 
 ScopedSettings::ScopedSettings() {
     modSettings::SetSettingsFile(path());
+    modRecovery::SetFolder(m_dir.filePath(QStringLiteral("recovery")));
 }
 
 ScopedSettings::~ScopedSettings() {
     modSettings::SetSettingsFile(QString());
+    modRecovery::SetFolder(QString());
 }
 
 QString ScopedSettings::path() const {

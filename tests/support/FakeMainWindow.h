@@ -128,7 +128,8 @@ private:
     modMain::MainWindowHost *m_previous;
 };
 
-// Points the settings store at a file of a temporary folder for the life of the object.
+// Points the settings store at a file of a temporary folder, and the recovery copies at a
+// folder beside it, for the life of the object.
 class ScopedSettings {
 public:
     ScopedSettings();

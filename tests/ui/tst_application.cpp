@@ -7,6 +7,7 @@
 #include "document/modDoc.h"
 #include "document/modDocText.h"
 #include "document/modFile.h"
+#include "document/modRecovery.h"
 #include "editor/frmDocument.h"
 #include "outline/modNodes.h"
 #include "support/FakeMainWindow.h"
@@ -15,6 +16,7 @@
 #include "util/modGlobals.h"
 
 #include <QAction>
+#include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QMdiArea>
@@ -36,7 +38,9 @@ struct App {
     frmMain frm;
     FakeMainWindow fake{&frm};
 
-    App() {
+    // `answers`: for the questions asked while the program starts.
+    explicit App(const QList<modMain::MsgBoxResult> &answers = {}) {
+        fake.Answers = answers;
         frm.MDIForm_Load();
         frm.show();
         QVERIFY(QTest::qWaitForWindowExposed(&frm));
@@ -132,6 +136,8 @@ private slots:
     void saveAllSkipsReadOnly();
     void settingsAndWorkspaceCarryOver();
     void fileDialogSettings();
+    void recoveryOffer_data();
+    void recoveryOffer();
 
 private:
     std::unique_ptr<ScopedSettings> m_settings;
@@ -218,37 +224,79 @@ void TestApplication::keyboardOutline() {
 }
 
 void TestApplication::closingQuestion_data() {
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<bool>("closes");
-    QTest::addColumn<bool>("saved");
-    QTest::newRow("yes saves") << int(modMain::vbYes) << true << true;
-    QTest::newRow("no discards") << int(modMain::vbNo) << true << false;
-    QTest::newRow("cancel keeps the window") << int(modMain::vbCancel) << false << false;
+    // Two changed documents a and b; File > Close on a, or File > Exit (its own question answered
+    // Yes). The outcome per document: S saved and closed, D closed unsaved, K still open and its
+    // file untouched, F the save failed (its folder went away): message, still open and changed.
+    QTest::addColumn<bool>("exit");
+    QTest::addColumn<QList<int>>("answers");
+    QTest::addColumn<QString>("outcome");
+    const int yes = modMain::vbYes, no = modMain::vbNo, cancel = modMain::vbCancel;
+    QTest::newRow("close, yes saves") << false << QList<int>{yes} << u"SK"_s;
+    QTest::newRow("close, no discards") << false << QList<int>{no} << u"DK"_s;
+    QTest::newRow("close, cancel keeps") << false << QList<int>{cancel} << u"KK"_s;
+    QTest::newRow("close, failed save keeps") << false << QList<int>{yes} << u"FK"_s;
+    QTest::newRow("exit, yes yes") << true << QList<int>{yes, yes} << u"SS"_s;
+    QTest::newRow("exit, no no") << true << QList<int>{no, no} << u"DD"_s;
+    QTest::newRow("exit, cancel stops at once") << true << QList<int>{cancel} << u"KK"_s;
+    QTest::newRow("exit, no then cancel") << true << QList<int>{no, cancel} << u"DK"_s;
+    QTest::newRow("exit, yes then cancel") << true << QList<int>{yes, cancel} << u"SK"_s;
+    QTest::newRow("exit, failed save stops") << true << QList<int>{yes} << u"FK"_s;
 }
 
 void TestApplication::closingQuestion() {
-    QFETCH(int, answer);
-    QFETCH(bool, closes);
-    QFETCH(bool, saved);
-    const QString file = path(u"q.mvd"_s);
-    WriteDocument(file, {u"One"_s, u"Two"_s});
-    const QByteArray before = Read(file);
+    QFETCH(bool, exit);
+    QFETCH(QList<int>, answers);
+    QFETCH(QString, outcome);
+    QDir(path(u"sub"_s)).removeRecursively();
+    QVERIFY(QDir().mkpath(path(u"sub"_s)));
+    const QStringList files{path(u"sub/a.mvd"_s), path(u"b.mvd"_s)};
     App app;
-    modDoc::DocLoad(file);
-    Document &doc = app.active()->document();
-    Find(doc, u"Two"_s)->setText(u"Changed"_s);
-    doc.m_bDataChanged = true;
-    app.fake.Answers << modMain::MsgBoxResult(answer);
-    app.frm.Item(u"mnuFileClose"_s)->trigger();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QCOMPARE(app.fake.Asked, QStringList{u"Do you want to save the file "_s + file + u"?"_s});
-    QCOMPARE(app.windows().isEmpty(), closes);
-    QCOMPARE(Read(file).contains("Changed"), saved);
-    if (!saved) {
-        QCOMPARE(Read(file), before);
+    QList<QByteArray> before;
+    for (const QString &file : files) {
+        WriteDocument(file, {u"One"_s, u"Two"_s});
+        before << Read(file);
+        Document *doc = modDoc::DocLoad(file);
+        Find(*doc, u"Two"_s)->setText(u"Changed"_s);
+        doc->m_bDataChanged = true;
     }
-    // The menus follow the number of windows left.
-    QCOMPARE(app.frm.Item(u"mnuFileSaveAs"_s)->isEnabled(), !closes);
+    if (outcome.startsWith(u'F')) {
+        QVERIFY(QDir(path(u"sub"_s)).removeRecursively());
+    }
+    QList<QPointer<frmDocument>> windows;
+    for (frmDocument *w : app.windows()) {
+        windows << w;
+    }
+    modFile::ActivateDocument(&windows[0]->document());
+    if (exit) {
+        app.fake.Answers << modMain::vbYes; // "Do you really want to exit the application?"
+    }
+    for (int answer : answers) {
+        app.fake.Answers << modMain::MsgBoxResult(answer);
+    }
+    app.frm.Item(exit ? u"mnuFileExit"_s : u"mnuFileClose"_s)->trigger();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QStringList questions;
+    for (const QString &text : std::as_const(app.fake.Asked)) {
+        if (text.startsWith(u"Do you want to save the file "_s)) {
+            questions << text;
+        }
+    }
+    QCOMPARE(questions.size(), answers.size());
+    QCOMPARE(questions[0], u"Do you want to save the file "_s + files[0] + u"?"_s);
+    QCOMPARE(app.fake.Asked.last().contains(u"No such file or directory"_s),
+             outcome.startsWith(u'F'));
+    for (int i = 0; i < 2; ++i) {
+        const QChar o = outcome[i];
+        QCOMPARE(windows[i].isNull(), o == u'S' || o == u'D');
+        QCOMPARE(Read(files[i]).contains("Changed"), o == u'S');
+        if (o == u'K') {
+            QCOMPARE(Read(files[i]), before[i]);
+        }
+        if (!windows[i].isNull()) {
+            QVERIFY(windows[i]->document().m_bDataChanged);
+        }
+    }
+    QCOMPARE(app.frm.isVisible(), !exit || (outcome != u"SS"_s && outcome != u"DD"_s));
 }
 
 void TestApplication::saveAllSkipsReadOnly() {
@@ -336,6 +384,58 @@ void TestApplication::fileDialogSettings() {
     // Cancelled dialogs change nothing.
     QCOMPARE(app.windows().size(), 1);
     QCOMPARE(app.active()->document().m_sFile, a);
+}
+
+void TestApplication::recoveryOffer_data() {
+    QTest::addColumn<int>("answer");
+    QTest::newRow("yes opens the copies") << int(modMain::vbYes);
+    QTest::newRow("no discards them") << int(modMain::vbNo);
+    QTest::newRow("cancel keeps them for later") << int(modMain::vbCancel);
+}
+
+void TestApplication::recoveryOffer() {
+    QFETCH(int, answer);
+    // Two copies left by a process that is gone: a named document and a never saved one.
+    const QString file = path(u"r.mvd"_s);
+    WriteDocument(file, {u"Saved"_s});
+    const QByteArray onDisk = Read(file);
+    const QDir folder(modRecovery::Folder());
+    QVERIFY(folder.mkpath(u"."_s));
+    const QStringList originals{file, QString()};
+    for (int i = 0; i < 2; ++i) {
+        const QString base = folder.filePath(u"2147483000-"_s + QString::number(i + 1));
+        WriteDocument(base + u".mvd"_s, {u"Lost words"_s});
+        QFile info(base + u".info"_s);
+        QVERIFY(info.open(QIODevice::WriteOnly));
+        info.write("pid 2147483000\nfile " + originals[i].toUtf8() + "\ncaption " +
+                   (i ? QByteArray("Document 3") : file.toUtf8()) + "\n");
+    }
+    App app({modMain::MsgBoxResult(answer)});
+    QCOMPARE(app.fake.Asked.size(), 1);
+    QVERIFY(app.fake.Asked[0].contains(file));
+    QVERIFY(app.fake.Asked[0].contains(u"Document 3 (never saved)"_s));
+    QCOMPARE(app.windows().size(), answer == modMain::vbYes ? 2 : 0);
+    QCOMPARE(modRecovery::Pending().size(), answer == modMain::vbCancel ? 2 : 0);
+    QCOMPARE(Read(file), onDisk); // recovery never writes the user's file
+    if (answer != modMain::vbYes) {
+        return;
+    }
+    QStringList opened;
+    for (frmDocument *w : app.windows()) {
+        opened << w->document().m_sFile;
+        QVERIFY(w->document().m_bDataChanged);
+        QVERIFY(Find(w->document(), u"Lost words"_s));
+    }
+    opened.sort();
+    QCOMPARE(opened, QStringList({QString(), file}));
+    // Closed without saving, on purpose: the copies go.
+    app.fake.Answers << modMain::vbNo << modMain::vbNo;
+    app.frm.Item(u"mnuFileClose"_s)->trigger();
+    app.frm.Item(u"mnuFileClose"_s)->trigger();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    modRecovery::WaitForWrites();
+    QVERIFY(app.windows().isEmpty());
+    QCOMPARE(folder.entryList(QDir::Files), QStringList());
 }
 
 QTEST_MAIN(TestApplication)

@@ -12,6 +12,7 @@
 #include "util/modGlobals.h"
 
 #include <QAbstractItemModelTester>
+#include <QApplication>
 #include <QLineEdit>
 #include <QTest>
 #include <QTextEdit>
@@ -91,6 +92,8 @@ class TestDocumentWindow : public QObject {
 private slots:
     void selectionAndTextInStep();
     void labelEditRenames();
+    void clickToRename_data();
+    void clickToRename();
     void expandCollapseInStep_data();
     void expandCollapseInStep();
     void splitterClamps_data();
@@ -158,6 +161,36 @@ void TestDocumentWindow::labelEditRenames() {
     QTest::qWait(0);
     auto *again = t.w.trvOutline()->findChild<QLineEdit *>();
     QVERIFY(!again || !again->isVisible());
+}
+
+void TestDocumentWindow::clickToRename_data() {
+    // "b" is selected; one click on `clicked`, with automatic label editing or not.
+    QTest::addColumn<bool>("automatic");
+    QTest::addColumn<QString>("clicked");
+    QTest::addColumn<bool>("edits");
+    QTest::newRow("manual, another entry") << false << "c" << false;
+    QTest::newRow("manual, the selected entry") << false << "b" << false;
+    QTest::newRow("automatic, another entry") << true << "c" << false;
+    QTest::newRow("automatic, the selected entry") << true << "b" << true;
+}
+
+void TestDocumentWindow::clickToRename() {
+    QFETCH(bool, automatic);
+    QFETCH(QString, clicked);
+    QFETCH(bool, edits);
+    Window t;
+    t.w.document().m_bLabelEditAutomatic = automatic;
+    NodeSelectFull(&t.w.document(), find(t.tree(), "b"));
+    t.w.document().m_bDataChanged = false;
+    QWidget *viewport = t.w.trvOutline()->viewport();
+    QTest::mouseClick(viewport, Qt::LeftButton, {},
+                      t.w.trvOutline()->visualRect(t.index(clicked)).center());
+    // A click selects and marks the document changed (the selection is saved with it).
+    QCOMPARE(t.tree().SelectedItem(), find(t.tree(), clicked));
+    QVERIFY(t.w.document().m_bDataChanged);
+    QTest::qWait(QApplication::doubleClickInterval() + 50);
+    auto *editor = viewport->findChild<QLineEdit *>();
+    QCOMPARE(editor && editor->isVisible(), edits);
 }
 
 void TestDocumentWindow::expandCollapseInStep_data() {
