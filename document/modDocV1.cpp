@@ -136,10 +136,26 @@ QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &tagge
         pane->SetBaseFont(doc.m_fntOutlineFont.ToPaneFont());
     }
 
-    // Entries by their key in the tree, so that every relative is found in constant time.
+    // The relative of an entry is found on the path of the entry read last (root first): in a
+    // file written in pre-order, a first child's parent and a later sibling's predecessor are
+    // both on it. Only a file out of that order needs the entries indexed by key, which is
+    // then built once and kept up to date.
+    std::vector<Node *> path;
     QHash<QString, Node *> byKey;
-    byKey.reserve(qsizetype(text.size() / 256) + 16);
+    bool indexed = false;
     auto lookup = [&](const QString &key) -> Node * {
+        if (!indexed) {
+            const auto depth = size_t(key.count(QLatin1Char('.')));
+            if (depth < path.size() && path[depth] && !path[depth]->isRemoved() &&
+                path[depth]->Key() == key) {
+                return path[depth];
+            }
+            byKey.reserve(doc.trvOutline().Count() + 16);
+            for (Node *n : doc.trvOutline()) {
+                byKey.insert(n->Key(), n);
+            }
+            indexed = true;
+        }
         Node *n = byKey.value(key);
         return (n && !n->isRemoved() && n->Key() == key) ? n : nullptr;
     };
@@ -198,10 +214,22 @@ QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &tagge
                          QStringLiteral("entry \"%1\" could not be inserted").arg(key.left(40)));
             return;
         }
-        if (node->Next()) {
+        if (indexed && node->Next()) {
             rekey(node);
-        } else {
+        } else if (indexed) {
             byKey.insert(node->Key(), node);
+        }
+        size_t depth = 0;
+        for (Node *p = node->Parent(); p; p = p->Parent()) {
+            ++depth;
+        }
+        // The path becomes the entry's ancestors and the entry; it changes at its end only.
+        path.resize(depth + 1, nullptr);
+        for (Node *p = node; p && path[depth] != p; p = p->Parent(), --depth) {
+            path[depth] = p;
+            if (depth == 0) {
+                break;
+            }
         }
         if (relative && node->Key() != prefix + key) {
             reportDamage(modMain::errSubscriptOutOfRange,
