@@ -84,7 +84,7 @@ void DocSaveNodeAll(Node *node, QByteArray &out) {
         DocSaveNodeTag(out, "nodelabel", CodePage::fromUnicode(n->Text()));
         DocSaveNodeTag(out, "nodetagged", boolText(modNodes::NodeTagged(n)));
         DocSaveNodeTag(out, "nodevisible", boolText(showing));
-        DocSaveNodeTag(out, "nodetext", n->Tag());
+        DocSaveNodeTag(out, "nodetext", n->TagView());
         const auto &children = n->childList();
         const bool childShowing = showing && n->Expanded();
         for (auto it = children.rbegin(); it != children.rend(); ++it) {
@@ -107,7 +107,7 @@ QByteArray DocSaveVersion(Document &doc) {
     PROC("modDocV1 DocSaveVersion");
     qsizetype estimate = 1024;
     for (Node *n : doc.trvOutline()) {
-        estimate += n->Tag().size() + n->Text().size() + n->Key().size() + 128;
+        estimate += n->TagView().size() + n->Text().size() + n->Key().size() + 128;
     }
     QByteArray out;
     out.reserve(estimate);
@@ -175,81 +175,93 @@ QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &tagge
         }
     };
 
+    // The entries' stored texts stay in the file's bytes, shared, until one is read or changed.
+    const auto file = std::make_shared<const QByteArray>(text);
     const QString prefix = QStringLiteral("KEY");
-    ScanEntries(text, [&](EntryRecord &rec) {
-        const QString key = QString::fromLatin1(rec.Key);
-        Node *relative = nullptr;
-        int relationship = relChild;
-        QString relativeKey;
-        if (key.endsWith(QStringLiteral(".1"))) {
-            relativeKey = prefix + key.chopped(2);
-        } else {
-            const qsizetype dot = key.lastIndexOf(QLatin1Char('.'));
-            if (dot >= 0) {
-                relationship = relNext;
-                bool ok = false;
-                const qint64 number = key.mid(dot + 1).toLongLong(&ok);
-                // Only a positive number has a predecessor (and no overflow at the boundary).
-                relativeKey =
-                    prefix + key.left(dot + 1) +
-                    (ok && number > 0 ? QString::number(number - 1) : QStringLiteral("?"));
+    ScanEntries(
+        text,
+        [&](EntryRecord &rec) {
+            const QString key = QString::fromLatin1(rec.Key);
+            Node *relative = nullptr;
+            int relationship = relChild;
+            QString relativeKey;
+            if (key.endsWith(QStringLiteral(".1"))) {
+                relativeKey = prefix + key.chopped(2);
+            } else {
+                const qsizetype dot = key.lastIndexOf(QLatin1Char('.'));
+                if (dot >= 0) {
+                    relationship = relNext;
+                    bool ok = false;
+                    const qint64 number = key.mid(dot + 1).toLongLong(&ok);
+                    // Only a positive number has a predecessor (and no overflow at the boundary).
+                    relativeKey =
+                        prefix + key.left(dot + 1) +
+                        (ok && number > 0 ? QString::number(number - 1) : QStringLiteral("?"));
+                }
             }
-        }
-        if (!relativeKey.isEmpty()) {
-            relative = lookup(relativeKey);
-            if (!relative) {
+            if (!relativeKey.isEmpty()) {
+                relative = lookup(relativeKey);
+                if (!relative) {
+                    reportDamage(modMain::errSubscriptOutOfRange,
+                                 QStringLiteral("entry \"%1\": no entry \"%2\" to place it by")
+                                     .arg(key.left(40), relativeKey.left(40)));
+                }
+            }
+            if (relativeKey.isEmpty() && doc.trvOutline().Count() > 0) {
                 reportDamage(modMain::errSubscriptOutOfRange,
-                             QStringLiteral("entry \"%1\": no entry \"%2\" to place it by")
-                                 .arg(key.left(40), relativeKey.left(40)));
+                             QStringLiteral("entry \"%1\": a second top entry").arg(key.left(40)));
             }
-        }
-        if (relativeKey.isEmpty() && doc.trvOutline().Count() > 0) {
-            reportDamage(modMain::errSubscriptOutOfRange,
-                         QStringLiteral("entry \"%1\": a second top entry").arg(key.left(40)));
-        }
-        Node *node = modNodes::NodeInsert(&doc, relationship, relative);
-        PROC("modDocV1 DocLoadVersion");
-        if (!node) {
-            reportDamage(modMain::errInvalidProcedureCall,
-                         QStringLiteral("entry \"%1\" could not be inserted").arg(key.left(40)));
-            return;
-        }
-        if (indexed && node->Next()) {
-            rekey(node);
-        } else if (indexed) {
-            byKey.insert(node->Key(), node);
-        }
-        size_t depth = 0;
-        for (Node *p = node->Parent(); p; p = p->Parent()) {
-            ++depth;
-        }
-        // The path becomes the entry's ancestors and the entry; it changes at its end only.
-        path.resize(depth + 1, nullptr);
-        for (Node *p = node; p && path[depth] != p; p = p->Parent(), --depth) {
-            path[depth] = p;
-            if (depth == 0) {
-                break;
+            Node *node = modNodes::NodeInsert(&doc, relationship, relative);
+            PROC("modDocV1 DocLoadVersion");
+            if (!node) {
+                reportDamage(
+                    modMain::errInvalidProcedureCall,
+                    QStringLiteral("entry \"%1\" could not be inserted").arg(key.left(40)));
+                return;
             }
-        }
-        if (relative && node->Key() != prefix + key) {
-            reportDamage(modMain::errSubscriptOutOfRange,
-                         QStringLiteral("entry \"%1\" out of order, read as \"%2\"")
-                             .arg(key.left(40), node->Key().mid(3).left(40)));
-        }
-        if (rec.TextTruncated) {
-            reportDamage(modMain::errInputPastEnd,
-                         QStringLiteral("the text of entry \"%1\" is cut short").arg(key.left(40)));
-        }
-        DocLoadVersionNodeSet(&doc, node, rec, taggedByIndex, showingByIndex);
-    });
+            if (indexed && node->Next()) {
+                rekey(node);
+            } else if (indexed) {
+                byKey.insert(node->Key(), node);
+            }
+            size_t depth = 0;
+            for (Node *p = node->Parent(); p; p = p->Parent()) {
+                ++depth;
+            }
+            // The path becomes the entry's ancestors and the entry; it changes at its end only.
+            path.resize(depth + 1, nullptr);
+            for (Node *p = node; p && path[depth] != p; p = p->Parent(), --depth) {
+                path[depth] = p;
+                if (depth == 0) {
+                    break;
+                }
+            }
+            if (relative && node->Key() != prefix + key) {
+                reportDamage(modMain::errSubscriptOutOfRange,
+                             QStringLiteral("entry \"%1\" out of order, read as \"%2\"")
+                                 .arg(key.left(40), node->Key().mid(3).left(40)));
+            }
+            if (rec.TextTruncated) {
+                reportDamage(
+                    modMain::errInputPastEnd,
+                    QStringLiteral("the text of entry \"%1\" is cut short").arg(key.left(40)));
+            }
+            DocLoadVersionNodeSet(&doc, node, rec, taggedByIndex, showingByIndex, file);
+        },
+        nullptr, false);
     return selectedKey;
 }
 
 void DocLoadVersionNodeSet(Document *doc, Node *node, EntryRecord &rec, QList<bool> &taggedByIndex,
-                           QList<bool> &showingByIndex) {
+                           QList<bool> &showingByIndex,
+                           const std::shared_ptr<const QByteArray> &file) {
     PROC("modDocV1 DocLoadVersionNodeSet");
     node->setText(CodePage::toUnicode(rec.Label));
-    node->setTag(std::move(rec.Text));
+    if (rec.Text.isEmpty() && rec.TextLength > 0 && file) {
+        node->setTagShared(file, rec.TextFrom, rec.TextLength);
+    } else {
+        node->setTag(std::move(rec.Text));
+    }
     rec.Text = QByteArray();
     modNodes::NodeSelect(doc, node);
     const int index = node->Index();
