@@ -7,12 +7,14 @@
 #include "outline/modNodes.h"
 #include "richtext/RichTextBuffer.h"
 #include "richtext/clsFont.h"
+#include "search/modSearch.h"
 #include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
 
 #include <QAbstractItemDelegate>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QContextMenuEvent>
 #include <QFrame>
 #include <QHash>
 #include <QHeaderView>
@@ -201,10 +203,27 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     connect(m_pTree->itemDelegate(), &QAbstractItemDelegate::closeEditor, this,
             [this] { trvOutline_AfterLabelEdit(); });
     connect(m_pBuffer, &RichTextBuffer::Change, this, [this] { txtRTF_Change(); });
-    // The buffer's selection follows the pane's cursor, for the commands that act on it.
+    // The buffer's selection follows the pane's cursor, for the commands that act on it, and the
+    // pane shows the selection the commands leave in the buffer.
     connect(m_pText, &QTextEdit::cursorPositionChanged, this, [this] {
         const QTextCursor c = m_pText->textCursor();
         m_pBuffer->Select(c.anchor(), c.position());
+        txtRTF_SelChange();
+    });
+    connect(m_pText, &QTextEdit::currentCharFormatChanged, this, [this] { txtRTF_SelChange(); });
+    connect(m_pBuffer, &RichTextBuffer::SelChange, this, [this] {
+        const QTextCursor &c = m_pBuffer->cursor();
+        const QTextCursor shown = m_pText->textCursor();
+        if (c.anchor() != shown.anchor() || c.position() != shown.position()) {
+            m_pText->setTextCursor(c);
+        }
+    });
+    // Both the right button and the context-menu key pop up the main window's Edit menu, never
+    // the pane's own, so that its rules for copying and cutting hold there too.
+    m_pText->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_pText, &QWidget::customContextMenuRequested, this, [this](const QPoint &at) {
+        modMain::Host().PopupBarMenu(QStringLiteral("mnuEdit"),
+                                     m_pText->viewport()->mapToGlobal(at));
     });
 
     m_doc.setView(this);
@@ -547,12 +566,19 @@ void frmDocument::trvOutline_GotFocus() {
 void frmDocument::txtRTF_Change() {
     modMain::Guarded([&] {
         PROC("frmDocument txtRTF_Change");
-        if (busy() || g_bLoadingText) {
+        // A running search stores its own replacements.
+        if (busy() || g_bLoadingText || modSearch::g_iSearchMode != 0) {
             return;
         }
         m_doc.m_bDataChanged = true;
         NodeTextPut(&m_doc, m_doc.trvOutline().SelectedItem());
     });
+}
+
+void frmDocument::txtRTF_SelChange() {
+    if (!busy() && !g_bLoadingText) {
+        modMain::Host().TextSelectionChanged();
+    }
 }
 
 void frmDocument::txtRTF_GotFocus() {
@@ -679,6 +705,18 @@ bool frmDocument::eventFilter(QObject *watched, QEvent *event) {
             if (Form_KeyDown(static_cast<QKeyEvent *>(event))) {
                 return true;
             }
+        }
+        break;
+    case QEvent::ContextMenu:
+        // The context-menu key in the outline pops up the main window's Outline menu beside the
+        // selected entry (the right button drags there).
+        if (watched == m_pTree &&
+            static_cast<QContextMenuEvent *>(event)->reason() == QContextMenuEvent::Keyboard) {
+            const QRect at = m_pTree->visualRect(m_pTree->currentIndex());
+            modMain::Host().PopupBarMenu(
+                QStringLiteral("mnuoutline"),
+                m_pTree->viewport()->mapToGlobal(at.isValid() ? at.center() : QPoint()));
+            return true;
         }
         break;
     case QEvent::FocusIn:

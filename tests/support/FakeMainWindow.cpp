@@ -2,8 +2,9 @@
 
 #include "app/modCommandState.h"
 #include "app/modCommands.h"
-#include "app/modSettings.h"
+#include "app/modMRU.h"
 #include "document/modDoc.h"
+#include "util/SettingsStore.h"
 
 FakeMainWindow::FakeMainWindow(modMain::MainWindowHost *real)
     : m_real(real), m_previous(modMain::MainWindow()) {
@@ -96,11 +97,29 @@ Document *FakeMainWindow::NewDocumentWindow() {
     return m_real ? m_real->NewDocumentWindow() : nullptr;
 }
 
-void FakeMainWindow::UpdateMRUFile(const QString &path) {
-    Calls << QStringLiteral("MRU ") + path;
+void FakeMainWindow::UpdateMRUFile(const QString &path, bool remove) {
+    Calls << (remove ? QStringLiteral("MRU remove ") : QStringLiteral("MRU ")) + path;
     if (m_real) {
-        m_real->UpdateMRUFile(path);
+        m_real->UpdateMRUFile(path, remove);
+    } else {
+        modMRU::UpdateMRUFile(path, remove);
     }
+}
+
+QString FakeMainWindow::MRUFile(int index) {
+    return m_real ? m_real->MRUFile(index) : modMRU::MenuFile(index);
+}
+
+void FakeMainWindow::ShowMRUFiles(const QStringList &captions) {
+    MRUShown = captions;
+    if (m_real) {
+        m_real->ShowMRUFiles(captions);
+    }
+}
+
+QString FakeMainWindow::ShowHelp(const QString &file, int context) {
+    Calls << QStringLiteral("Help %1").arg(context);
+    return m_real ? m_real->ShowHelp(file, context) : MainWindowHost::ShowHelp(file, context);
 }
 
 int FakeMainWindow::ChildWindowCount() const {

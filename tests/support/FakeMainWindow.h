@@ -72,7 +72,28 @@ public:
     bool Exit() override;
     void Arrange(modMain::Arrangement how) override;
     Document *NewDocumentWindow() override;
-    void UpdateMRUFile(const QString &path) override;
+    void UpdateMRUFile(const QString &path, bool remove) override;
+    // Alone it keeps the recently used files as the main window does.
+    QString MRUFile(int index) override;
+    void ShowMRUFiles(const QStringList &captions) override;
+    QString ShowHelp(const QString &file, int context) override;
+    // The windows of their own: recorded in Calls ("Search", "Print 1", ...), then passed on.
+    void ShowSearchDialog() override { Pass(QStringLiteral("Search"), &Host::ShowSearchDialog); }
+    void EnterWhatsThisMode() override {
+        Pass(QStringLiteral("WhatsThis"), &Host::EnterWhatsThisMode);
+    }
+    void PrintSetup() override { Pass(QStringLiteral("PrintSetup"), &Host::PrintSetup); }
+    void Print(bool entry) override {
+        Pass(QStringLiteral("Print %1").arg(entry), &Host::Print, entry);
+    }
+    void PrintPreview(bool entry) override {
+        Pass(QStringLiteral("Preview %1").arg(entry), &Host::PrintPreview, entry);
+    }
+    void SaveSettings() override { Pass(QStringLiteral("SaveSettings"), &Host::SaveSettings); }
+    void ShowDebug() override { Pass(QStringLiteral("Debug"), &Host::ShowDebug); }
+    void PopupBarMenu(const QString &menu, const QPoint &at) override {
+        Pass(QStringLiteral("Popup ") + menu, &Host::PopupBarMenu, menu, at);
+    }
     int ChildWindowCount() const override;
     void SetItemEnabled(const QString &n, bool v) override;
     void SetItemChecked(const QString &n, bool v) override;
@@ -91,7 +112,18 @@ public:
     void ResetPointer() override;
     void ShowAbout() override { Calls << QStringLiteral("About"); }
 
+    QStringList MRUShown; // the recent files' captions last shown
+
 private:
+    using Host = modMain::MainWindowHost;
+    template <typename... Args, typename... Values>
+    void Pass(const QString &call, void (Host::*method)(Args...), Values &&...values) {
+        Calls << call;
+        if (m_real) {
+            (m_real->*method)(std::forward<Values>(values)...);
+        }
+    }
+
     modMain::MainWindowHost *m_real;
     modMain::MainWindowHost *m_previous;
 };
