@@ -1,6 +1,7 @@
 // Loading, saving and exporting large generated documents: 10,000 and 100,000 entries, each a
 // formatted rich text of a few hundred to a few thousand characters, stored compressed.
 #include "bench/BenchDocuments.h"
+#include "bench/BenchProcess.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocText.h"
@@ -8,6 +9,7 @@
 #include "outline/modNodes.h"
 #include "util/ErrorLog.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QGuiApplication>
 #include <QTemporaryDir>
@@ -106,8 +108,45 @@ void BM_ExportText(benchmark::State &state) {
     modDoc::DocClose(doc);
 }
 
+// The command-line tool's convert (load and save, as a separate process) and `cp` of the same
+// file, side by side.
+void BM_CliConvert(benchmark::State &state) {
+    const QString path = documentFile(int(state.range(0)), benchdocs::Shape(state.range(1)));
+    const QByteArray tool =
+        (QCoreApplication::applicationDirPath() + "/mavrolen-cli").toLocal8Bit();
+    const QByteArray target = workDir().filePath(QStringLiteral("converted.mvd")).toLocal8Bit();
+    for (auto _ : state) {
+        if (!benchproc::Run({tool, "convert", path.toLocal8Bit(), target})) {
+            state.SkipWithError("convert failed");
+            break;
+        }
+    }
+    state.counters["file_MB"] = double(QFile(path).size()) / (1 << 20);
+}
+
+void BM_CopyFile(benchmark::State &state) {
+    const QString path = documentFile(int(state.range(0)), benchdocs::Shape(state.range(1)));
+    const QByteArray target = workDir().filePath(QStringLiteral("copied.mvd")).toLocal8Bit();
+    for (auto _ : state) {
+        if (!benchproc::Run({"cp", path.toLocal8Bit(), target})) {
+            state.SkipWithError("cp failed");
+            break;
+        }
+    }
+}
+
+void shapes(benchmark::internal::Benchmark *b) {
+    for (auto shape :
+         {benchdocs::Shape::Flat, benchdocs::Shape::Balanced, benchdocs::Shape::Realistic}) {
+        b->Args({100000, int(shape)});
+    }
+    b->ArgNames({"entries", "shape"});
+}
+
 } // namespace
 
+BENCHMARK(BM_CliConvert)->Apply(shapes)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_CopyFile)->Apply(shapes)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(BM_Load)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_Save)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_SaveBytes)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
