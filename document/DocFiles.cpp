@@ -157,18 +157,15 @@ QString BackupName(const QString &path) {
     return modString::FileWithoutExt(path) + QStringLiteral(".bak");
 }
 
-namespace {
-
-// A large buffer about to be filled whole: its pages are made in large pieces and at once,
-// rather than one small page per fault while the file is copied in. Only a hint.
-void prepareLargeBuffer(QByteArray &bytes) {
+void PrepareLargeBuffer(QByteArray &bytes) {
     constexpr qsizetype kLarge = qsizetype(4) << 20;
-    if (bytes.size() < kLarge) {
+    if (bytes.capacity() < kLarge) {
         return;
     }
     const auto page = quintptr(sysconf(_SC_PAGESIZE));
-    const auto begin = (quintptr(bytes.data()) + page - 1) & ~(page - 1);
-    const auto end = (quintptr(bytes.data()) + quintptr(bytes.size())) & ~(page - 1);
+    char *data = bytes.data();
+    const auto begin = (quintptr(data) + page - 1) & ~(page - 1);
+    const auto end = (quintptr(data) + quintptr(bytes.capacity())) & ~(page - 1);
     if (end <= begin) {
         return;
     }
@@ -179,8 +176,6 @@ void prepareLargeBuffer(QByteArray &bytes) {
     (void)madvise(reinterpret_cast<void *>(begin), end - begin, MADV_POPULATE_WRITE);
 #endif
 }
-
-} // namespace
 
 QByteArray ReadWholeFile(const QString &path) {
     PROC("modDoc ReadWholeFile");
@@ -202,7 +197,7 @@ QByteArray ReadWholeFile(const QString &path) {
                                                        : QStringLiteral("Not a regular file"));
     }
     QByteArray bytes(qsizetype(st.st_size), Qt::Uninitialized);
-    prepareLargeBuffer(bytes);
+    PrepareLargeBuffer(bytes);
     qsizetype got = 0;
     while (got < bytes.size()) {
         const ssize_t n = ::read(file.fd, bytes.data() + got,

@@ -111,6 +111,7 @@ QByteArray DocSaveVersion(Document &doc) {
     }
     QByteArray out;
     out.reserve(estimate);
+    modDoc::PrepareLargeBuffer(out);
     Node *selected = doc.trvOutline().SelectedItem();
     DocSaveHeader(out, doc, selected ? selected->Key().toLatin1() : QByteArray());
     DocSaveNodeAll(root, out);
