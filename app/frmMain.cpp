@@ -658,7 +658,9 @@ Document *frmMain::NewDocumentWindow() {
     if (!isVisible()) {
         area = size() - QSize(0, 120);
     }
-    frame->resize(std::max(480, area.width() * 2 / 3), std::max(320, area.height() * 2 / 3));
+    // Never larger than the area it sits in.
+    frame->resize(std::min(area.width(), std::max(480, area.width() * 2 / 3)),
+                  std::min(area.height(), std::max(320, area.height() * 2 / 3)));
     frame->show();
     return &window->document();
 }

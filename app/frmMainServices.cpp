@@ -44,6 +44,7 @@ void frmMain::ShowMRUFiles(const QStringList &captions) {
         connect(action, &QAction::triggered, this, [index] { modFile::FileMRU(index); });
         file->insertAction(after, action);
         m_mruItems.append(action);
+        m_items.insert(action->objectName(), action);
     }
     for (qsizetype i = 0; i < m_mruItems.size(); ++i) {
         QAction *action = m_mruItems[i];

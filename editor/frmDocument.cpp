@@ -26,6 +26,7 @@
 #include <QPainterPath>
 #include <QScreen>
 #include <QScrollBar>
+#include <QStyleOptionViewItem>
 #include <QTextCursor>
 #include <QTextEdit>
 #include <QTreeView>
@@ -347,6 +348,18 @@ double frmDocument::RequiredOutlineWidth() const {
     const int indent = m_pTree->indentation();
     const int icon = m_pTree->iconSize().isValid() ? m_pTree->iconSize().width()
                                                    : style()->pixelMetric(QStyle::PM_SmallIconSize);
+    // What a row needs besides its label: the icon, the spacing and the margins, as the view's
+    // delegate lays the first row out in the outline's font.
+    int overhead = icon + 8;
+    if (const QModelIndex first = m_pModel->index(0, 0); first.isValid()) {
+        QStyleOptionViewItem option;
+        option.initFrom(m_pTree);
+        option.font = m_pTree->font();
+        option.fontMetrics = fm;
+        option.decorationSize = QSize(icon, icon);
+        const int row = m_pTree->itemDelegate()->sizeHint(option, first).width();
+        overhead = std::max(overhead, row - fm.horizontalAdvance(first.data().toString()));
+    }
     // Labels keep their measured width until they change.
     auto labelWidth = [&](const Node *node) {
         auto it = m_labelWidths.find(node);
@@ -369,7 +382,7 @@ double frmDocument::RequiredOutlineWidth() const {
     while (!stack.empty()) {
         auto [node, depth] = stack.back();
         stack.pop_back();
-        widest = std::max(widest, (depth + 1) * indent + icon + 8 + labelWidth(node));
+        widest = std::max(widest, (depth + 1) * indent + overhead + labelWidth(node));
         if (node->Expanded()) {
             const auto &children = node->childList();
             for (auto it = children.rbegin(); it != children.rend(); ++it) {
@@ -377,7 +390,9 @@ double frmDocument::RequiredOutlineWidth() const {
             }
         }
     }
-    const int frame = 2 * m_pTree->frameWidth() + (barShown ? vbar->width() : 0);
+    // The view elides a label that only just fits: one character's room more keeps it whole.
+    const int frame =
+        2 * m_pTree->frameWidth() + (barShown ? vbar->width() : 0) + fm.averageCharWidth();
     m_fitCache = {m_uOutlineGeneration, barShown, m_pTree->font(), toTwips(widest + frame)};
     return m_fitCache.width;
 }
@@ -665,6 +680,14 @@ void frmDocument::DocumentStateChanged() {
     m_pTree->setEditTriggers(m_doc.m_bLabelEditAutomatic ? QAbstractItemView::SelectedClicked
                                                          : QAbstractItemView::NoEditTriggers);
     m_pText->setReadOnly(m_doc.m_bTextLocked);
+    // The outline shows in the document's outline font (a record without a face name keeps the
+    // desktop's face).
+    QFont outline = QApplication::font(m_pTree);
+    m_doc.m_fntOutlineFont.SetFont(outline);
+    if (outline != m_pTree->font()) {
+        m_pTree->setFont(outline);
+        ViewAutoFitSplit();
+    }
 }
 
 // Qt events.

@@ -29,7 +29,7 @@ qint32 BufferSize(qint64 n) {
 qint32 CompressString(const QByteArray &source, QByteArray &compressed) {
     PROC("modCompress CompressString");
     const qint32 size = BufferSize(source.size());
-    QByteArray buffer(size, '\0');
+    QByteArray buffer(size, Qt::Uninitialized); // zlib writes what is kept
     uLongf outLen = uLongf(size);
     const int rc =
         compress(reinterpret_cast<Bytef *>(buffer.data()), &outLen,
@@ -49,7 +49,7 @@ qint32 DecompressString(const QByteArray &compressed, qint32 length, QByteArray 
         return Z_DATA_ERROR;
     }
     const qint32 size = BufferSize(length);
-    QByteArray buffer(size, '\0');
+    QByteArray buffer(size, Qt::Uninitialized); // zlib writes what is kept
     uLongf outLen = uLongf(size);
     const int rc = uncompress(reinterpret_cast<Bytef *>(buffer.data()), &outLen,
                               reinterpret_cast<const Bytef *>(compressed.constData()),

@@ -92,20 +92,17 @@ std::unique_ptr<QTextDocument> PrintPages::build(const Piece &piece) {
         cursor.setBlockCharFormat(cf);
         cursor.insertText(entry.Heading, cf);
     }
-    // Paragraph indents and spacing are pixels at 96 dpi; the layout takes them as pixels of its
-    // device (it scales fonts, pictures and list indents itself).
+    // Paragraph indents are pixels at 96 dpi; the layout takes them as pixels of its device (it
+    // scales fonts, pictures, list indents and the spacing above and below paragraphs itself).
     const qreal scale = Resolution / 96.0;
     QTextCursor cursor(doc.get());
     for (QTextBlock b = doc->begin(); b.isValid(); b = b.next()) {
         QTextBlockFormat f = b.blockFormat();
-        if (f.leftMargin() == 0 && f.rightMargin() == 0 && f.topMargin() == 0 &&
-            f.bottomMargin() == 0 && f.textIndent() == 0) {
+        if (f.leftMargin() == 0 && f.rightMargin() == 0 && f.textIndent() == 0) {
             continue;
         }
         f.setLeftMargin(f.leftMargin() * scale);
         f.setRightMargin(f.rightMargin() * scale);
-        f.setTopMargin(f.topMargin() * scale);
-        f.setBottomMargin(f.bottomMargin() * scale);
         f.setTextIndent(f.textIndent() * scale);
         cursor.setPosition(b.position());
         cursor.setBlockFormat(f);
