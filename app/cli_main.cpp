@@ -185,7 +185,7 @@ Document *subtreeDocument(Document *doc, Node *top) {
         stack.pop_back();
         Node *to = copy->trvOutline().Add(parent, parent ? relChild : relLast);
         to->setText(from->Text());
-        to->setTag(from->Tag());
+        to->setTagFrom(*from);
         if (modNodes::NodeTagged(from)) {
             modNodes::NodeTagOn(to);
         }

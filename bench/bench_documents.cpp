@@ -1,5 +1,7 @@
 // Loading, saving and exporting large generated documents: 10,000 and 100,000 entries, each a
 // formatted rich text of a few hundred to a few thousand characters, stored compressed.
+#include "bench/BenchDocuments.h"
+#include "bench/BenchProcess.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocText.h"
@@ -8,6 +10,7 @@
 #include "outline/modNodes.h"
 #include "util/ErrorLog.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QGuiApplication>
 #include <QTemporaryDir>
@@ -15,8 +18,6 @@
 #include <benchmark/benchmark.h>
 
 #include <map>
-#include <random>
-#include <vector>
 
 namespace {
 
@@ -25,78 +26,18 @@ QTemporaryDir &workDir() {
     return dir;
 }
 
-// A formatted rich text of roughly `words` words: fonts, colours, bold and italic runs, a list.
-QByteArray richText(std::mt19937 &random, int words) {
-    static const char *vocabulary[] = {"garden", "house",  "paint",   "plans",   "water",
-                                       "window", "letter", "north",   "winter",  "budget",
-                                       "review", "travel", "caf\xe9", "meeting", "notes"};
-    QByteArray rtf =
-        "{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fswiss Arial;}{\\f1\\froman "
-        "Times New Roman;}}{\\colortbl ;\\red255\\green0\\blue0;\\red0\\green0\\blue128;}"
-        "\\viewkind4\\uc1\\pard\\f0\\fs20 ";
-    for (int i = 0; i < words; ++i) {
-        const unsigned r = random();
-        if (r % 23 == 0) {
-            rtf += "\\par\r\n";
-        }
-        if (r % 17 == 0) {
-            rtf += "{\\b ";
-        } else if (r % 19 == 0) {
-            rtf += "{\\i\\cf1 ";
-        } else if (r % 29 == 0) {
-            rtf += "{\\f1\\fs24\\cf2 ";
-        }
-        rtf += vocabulary[r % 15];
-        rtf += QByteArray::number(r % 1000);
-        if (r % 17 == 0 || r % 19 == 0 || r % 29 == 0) {
-            rtf += '}';
-        }
-        rtf += ' ';
-    }
-    rtf += "\\par\r\n}\r\n";
-    return rtf;
-}
-
-// Builds a document of `count` entries (each entry gets up to 12 children, about 5 levels
-// deep), saves it once and returns the file's path. Cached per size.
-QString documentFile(int count) {
-    static std::map<int, QString> files;
-    auto found = files.find(count);
+// The generated document of `count` entries in the shape, saved once; returns the file's path.
+QString documentFile(int count, benchdocs::Shape shape = benchdocs::Shape::Balanced) {
+    static std::map<std::pair<int, int>, QString> files;
+    const std::pair key(count, int(shape));
+    auto found = files.find(key);
     if (found != files.end()) {
         return found->second;
     }
-    std::mt19937 random{unsigned(count)};
-    Document *doc = modDoc::DocInit();
-    std::vector<Node *> nodes;
-    nodes.reserve(size_t(count));
-    size_t parent = 0;
-    for (int i = 0; i < count; ++i) {
-        Node *n = nullptr;
-        if (nodes.empty()) {
-            n = modNodes::NodeInsert(doc, relFirst, nullptr);
-        } else {
-            if (nodes[parent]->Children() >= 12) {
-                ++parent;
-            }
-            n = modNodes::NodeInsert(doc, relChild, nodes[parent]);
-        }
-        n->setText(QStringLiteral("Entry %1 about the garden").arg(i));
-        QByteArray stored;
-        modNodes::NodeTextCompressIfRequired(richText(random, 40 + int(random() % 400)), stored);
-        n->setTag(stored);
-        if (random() % 5 == 0) {
-            modNodes::NodeTagOn(n);
-        }
-        nodes.push_back(n);
-    }
-    for (size_t i = 0; i < nodes.size() / 3; ++i) {
-        nodes[i]->setExpanded(true);
-    }
-    nodes.back()->setSelected(true);
-    const QString path = workDir().filePath(QStringLiteral("doc%1.mvd").arg(count));
-    modDoc::DocSaveDocument(*doc, path, false);
-    modDoc::DocClose(doc);
-    files[count] = path;
+    const QString path = workDir().filePath(
+        QStringLiteral("doc%1-%2.mvd").arg(count).arg(QLatin1String(benchdocs::ShapeName(shape))));
+    benchdocs::Write(path, count, shape);
+    files[key] = path;
     return path;
 }
 
@@ -202,10 +143,47 @@ void BM_RecoveryWriteNow(benchmark::State &state) {
     modDoc::DocClose(doc);
 }
 
+// The command-line tool's convert (load and save, as a separate process) and `cp` of the same
+// file, side by side.
+void BM_CliConvert(benchmark::State &state) {
+    const QString path = documentFile(int(state.range(0)), benchdocs::Shape(state.range(1)));
+    const QByteArray tool =
+        (QCoreApplication::applicationDirPath() + "/mavrolen-cli").toLocal8Bit();
+    const QByteArray target = workDir().filePath(QStringLiteral("converted.mvd")).toLocal8Bit();
+    for (auto _ : state) {
+        if (!benchproc::Run({tool, "convert", path.toLocal8Bit(), target})) {
+            state.SkipWithError("convert failed");
+            break;
+        }
+    }
+    state.counters["file_MB"] = double(QFile(path).size()) / (1 << 20);
+}
+
+void BM_CopyFile(benchmark::State &state) {
+    const QString path = documentFile(int(state.range(0)), benchdocs::Shape(state.range(1)));
+    const QByteArray target = workDir().filePath(QStringLiteral("copied.mvd")).toLocal8Bit();
+    for (auto _ : state) {
+        if (!benchproc::Run({"cp", path.toLocal8Bit(), target})) {
+            state.SkipWithError("cp failed");
+            break;
+        }
+    }
+}
+
+void shapes(benchmark::internal::Benchmark *b) {
+    for (auto shape :
+         {benchdocs::Shape::Flat, benchdocs::Shape::Balanced, benchdocs::Shape::Realistic}) {
+        b->Args({100000, int(shape)});
+    }
+    b->ArgNames({"entries", "shape"});
+}
+
 } // namespace
 
 BENCHMARK(BM_CheckPoint)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(BM_RecoveryWriteNow)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_CliConvert)->Apply(shapes)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_CopyFile)->Apply(shapes)->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(BM_Load)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_Save)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_SaveBytes)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
@@ -216,11 +194,18 @@ int main(int argc, char **argv) {
     QGuiApplication app(argc, argv);
     modMain::SetLogPath(workDir().filePath(QStringLiteral("bench.log")));
     if (argc > 2 && QByteArray(argv[1]) == "--write-document") {
-        // Writes the generated document of the given size to a file, for timing the tool.
+        // Writes a generated document to a file, for timing the tools and the window:
+        // --write-document <entries> [<file> [balanced|flat|realistic]].
         const int count = QByteArray(argv[2]).toInt();
         const QString out = argc > 3 ? QString::fromLocal8Bit(argv[3]) : QStringLiteral("doc.mvd");
+        benchdocs::Shape shape = benchdocs::Shape::Balanced;
+        for (auto s : {benchdocs::Shape::Flat, benchdocs::Shape::Realistic}) {
+            if (argc > 4 && QByteArray(argv[4]) == benchdocs::ShapeName(s)) {
+                shape = s;
+            }
+        }
         QFile::remove(out);
-        return QFile::copy(documentFile(count), out) ? 0 : 1;
+        return benchdocs::Write(out, count, shape) ? 0 : 1;
     }
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -156,6 +157,26 @@ QString BackupName(const QString &path) {
     return modString::FileWithoutExt(path) + QStringLiteral(".bak");
 }
 
+void PrepareLargeBuffer(QByteArray &bytes) {
+    constexpr qsizetype kLarge = qsizetype(4) << 20;
+    if (bytes.capacity() < kLarge) {
+        return;
+    }
+    const auto page = quintptr(sysconf(_SC_PAGESIZE));
+    char *data = bytes.data();
+    const auto begin = (quintptr(data) + page - 1) & ~(page - 1);
+    const auto end = (quintptr(data) + quintptr(bytes.capacity())) & ~(page - 1);
+    if (end <= begin) {
+        return;
+    }
+#ifdef MADV_HUGEPAGE
+    (void)madvise(reinterpret_cast<void *>(begin), end - begin, MADV_HUGEPAGE);
+#endif
+#ifdef MADV_POPULATE_WRITE
+    (void)madvise(reinterpret_cast<void *>(begin), end - begin, MADV_POPULATE_WRITE);
+#endif
+}
+
 QByteArray ReadWholeFile(const QString &path) {
     PROC("modDoc ReadWholeFile");
     const QByteArray name = QFile::encodeName(path);
@@ -176,6 +197,7 @@ QByteArray ReadWholeFile(const QString &path) {
                                                        : QStringLiteral("Not a regular file"));
     }
     QByteArray bytes(qsizetype(st.st_size), Qt::Uninitialized);
+    PrepareLargeBuffer(bytes);
     qsizetype got = 0;
     while (got < bytes.size()) {
         const ssize_t n = ::read(file.fd, bytes.data() + got,

@@ -145,7 +145,10 @@ void DocFinishLoad(Document &doc, const QString &selectedKey, const QList<bool> 
     if (root) {
         modNodes::NodeCollapseAll(root);
     }
-    doc.setOutlineVisible(true);
+    // The showing and tagged marks go on while the outline is hidden (the collapse's batch has
+    // shown it again): the view reads the expansion once when it shows, and scrolls once, to the
+    // selection.
+    doc.setOutlineVisible(false);
     const qsizetype count = nodes.Count();
     for (qsizetype i = 1; i < showingByIndex.size() && i <= count; ++i) {
         if (showingByIndex.at(i)) {
@@ -157,6 +160,7 @@ void DocFinishLoad(Document &doc, const QString &selectedKey, const QList<bool> 
             modNodes::NodeTagOn(nodes.Item(int(i)));
         }
     }
+    doc.setOutlineVisible(true);
     Node *select = nullptr;
     if (!selectedKey.isEmpty()) {
         for (Node *n : nodes) {
@@ -224,6 +228,8 @@ Document *DocLoad(const QString &path) {
 void DocLoadBytes(Document &doc, const QByteArray &bytes) {
     PROC("modDoc DocLoadBytes");
     const Transfer transfer;
+    // The outline stays hidden until the whole tree is built and marked (DocFinishLoad).
+    doc.setOutlineVisible(false);
     int version = DocDefaultVersionFromExt(doc.m_sFile).toInt();
     int tagged = 0;
     if (numericVersion(DocLoadTag(bytes, "formatversion"), tagged)) {

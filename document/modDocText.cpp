@@ -78,7 +78,7 @@ QByteArray DocSaveVersion(Document &doc, TextEncoding::Encoding encoding) {
     // All the texts together may inflate to a bounded multiple of what the document holds.
     qint64 held = 0;
     for (Node *n : doc.trvOutline()) {
-        held += n->Tag().size() + n->Text().size();
+        held += n->TagView().size() + n->Text().size();
     }
     const modNodes::InflateBudget budget(modNodes::InflateBudget::ForFileSize(held));
     Node *root = DocRoot(doc);

@@ -84,7 +84,7 @@ void DocSaveNodeAll(Node *node, QByteArray &out) {
         DocSaveNodeTag(out, "nodelabel", CodePage::fromUnicode(n->Text()));
         DocSaveNodeTag(out, "nodetagged", boolText(modNodes::NodeTagged(n)));
         DocSaveNodeTag(out, "nodevisible", boolText(showing));
-        DocSaveNodeTag(out, "nodetext", n->Tag());
+        DocSaveNodeTag(out, "nodetext", n->TagView());
         const auto &children = n->childList();
         const bool childShowing = showing && n->Expanded();
         for (auto it = children.rbegin(); it != children.rend(); ++it) {
@@ -107,10 +107,11 @@ QByteArray DocSaveVersion(Document &doc) {
     PROC("modDocV1 DocSaveVersion");
     qsizetype estimate = 1024;
     for (Node *n : doc.trvOutline()) {
-        estimate += n->Tag().size() + n->Text().size() + n->Key().size() + 128;
+        estimate += n->TagView().size() + n->Text().size() + n->Key().size() + 128;
     }
     QByteArray out;
     out.reserve(estimate);
+    modDoc::PrepareLargeBuffer(out);
     Node *selected = doc.trvOutline().SelectedItem();
     DocSaveHeader(out, doc, selected ? selected->Key().toLatin1() : QByteArray());
     DocSaveNodeAll(root, out);
@@ -136,10 +137,26 @@ QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &tagge
         pane->SetBaseFont(doc.m_fntOutlineFont.ToPaneFont());
     }
 
-    // Entries by their key in the tree, so that every relative is found in constant time.
+    // The relative of an entry is found on the path of the entry read last (root first): in a
+    // file written in pre-order, a first child's parent and a later sibling's predecessor are
+    // both on it. Only a file out of that order needs the entries indexed by key, which is
+    // then built once and kept up to date.
+    std::vector<Node *> path;
     QHash<QString, Node *> byKey;
-    byKey.reserve(qsizetype(text.size() / 256) + 16);
+    bool indexed = false;
     auto lookup = [&](const QString &key) -> Node * {
+        if (!indexed) {
+            const auto depth = size_t(key.count(QLatin1Char('.')));
+            if (depth < path.size() && path[depth] && !path[depth]->isRemoved() &&
+                path[depth]->Key() == key) {
+                return path[depth];
+            }
+            byKey.reserve(doc.trvOutline().Count() + 16);
+            for (Node *n : doc.trvOutline()) {
+                byKey.insert(n->Key(), n);
+            }
+            indexed = true;
+        }
         Node *n = byKey.value(key);
         return (n && !n->isRemoved() && n->Key() == key) ? n : nullptr;
     };
@@ -159,69 +176,93 @@ QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &tagge
         }
     };
 
+    // The entries' stored texts stay in the file's bytes, shared, until one is read or changed.
+    const auto file = std::make_shared<const QByteArray>(text);
     const QString prefix = QStringLiteral("KEY");
-    ScanEntries(text, [&](EntryRecord &rec) {
-        const QString key = QString::fromLatin1(rec.Key);
-        Node *relative = nullptr;
-        int relationship = relChild;
-        QString relativeKey;
-        if (key.endsWith(QStringLiteral(".1"))) {
-            relativeKey = prefix + key.chopped(2);
-        } else {
-            const qsizetype dot = key.lastIndexOf(QLatin1Char('.'));
-            if (dot >= 0) {
-                relationship = relNext;
-                bool ok = false;
-                const qint64 number = key.mid(dot + 1).toLongLong(&ok);
-                // Only a positive number has a predecessor (and no overflow at the boundary).
-                relativeKey =
-                    prefix + key.left(dot + 1) +
-                    (ok && number > 0 ? QString::number(number - 1) : QStringLiteral("?"));
+    ScanEntries(
+        text,
+        [&](EntryRecord &rec) {
+            const QString key = QString::fromLatin1(rec.Key);
+            Node *relative = nullptr;
+            int relationship = relChild;
+            QString relativeKey;
+            if (key.endsWith(QStringLiteral(".1"))) {
+                relativeKey = prefix + key.chopped(2);
+            } else {
+                const qsizetype dot = key.lastIndexOf(QLatin1Char('.'));
+                if (dot >= 0) {
+                    relationship = relNext;
+                    bool ok = false;
+                    const qint64 number = key.mid(dot + 1).toLongLong(&ok);
+                    // Only a positive number has a predecessor (and no overflow at the boundary).
+                    relativeKey =
+                        prefix + key.left(dot + 1) +
+                        (ok && number > 0 ? QString::number(number - 1) : QStringLiteral("?"));
+                }
             }
-        }
-        if (!relativeKey.isEmpty()) {
-            relative = lookup(relativeKey);
-            if (!relative) {
+            if (!relativeKey.isEmpty()) {
+                relative = lookup(relativeKey);
+                if (!relative) {
+                    reportDamage(modMain::errSubscriptOutOfRange,
+                                 QStringLiteral("entry \"%1\": no entry \"%2\" to place it by")
+                                     .arg(key.left(40), relativeKey.left(40)));
+                }
+            }
+            if (relativeKey.isEmpty() && doc.trvOutline().Count() > 0) {
                 reportDamage(modMain::errSubscriptOutOfRange,
-                             QStringLiteral("entry \"%1\": no entry \"%2\" to place it by")
-                                 .arg(key.left(40), relativeKey.left(40)));
+                             QStringLiteral("entry \"%1\": a second top entry").arg(key.left(40)));
             }
-        }
-        if (relativeKey.isEmpty() && doc.trvOutline().Count() > 0) {
-            reportDamage(modMain::errSubscriptOutOfRange,
-                         QStringLiteral("entry \"%1\": a second top entry").arg(key.left(40)));
-        }
-        Node *node = modNodes::NodeInsert(&doc, relationship, relative);
-        PROC("modDocV1 DocLoadVersion");
-        if (!node) {
-            reportDamage(modMain::errInvalidProcedureCall,
-                         QStringLiteral("entry \"%1\" could not be inserted").arg(key.left(40)));
-            return;
-        }
-        if (node->Next()) {
-            rekey(node);
-        } else {
-            byKey.insert(node->Key(), node);
-        }
-        if (relative && node->Key() != prefix + key) {
-            reportDamage(modMain::errSubscriptOutOfRange,
-                         QStringLiteral("entry \"%1\" out of order, read as \"%2\"")
-                             .arg(key.left(40), node->Key().mid(3).left(40)));
-        }
-        if (rec.TextTruncated) {
-            reportDamage(modMain::errInputPastEnd,
-                         QStringLiteral("the text of entry \"%1\" is cut short").arg(key.left(40)));
-        }
-        DocLoadVersionNodeSet(&doc, node, rec, taggedByIndex, showingByIndex);
-    });
+            Node *node = modNodes::NodeInsert(&doc, relationship, relative);
+            PROC("modDocV1 DocLoadVersion");
+            if (!node) {
+                reportDamage(
+                    modMain::errInvalidProcedureCall,
+                    QStringLiteral("entry \"%1\" could not be inserted").arg(key.left(40)));
+                return;
+            }
+            if (indexed && node->Next()) {
+                rekey(node);
+            } else if (indexed) {
+                byKey.insert(node->Key(), node);
+            }
+            size_t depth = 0;
+            for (Node *p = node->Parent(); p; p = p->Parent()) {
+                ++depth;
+            }
+            // The path becomes the entry's ancestors and the entry; it changes at its end only.
+            path.resize(depth + 1, nullptr);
+            for (Node *p = node; p && path[depth] != p; p = p->Parent(), --depth) {
+                path[depth] = p;
+                if (depth == 0) {
+                    break;
+                }
+            }
+            if (relative && node->Key() != prefix + key) {
+                reportDamage(modMain::errSubscriptOutOfRange,
+                             QStringLiteral("entry \"%1\" out of order, read as \"%2\"")
+                                 .arg(key.left(40), node->Key().mid(3).left(40)));
+            }
+            if (rec.TextTruncated) {
+                reportDamage(
+                    modMain::errInputPastEnd,
+                    QStringLiteral("the text of entry \"%1\" is cut short").arg(key.left(40)));
+            }
+            DocLoadVersionNodeSet(&doc, node, rec, taggedByIndex, showingByIndex, file);
+        },
+        nullptr, false);
     return selectedKey;
 }
 
 void DocLoadVersionNodeSet(Document *doc, Node *node, EntryRecord &rec, QList<bool> &taggedByIndex,
-                           QList<bool> &showingByIndex) {
+                           QList<bool> &showingByIndex,
+                           const std::shared_ptr<const QByteArray> &file) {
     PROC("modDocV1 DocLoadVersionNodeSet");
     node->setText(CodePage::toUnicode(rec.Label));
-    node->setTag(std::move(rec.Text));
+    if (rec.Text.isEmpty() && rec.TextLength > 0 && file) {
+        node->setTagShared(file, rec.TextFrom, rec.TextLength);
+    } else {
+        node->setTag(std::move(rec.Text));
+    }
     rec.Text = QByteArray();
     modNodes::NodeSelect(doc, node);
     const int index = node->Index();

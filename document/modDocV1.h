@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 
 class Document;
 class Node;
@@ -28,7 +29,9 @@ struct EntryRecord {
     QByteArray Label; // file code page
     bool Tagged = false;
     bool Showing = false;
-    QByteArray Text;            // stored text, exactly as in the file
+    QByteArray Text;        // stored text, exactly as in the file (unless not copied)
+    qsizetype TextFrom = 0; // where the stored text stands in the file
+    qsizetype TextLength = 0;
     qsizetype KeyPosition = 0;  // offset of the entry's "nodekey" opener
     bool TextTruncated = false; // the text did not end with "}" CR LF before the next tag
 };
@@ -41,9 +44,10 @@ struct ScanNotes {
 };
 
 // Scans the whole file once and calls `finish` for every entry, in file order. Header tags
-// (wherever they stand) and unknown tags are skipped whole.
+// (wherever they stand) and unknown tags are skipped whole. Without `copyTexts` the records give
+// only the place of each stored text (Text stays empty).
 void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &finish,
-                 ScanNotes *notes = nullptr);
+                 ScanNotes *notes = nullptr, bool copyTexts = true);
 
 // Appends one tag line: opener, name, one blank, value, "}", CR LF.
 void DocSaveNodeTag(QByteArray &out, QByteArrayView name, QByteArrayView value);
@@ -66,9 +70,11 @@ QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &tagge
                        QList<bool> &showingByIndex);
 
 // Gives a freshly inserted entry its label and stored text, selects it and records its tagged and
-// showing marks at its index (growing the lists as needed).
+// showing marks at its index (growing the lists as needed). A record without its text copied
+// takes it from `file`, shared.
 void DocLoadVersionNodeSet(Document *doc, Node *node, EntryRecord &rec, QList<bool> &taggedByIndex,
-                           QList<bool> &showingByIndex);
+                           QList<bool> &showingByIndex,
+                           const std::shared_ptr<const QByteArray> &file = {});
 
 // A damage report of a native file, without building a document.
 struct CheckReport {

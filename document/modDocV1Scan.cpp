@@ -93,7 +93,7 @@ QByteArray tagNameAt(QByteArrayView text, qsizetype p) {
 } // namespace
 
 void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &finish,
-                 ScanNotes *notes) {
+                 ScanNotes *notes, bool copyTexts) {
     PROC("modDocV1 ScanEntries");
     const qsizetype n = text.size();
     EntryRecord rec;
@@ -118,6 +118,8 @@ void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &
         pending = false;
         rec.Label.clear();
         rec.Text.clear();
+        rec.TextFrom = 0;
+        rec.TextLength = 0;
         rec.Tagged = false;
         rec.Showing = false;
         rec.TextTruncated = false;
@@ -131,7 +133,9 @@ void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &
         if (textMode) {
             // The text ends three bytes before the next opener: "}", CR, LF close its line.
             const qsizetype len = p - 3 - start;
-            rec.Text = len > 0 ? text.sliced(start, len).toByteArray() : QByteArray();
+            rec.TextFrom = start;
+            rec.TextLength = qMax<qsizetype>(len, 0);
+            rec.Text = len > 0 && copyTexts ? text.sliced(start, len).toByteArray() : QByteArray();
             rec.TextTruncated = !(p - 3 >= start && text.sliced(p - 3, 3) == "}\r\n");
             textMode = false;
         }

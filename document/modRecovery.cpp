@@ -75,7 +75,7 @@ QByteArray snapshot(const Document &doc) {
     QByteArray selectedKey;
     qsizetype estimate = 1024;
     for (Node *n : nodes) {
-        estimate += n->Tag().size() + n->Text().size() + 96;
+        estimate += n->TagView().size() + n->Text().size() + 96;
     }
     body.reserve(estimate);
     struct Item {
@@ -99,7 +99,7 @@ QByteArray snapshot(const Document &doc) {
         modDocV1::DocSaveNodeTag(body, "nodelabel", CodePage::fromUnicode(n->Text()));
         modDocV1::DocSaveNodeTag(body, "nodetagged", n->ImageTagged() ? "True" : "False");
         modDocV1::DocSaveNodeTag(body, "nodevisible", item.showing ? "True" : "False");
-        modDocV1::DocSaveNodeTag(body, "nodetext", n->Tag());
+        modDocV1::DocSaveNodeTag(body, "nodetext", n->TagView());
         const auto &children = n->childList();
         const bool showing = item.showing && n->Expanded();
         for (size_t i = children.size(); i-- > 0;) {

@@ -70,9 +70,51 @@ void Node::setText(const QString &text) {
 
 void Node::setTag(const QByteArray &tag) {
     m_baTag = tag;
+    m_pShared.reset();
     if (m_pTree) {
         m_pTree->touch();
     }
+}
+
+void Node::setTagShared(const std::shared_ptr<const QByteArray> &buffer, qsizetype from,
+                        qsizetype length) {
+    if (!buffer) {
+        setTag(QByteArray());
+        return;
+    }
+    from = qBound<qsizetype>(0, from, buffer->size());
+    length = qBound<qsizetype>(0, length, buffer->size() - from);
+    // Only a buffer that owns its bytes is kept alive by holding it.
+    if (length == 0 || !QByteArray(*buffer).data_ptr().isMutable()) {
+        setTag(buffer->sliced(from, length));
+        return;
+    }
+    m_baTag = QByteArray();
+    m_pShared = buffer;
+    m_iSharedFrom = from;
+    m_iSharedLength = length;
+    if (m_pTree) {
+        m_pTree->touch();
+    }
+}
+
+void Node::setTagFrom(const Node &source) {
+    if (!source.m_pShared) {
+        setTag(source.m_baTag);
+        return;
+    }
+    m_baTag = QByteArray();
+    m_pShared = source.m_pShared;
+    m_iSharedFrom = source.m_iSharedFrom;
+    m_iSharedLength = source.m_iSharedLength;
+    if (m_pTree) {
+        m_pTree->touch();
+    }
+}
+
+void Node::unshareTag() const {
+    m_baTag = m_pShared->sliced(m_iSharedFrom, m_iSharedLength);
+    m_pShared.reset();
 }
 
 QString Node::Image() const {

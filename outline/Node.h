@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 class Nodes;
@@ -39,8 +40,24 @@ public:
     void setText(const QString &text);
 
     // The body text in stored form (code-page bytes); copying it is cheap.
-    const QByteArray &Tag() const { return m_baTag; }
+    const QByteArray &Tag() const {
+        if (m_pShared) {
+            unshareTag();
+        }
+        return m_baTag;
+    }
+    // The same bytes without making them the node's own (for writing and measuring).
+    QByteArrayView TagView() const {
+        return m_pShared ? QByteArrayView(*m_pShared).sliced(m_iSharedFrom, m_iSharedLength)
+                         : QByteArrayView(m_baTag);
+    }
     void setTag(const QByteArray &tag);
+    // The stored text as a piece of a larger buffer (a document file as read), which is shared,
+    // not copied, until the text is first read through Tag().
+    void setTagShared(const std::shared_ptr<const QByteArray> &buffer, qsizetype from,
+                      qsizetype length);
+    // The source's stored text, shared as the source holds it.
+    void setTagFrom(const Node &source);
 
     // Icon keys: "Folder" / "FolderTagged" and "FolderSelected" / "FolderTaggedSelected".
     // Any other key raises error 5.
@@ -92,6 +109,7 @@ private:
     ~Node() = default;
 
     int repairRowsUpTo(const Node *child) const;
+    void unshareTag() const;
 
     Nodes *m_pTree = nullptr;
     Node *m_pParent = nullptr; // the collection's hidden top for top nodes
@@ -106,7 +124,11 @@ private:
     bool m_bSelectedImageTagged = false;
     QString m_sKey;
     QString m_sText;
-    QByteArray m_baTag;
+    mutable QByteArray m_baTag;
+    // A shared stored text: the buffer that holds it (kept alive here), and where.
+    mutable std::shared_ptr<const QByteArray> m_pShared;
+    qsizetype m_iSharedFrom = 0;
+    qsizetype m_iSharedLength = 0;
 };
 
 // A reference to a node that is held across commands. It reads as null once the node has been

@@ -279,7 +279,7 @@ Node *NodeDuplicate(Document *document, Node *source, Node *target, int relation
             const std::vector<Node *> children = p.source->childList();
             if (p.copy != copy) {
                 p.copy->setText(p.source->Text());
-                p.copy->setTag(p.source->Tag());
+                p.copy->setTagFrom(*p.source);
                 if (NodeTagged(p.source)) {
                     NodeTagOn(p.copy);
                 }
@@ -310,7 +310,7 @@ Node *NodeDuplicate(Document *document, Node *source, Node *target, int relation
         const bool expanded = source->Expanded();
         NodeSelect(document, copy);
         copy->setText(source->Text());
-        copy->setTag(source->Tag());
+        copy->setTagFrom(*source);
         copy->setExpanded(expanded);
         NodeTextGet(document, copy);
         if (tagged) {

@@ -211,6 +211,20 @@ void TestNodes::duplicateCopiesSubtreeAndTags() {
     Node *a = s["a"];
     QVERIFY(NodeDuplicate(&s.doc, a, a, relChild));
     QCOMPARE(TreeShape(a), QStringLiteral("a(a1 a2 a(a1 a2))"));
+
+    // A text shared with a file's bytes outlives the reader's buffer and reaches copies; a buffer
+    // that does not own its bytes is copied at once.
+    auto file = std::make_shared<const QByteArray>(QByteArray("xx5,textyy"));
+    Node *c = s["c"];
+    c->setTagShared(file, 2, 6);
+    file.reset();
+    Node *cc = NodeDuplicate(&s.doc, c, c, relNext);
+    QCOMPARE(cc->TagView(), QByteArrayView("5,text"));
+    QCOMPARE(c->Tag(), QByteArray("5,text"));
+    static const char raw[] = "ab5,rawcd";
+    c->setTagShared(std::make_shared<const QByteArray>(QByteArray::fromRawData(raw, 9)), 2, 5);
+    QCOMPARE(c->TagView(), QByteArrayView("5,raw"));
+    QVERIFY(c->TagView().data() != raw + 2);
 }
 
 void TestNodes::pasteCopiesAndMoves() {
