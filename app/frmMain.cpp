@@ -1,5 +1,6 @@
 #include "app/frmMain.h"
 
+#include "app/StatusPanels.h"
 #include "app/ToolbarIcons.h"
 #include "app/modCommandState.h"
 #include "app/modCommands.h"
@@ -11,6 +12,7 @@
 #include "editor/frmDocument.h"
 #include "editor/modFont.h"
 #include "help/frmAbout.h"
+#include "help/frmHelp.h"
 #include "util/modGlobals.h"
 
 #include <QAction>
@@ -30,6 +32,7 @@
 #include <QRegularExpression>
 #include <QShortcut>
 #include <QStatusBar>
+#include <QTime>
 #include <QTimer>
 #include <QToolBar>
 #include <QUrl>
@@ -73,6 +76,7 @@ frmMain::frmMain(QWidget *parent) : QMainWindow(parent) {
     connect(m_mdi, &QMdiArea::subWindowActivated, this, &frmMain::OnSubWindowActivated);
     modDocClipboard::SetClipboard(&m_clipboard);
     modMain::SetMainWindow(this);
+    frmHelp::InstallWhatsThisKey();
 }
 
 frmMain::~frmMain() {
@@ -117,7 +121,10 @@ void frmMain::BuildMenus() {
         } else {
             action = owner->addAction(item.Caption);
             const QString name = item.Name;
-            connect(action, &QAction::triggered, this, [name] { modCommands::RunItem(name); });
+            connect(action, &QAction::triggered, this, [name] {
+                modCommands::RunItem(name);
+                modMain::UpdateToolbarStatus();
+            });
             action->setCheckable(item.Checkable);
             action->setEnabled(modCommands::HasProcedure(item.Name));
             BindShortcuts(action, item.Caption, item.Shortcuts);
@@ -182,14 +189,17 @@ void frmMain::BuildStatusBar() {
     m_statusText = new QLabel(bar);
     m_statusText->setObjectName(u"Text"_s);
     bar->addWidget(m_statusText, 1);
-    for (const QString &key : {u"Caps"_s, u"Num"_s, u"Ins"_s}) {
-        auto *panel = new QLabel(key.toUpper(), bar);
-        panel->setObjectName(key);
+    for (const StatusPanel &p : StatusPanels::Panels(KeyState{}, QTime(0, 0))) {
+        auto *panel = new QLabel(bar);
+        panel->setObjectName(p.Key);
         panel->setAlignment(Qt::AlignCenter);
         panel->setMinimumWidth(panel->fontMetrics().horizontalAdvance(u"CAPS"_s) + 12);
         panel->setFrameShape(QFrame::StyledPanel);
+        panel->installEventFilter(this);
         bar->addPermanentWidget(panel);
+        m_panels.insert(p.Key, panel);
     }
+    ShowStatusPanels();
 }
 
 void frmMain::MDIForm_Load() {
@@ -317,6 +327,7 @@ void frmMain::UpdateStatusBarText(const QString &text) {
 void frmMain::Timer1_Timer() {
     PROC("frmMain Timer1_Timer");
     modMain::Guarded([this] {
+        ShowStatusPanels();
         // The focus resting on the frame itself goes back to the control that last had it in the
         // active document window.
         if (QApplication::activeWindow() != this) {
@@ -647,7 +658,9 @@ Document *frmMain::NewDocumentWindow() {
     if (!isVisible()) {
         area = size() - QSize(0, 120);
     }
-    frame->resize(std::max(480, area.width() * 2 / 3), std::max(320, area.height() * 2 / 3));
+    // Never larger than the area it sits in.
+    frame->resize(std::min(area.width(), std::max(480, area.width() * 2 / 3)),
+                  std::min(area.height(), std::max(320, area.height() * 2 / 3)));
     frame->show();
     return &window->document();
 }

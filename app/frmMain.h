@@ -76,9 +76,23 @@ public:
     void EndBusy() override;
     void ResetPointer() override;
     void ShowAbout() override;
+    void UpdateMRUFile(const QString &file, bool remove) override;
+    QString MRUFile(int index) override;
+    void ShowMRUFiles(const QStringList &captions) override;
+    void ShowSearchDialog() override;
+    QString ShowHelp(const QString &file, int context) override;
+    void EnterWhatsThisMode() override;
+    void PrintSetup() override;
+    void Print(bool currentEntryOnly) override;
+    void PrintPreview(bool currentEntryOnly) override;
+    void SaveSettings() override;
+    void ShowDebug() override;
+    void PopupBarMenu(const QString &menu, const QPoint &at) override;
+    void TextSelectionChanged() override;
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
@@ -91,6 +105,8 @@ private:
     // A document window became the active one (or none is).
     void OnSubWindowActivated(class QMdiSubWindow *frame);
     void Timer1_Timer();
+    // The lock keys, the typing mode and the time in the status bar's panels.
+    void ShowStatusPanels();
     void TileHorizontal();
     void TileVertical();
     // One above the other, or side by side.
@@ -104,5 +120,7 @@ private:
     QHash<QString, QAction *> m_items;
     QHash<QString, QMenu *> m_menus;
     QHash<QString, QAction *> m_buttons;
+    QHash<QString, QLabel *> m_panels; // the status bar's panels by key
+    QList<QAction *> m_mruItems;       // the File menu's recent files, item 1 first
     SystemClipboard m_clipboard;
 };

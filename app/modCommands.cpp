@@ -5,11 +5,15 @@
 #include "app/modWindow.h"
 #include "document/Document.h"
 #include "document/modFile.h"
+#include "editor/modEdit.h"
 #include "editor/modFont.h"
 #include "editor/modView.h"
 #include "help/modHelp.h"
 #include "outline/modOutline.h"
+#include "print/modExport.h"
 #include "richtext/RichTextBuffer.h"
+#include "search/modSearch.h"
+#include "util/MainWindowHost.h"
 
 #include <QHash>
 
@@ -24,6 +28,20 @@ namespace {
 // A procedure without an argument, as a row calls it.
 template <void (*F)()> void Call(int) {
     F();
+}
+
+// Printing and the diagnostic window are windows of their own: the main window shows them.
+void PrintSetup(int) {
+    modMain::Host().PrintSetup();
+}
+void Print(int currentEntryOnly) {
+    modMain::Host().Print(currentEntryOnly != 0);
+}
+void PrintPreview(int currentEntryOnly) {
+    modMain::Host().PrintPreview(currentEntryOnly != 0);
+}
+void ShowDebug(int) {
+    modMain::Host().ShowDebug();
 }
 
 // The View menu's "MDI taskbar" item deliberately does nothing.
@@ -75,13 +93,14 @@ Command Item(QString name, QString caption, int depth, Procedure proc, unsigned 
     return c;
 }
 
-Command Key(QString name, Procedure proc, int argument) {
+Command Key(QString name, Procedure proc, int argument, unsigned needs = None) {
     Command c;
     c.Name = std::move(name);
     c.Depth = -1;
     c.Kind = ItemKind::Key;
     c.Proc = proc;
     c.Argument = argument;
+    c.Needs = needs;
     return c;
 }
 
@@ -127,15 +146,21 @@ const QList<Command> &MenuItems() {
              &Call<modFile::FileExportClipboard>, DocOpen),
         Item(u"mnuFileExportText"_s, u"To &text file..."_s, 2, &Call<modFile::FileExportText>,
              DocOpen),
+        Item(u"mnuFileExportHtml"_s, u"To &HTML file..."_s, 2, &Call<modExport::FileExportHtml>,
+             DocOpen),
+        Item(u"mnuFileExportMarkdown"_s, u"To &Markdown file..."_s, 2,
+             &Call<modExport::FileExportMarkdown>, DocOpen),
+        Item(u"mnuFileExportPdf"_s, u"To P&DF file..."_s, 2, &Call<modExport::FileExportPdf>,
+             DocOpen),
         Bar(u"mnuFileBar3"_s, 1),
-        Item(u"mnuFilePrintSetup"_s, u"Print set&up..."_s, 1, nullptr, None),
-        Item(u"mnuFilePrintPreview"_s, u"Print pre&view..."_s, 1, nullptr, DocOpen)
+        Item(u"mnuFilePrintSetup"_s, u"Print set&up..."_s, 1, &PrintSetup, None),
+        Item(u"mnuFilePrintPreview"_s, u"Print pre&view..."_s, 1, &PrintPreview, DocOpen)
             .Tool(u"Preview File"_s, 5, u"document-print-preview"_s, u"text ◎ 16"_s, GroupEnd),
-        Item(u"mnuFilePrint"_s, u"&Print..."_s, 1, nullptr, DocOpen)
+        Item(u"mnuFilePrint"_s, u"&Print..."_s, 1, &Print, DocOpen)
             .Tool(u"Print File"_s, 4, u"document-print"_s, u"printer"_s),
-        Item(u"mnuFilePrintEntry"_s, u"Print &current entry..."_s, 1, nullptr, DocOpen | Entry, 1)
+        Item(u"mnuFilePrintEntry"_s, u"Print &current entry..."_s, 1, &Print, DocOpen | Entry, 1)
             .Tool(u"Print Entry"_s, 11, u""_s, u"printer; dot"_s),
-        Item(u"mnuFilePrintPreviewEntry"_s, u"Print preview current &entry..."_s, 1, nullptr,
+        Item(u"mnuFilePrintPreviewEntry"_s, u"Print preview current &entry..."_s, 1, &PrintPreview,
              DocOpen | Entry, 1)
             .Tool(u"Preview Entry"_s, 12, u""_s, u"text ◎ 16; dot"_s, GroupEnd),
         Bar(u"mnuFileBarMRU"_s, 1),
@@ -268,76 +293,104 @@ const QList<Command> &MenuItems() {
         Bar(u"mnuOutlineBar7"_s, 1),
         Item(u"mnuOutlineFont"_s, u"&Font..."_s, 1, &OutlineFont, Writable),
         Menu(u"mnuEdit"_s, u"&Edit"_s, 0),
-        Item(u"mnuEditCut"_s, u"Cu&t               Ctrl+X"_s, 1, nullptr, Writable | TextFocus)
+        Item(u"mnuEditCut"_s, u"Cu&t               Ctrl+X"_s, 1, &Call<modEdit::EditCut>,
+             Writable | TextFocus)
             .Keys({Qt::CTRL | Qt::Key_X})
+            .Window({Qt::CTRL | Qt::Key_X})
             .Tool(u"Cut Text"_s, 34, u"edit-cut"_s, u"text ✂ 16"_s),
-        Item(u"mnuEditCopy"_s, u"&Copy            Ctrl+C"_s, 1, nullptr, DocOpen | TextFocus)
+        Item(u"mnuEditCopy"_s, u"&Copy            Ctrl+C"_s, 1, &Call<modEdit::EditCopy>,
+             DocOpen | TextFocus)
             .Keys({Qt::CTRL | Qt::Key_C})
+            .Window({Qt::CTRL | Qt::Key_C})
             .Tool(u"Copy Text"_s, 35, u"edit-copy"_s, u"text C bold"_s),
-        Item(u"mnuEditPaste"_s, u"&Paste           Ctrl+V"_s, 1, nullptr, Writable | TextFocus)
+        Item(u"mnuEditPaste"_s, u"&Paste           Ctrl+V"_s, 1, &Call<modEdit::EditPaste>,
+             Writable | TextFocus)
             .Keys({Qt::CTRL | Qt::Key_V})
+            .Window({Qt::CTRL | Qt::Key_V})
             .Tool(u"Paste Text"_s, 36, u"edit-paste"_s, u"text P bold"_s),
-        Item(u"mnuEditPasteSpecial"_s, u"Paste &special"_s, 1, nullptr, Writable | TextFocus),
-        Item(u"mnuEditDelete"_s, u"&Delete          Del"_s, 1, nullptr, Writable | TextFocus)
+        Item(u"mnuEditPasteSpecial"_s, u"Paste &special"_s, 1, &Call<modEdit::EditPasteSpecial>,
+             Writable | TextFocus),
+        Item(u"mnuEditDelete"_s, u"&Delete          Del"_s, 1, &Call<modEdit::EditDelete>,
+             Writable | TextFocus)
             .Tool(u"Delete Text"_s, 37, u"edit-delete"_s, u"text ✕ bold 15"_s, GroupEnd),
-        Item(u"mnuEditSelectAll"_s, u"Select &all      Ctrl+A"_s, 1, nullptr, DocOpen | TextFocus)
-            .Keys({Qt::CTRL | Qt::Key_A}),
-        Item(u"mnuEditClearEntryText"_s, u"Cl&ear entry text"_s, 1, nullptr, Writable | Entry),
+        Item(u"mnuEditSelectAll"_s, u"Select &all      Ctrl+A"_s, 1, &Call<modEdit::EditSelectAll>,
+             DocOpen | TextFocus)
+            .Keys({Qt::CTRL | Qt::Key_A})
+            .Window({Qt::CTRL | Qt::Key_A}),
+        Item(u"mnuEditClearEntryText"_s, u"Cl&ear entry text"_s, 1,
+             &Call<modEdit::EditClearEntryText>, Writable | Entry),
         Bar(u"mnuEditBar1"_s, 1),
         Menu(u"mnuEditInsert"_s, u"&Insert"_s, 1, Writable),
-        Item(u"mnuEditInsertTab"_s, u"Insert &tab             Ctrl+Tab"_s, 2, nullptr,
-             Writable | TextFocus)
-            .Keys({Qt::CTRL | Qt::Key_Tab}),
-        Item(u"mnuEditInsertLongDate"_s, u"Insert &long date"_s, 2, nullptr, Writable | TextFocus),
-        Item(u"mnuEditInsertShortDate"_s, u"Insert &short date  Ctrl+D"_s, 2, nullptr,
-             Writable | TextFocus)
+        Item(u"mnuEditInsertTab"_s, u"Insert &tab             Ctrl+Tab"_s, 2,
+             &Call<modEdit::EditInsertTab>, Writable | TextFocus)
+            .Keys({Qt::CTRL | Qt::Key_Tab})
+            .Window({Qt::CTRL | Qt::Key_Tab}),
+        Item(u"mnuEditInsertLongDate"_s, u"Insert &long date"_s, 2,
+             &Call<modEdit::EditInsertLongDate>, Writable | TextFocus),
+        Item(u"mnuEditInsertShortDate"_s, u"Insert &short date  Ctrl+D"_s, 2,
+             &Call<modEdit::EditInsertShortDate>, Writable | TextFocus)
             .Keys({Qt::CTRL | Qt::Key_D})
             .Window({Qt::CTRL | Qt::Key_D}),
-        Item(u"mnuEditInsertTime"_s, u"Insert ti&me            Ctrl+M"_s, 2, nullptr,
-             Writable | TextFocus)
+        Item(u"mnuEditInsertTime"_s, u"Insert ti&me            Ctrl+M"_s, 2,
+             &Call<modEdit::EditInsertTime>, Writable | TextFocus)
             .Keys({Qt::CTRL | Qt::Key_M})
             .Window({Qt::CTRL | Qt::Key_M}),
         Bar(u"mnuEditBar2"_s, 1),
         Menu(u"mnuEditCase"_s, u"Ca&se"_s, 1, Writable),
-        Item(u"mnuEditCaseLower"_s, u"&Lower"_s, 2, nullptr, Writable | TextFocus),
-        Item(u"mnuEditCaseProperName"_s, u"&Proper name"_s, 2, nullptr, Writable | TextFocus),
-        Item(u"mnuEditCaseUpper"_s, u"&Upper"_s, 2, nullptr, Writable | TextFocus),
-        Item(u"mnuEditCaseToggle"_s, u"&Toggle"_s, 2, nullptr, Writable | TextFocus),
+        Item(u"mnuEditCaseLower"_s, u"&Lower"_s, 2, &Call<modEdit::EditCaseLower>,
+             Writable | TextFocus),
+        Item(u"mnuEditCaseProperName"_s, u"&Proper name"_s, 2, &Call<modEdit::EditCaseProper>,
+             Writable | TextFocus),
+        Item(u"mnuEditCaseUpper"_s, u"&Upper"_s, 2, &Call<modEdit::EditCaseUpper>,
+             Writable | TextFocus),
+        Item(u"mnuEditCaseToggle"_s, u"&Toggle"_s, 2, &Call<modEdit::EditCaseToggle>,
+             Writable | TextFocus),
         Bar(u"mnuEditBar3"_s, 1),
         Menu(u"mnuEditFormat"_s, u"F&ormat"_s, 1, Writable),
-        Item(u"mnuEditFormatBold"_s, u"&Bold"_s, 2, nullptr, Writable | TextFocus)
+        Item(u"mnuEditFormatBold"_s, u"&Bold"_s, 2, &Call<modEdit::EditFormatBold>,
+             Writable | TextFocus)
             .Tool(u"Bold Text"_s, 38, u"format-text-bold"_s, u"text B bold"_s, Toggle),
-        Item(u"mnuEditFormatItalic"_s, u"&Italic"_s, 2, nullptr, Writable | TextFocus)
+        Item(u"mnuEditFormatItalic"_s, u"&Italic"_s, 2, &Call<modEdit::EditFormatItalic>,
+             Writable | TextFocus)
             .Tool(u"Italic Text"_s, 39, u"format-text-italic"_s, u"text I italic"_s, Toggle),
-        Item(u"mnuEditFormatStrikeThrough"_s, u"Stri&kethrough"_s, 2, nullptr,
-             Writable | TextFocus),
-        Item(u"mnuEditFormatUnderline"_s, u"&Underline"_s, 2, nullptr, Writable | TextFocus)
+        Item(u"mnuEditFormatStrikeThrough"_s, u"Stri&kethrough"_s, 2,
+             &Call<modEdit::EditFormatStrikeThrough>, Writable | TextFocus),
+        Item(u"mnuEditFormatUnderline"_s, u"&Underline"_s, 2, &Call<modEdit::EditFormatUnderline>,
+             Writable | TextFocus)
             .Tool(u"Underline Text"_s, 40, u"format-text-underline"_s, u"text U underline"_s,
                   Toggle),
         Bar(u"mnuEditFormatBar1"_s, 2),
-        Item(u"mnuEditFormatLeft"_s, u"&Left"_s, 2, nullptr, Writable | TextFocus)
+        Item(u"mnuEditFormatLeft"_s, u"&Left"_s, 2, &Call<modEdit::EditFormatLeft>,
+             Writable | TextFocus)
             .Tool(u"Left Align Text"_s, 44, u"format-justify-left"_s, u"lines left"_s, Toggle),
-        Item(u"mnuEditFormatCentre"_s, u"C&entre"_s, 2, nullptr, Writable | TextFocus)
+        Item(u"mnuEditFormatCentre"_s, u"C&entre"_s, 2, &Call<modEdit::EditFormatCentre>,
+             Writable | TextFocus)
             .Tool(u"Centre Align Text"_s, 45, u"format-justify-center"_s, u"lines centre"_s,
                   Toggle),
-        Item(u"mnuEditFormatRight"_s, u"&Right"_s, 2, nullptr, Writable | TextFocus)
+        Item(u"mnuEditFormatRight"_s, u"&Right"_s, 2, &Call<modEdit::EditFormatRight>,
+             Writable | TextFocus)
             .Tool(u"Right Align Text"_s, 46, u"format-justify-right"_s, u"lines right"_s, Toggle),
         Bar(u"mnuEditFormatBar2"_s, 2),
-        Item(u"mnuEditFormatBullet"_s, u"Bulle&ts"_s, 2, nullptr, Writable | TextFocus)
+        Item(u"mnuEditFormatBullet"_s, u"Bulle&ts"_s, 2, &Call<modEdit::EditFormatBullet>,
+             Writable | TextFocus)
             .Tool(u"Bullet Text"_s, 41, u""_s, u"text •≡ bold 13"_s),
-        Item(u"mnuEditFormatIndent"_s, u"In&dent"_s, 2, nullptr, Writable | TextFocus)
+        Item(u"mnuEditFormatIndent"_s, u"In&dent"_s, 2, &Call<modEdit::EditFormatIndent>,
+             Writable | TextFocus)
             .Tool(u"Indent Text"_s, 42, u"format-indent-more"_s, u"arrow 90"_s),
-        Item(u"mnuEditFormatUnindent"_s, u"Unind&ent"_s, 2, nullptr, Writable | TextFocus)
+        Item(u"mnuEditFormatUnindent"_s, u"Unind&ent"_s, 2, &Call<modEdit::EditFormatUnindent>,
+             Writable | TextFocus)
             .Tool(u"Unindent Text"_s, 43, u"format-indent-less"_s, u"arrow -90"_s, GroupEnd),
         Bar(u"mnuEditBar5"_s, 1),
         Item(u"mnuEditCurrentFont"_s, u"Change current &font..."_s, 1,
-             &Call<modFont::EditCurrentFont>, Writable | TextFocus),
+             &Call<modEdit::EditCurrentFont>, Writable | TextFocus),
         Item(u"mnuEditDocumentFont"_s, u"Change document fo&nt..."_s, 1,
-             &Call<modFont::EditDocumentFont>, Writable),
+             &Call<modEdit::EditDocumentFont>, Writable),
         Menu(u"mnuSearch"_s, u"&Search"_s, 0),
-        Item(u"mnuSearchFind"_s, u"&Find"_s, 1, nullptr, DocOpen),
-        Item(u"mnuSearchReplace"_s, u"Find and &replace"_s, 1, nullptr, Writable),
-        Item(u"mnuSearchRepeat"_s, u"Repeat &last find"_s, 1, nullptr, DocOpen),
+        Item(u"mnuSearchFind"_s, u"&Find"_s, 1, &Call<modSearch::SearchFind>, DocOpen),
+        Item(u"mnuSearchReplace"_s, u"Find and &replace"_s, 1, &Call<modSearch::SearchReplace>,
+             Writable),
+        Item(u"mnuSearchRepeat"_s, u"Repeat &last find"_s, 1, &Call<modSearch::SearchRepeat>,
+             DocOpen),
         Menu(u"mnuView"_s, u"&View"_s, 0),
         Item(u"mnuViewToolbar"_s, u"&Toolbar"_s, 1, &Call<modView::ViewToolbar>, None).Check(),
         Item(u"mnuViewMDITaskbar"_s, u"&MDI taskbar"_s, 1, &ViewMDITaskbar, None),
@@ -385,8 +438,8 @@ const QList<Command> &MenuItems() {
         Item(u"mnuWindowArrangeIcons"_s, u"&Arrange icons"_s, 1,
              &Call<modWindow::WindowArrangeIcons>, DocOpen),
         Menu(u"mnuHelp"_s, u"&Help"_s, 0),
-        Item(u"mnuHelpContents"_s, u"&Contents"_s, 1, nullptr, None),
-        Item(u"mnuHelpSearch"_s, u"&Search for help on..."_s, 1, nullptr, None),
+        Item(u"mnuHelpContents"_s, u"&Contents"_s, 1, &Call<modHelp::HelpContents>, None),
+        Item(u"mnuHelpSearch"_s, u"&Search for help on..."_s, 1, &Call<modHelp::HelpSearch>, None),
         Bar(u"mnuHelpBar1"_s, 1),
         Item(u"mnuHelpAbout"_s, u"&About Mavrolen..."_s, 1, &Call<modHelp::HelpAbout>, None),
         Menu(u"mnuConfirm"_s, u"Confirm"_s, 0).Pop(),
@@ -412,6 +465,13 @@ const QList<Command> &MenuItems() {
         Key(u"keyFontSizeStep"_s, &FontSizeStep, 0)
             .Window({Qt::CTRL | Qt::SHIFT | Qt::Key_Comma, Qt::CTRL | Qt::SHIFT | Qt::Key_Period,
                      Qt::CTRL | Qt::SHIFT | Qt::Key_Less, Qt::CTRL | Qt::SHIFT | Qt::Key_Greater}),
+        // The text pane's undo history.
+        Key(u"keyEditUndo"_s, &Call<modEdit::EditUndo>, 0, Writable | TextFocus)
+            .Window({Qt::CTRL | Qt::Key_Z}),
+        Key(u"keyEditRedo"_s, &Call<modEdit::EditRedo>, 0, Writable | TextFocus)
+            .Window({Qt::CTRL | Qt::Key_Y, Qt::CTRL | Qt::SHIFT | Qt::Key_Z}),
+        // The diagnostic window of the selected entry.
+        Key(u"keyDebug"_s, &ShowDebug, 0, DocOpen).Window({Qt::CTRL | Qt::SHIFT | Qt::Key_D}),
     };
     return items;
 }
@@ -492,8 +552,7 @@ bool RunWindowKey(QKeyCombination key) {
     if (!c) {
         return false;
     }
-    if (c->Kind == ItemKind::Key ||
-        modMain::ItemEnabled(c->Name, modMain::CurrentCommandInputs())) {
+    if (modMain::ItemEnabled(c->Name, modMain::CurrentCommandInputs())) {
         RunItem(c->Name);
     }
     modMain::UpdateToolbarStatus();

@@ -1,7 +1,8 @@
 #include "app/modMRU.h"
 
-#include "app/modSettings.h"
 #include "util/ErrorLog.h"
+#include "util/MainWindowHost.h"
+#include "util/SettingsStore.h"
 #include "util/modGlobals.h"
 #include "util/modString.h"
 
@@ -16,7 +17,6 @@ constexpr qint32 kLongestList = 9999;
 QStringList g_list;
 // Item 0 exists from the start and is never used for a file.
 QStringList g_captions{QString()};
-MenuHandler g_menu;
 
 } // namespace
 
@@ -31,10 +31,6 @@ void SetList(const QStringList &list) {
 
 const QStringList &MenuCaptions() {
     return g_captions;
-}
-
-void SetMenuHandler(MenuHandler handler) {
-    g_menu = std::move(handler);
 }
 
 void LoadMRUFiles() {
@@ -111,9 +107,7 @@ void ShowMRUFiles() {
             }
             g_captions[shown] = u"&"_s + QString::number(shown % 10) + u' ' + element;
         }
-        if (g_menu) {
-            g_menu(g_captions.mid(1, shown));
-        }
+        modMain::Host().ShowMRUFiles(g_captions.mid(1, shown));
     });
 }
 

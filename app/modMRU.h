@@ -3,8 +3,6 @@
 #include <QString>
 #include <QStringList>
 
-#include <functional>
-
 // The recently used files of the File menu: a list kept in memory, persisted in the settings
 // section "MRU" (key = position counted from 1), newest first. Empty elements may occur (a list
 // loaded from the store starts with one); they are never shown.
@@ -26,15 +24,10 @@ void SaveMRUFiles();
 void UpdateMRUFile(const QString &file, bool remove);
 
 // Rebuilds the menu items: the caption of item N (counted from 1, item 0 is never used) is "&",
-// N modulo 10, a blank and the file name.
+// N modulo 10, a blank and the file name. The main window shows them (item 0 excluded).
 void ShowMRUFiles();
 // The captions of the menu items as ShowMRUFiles made them; element 0 is the unused item 0.
 const QStringList &MenuCaptions();
-
-// The window side shows the captions (item 0 excluded); the separator above them shows only
-// when there is at least one. Without a handler nothing is shown.
-using MenuHandler = std::function<void(const QStringList &captions)>;
-void SetMenuHandler(MenuHandler handler);
 
 // The file name behind menu item `index`: its caption without the accelerator, trimmed; "" for
 // an item that does not exist.

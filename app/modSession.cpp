@@ -9,6 +9,7 @@
 #include "document/modFile.h"
 #include "editor/modFont.h"
 #include "help/modHelp.h"
+#include "search/modSearch.h"
 #include "util/modGlobals.h"
 #include "util/modString.h"
 
@@ -26,7 +27,10 @@ void Initialise() {
         WriteLog(u"Session started at "_s + NowText());
         modHelp::SetHelpFile(modHelp::ShippedFile(QString::fromLatin1(modHelp::kHelpFileName)));
         modFont::CreateFontRecords();
+        modSearch::CreateHistories();
         modGlobals::InitialiseDefaults();
+        modHelp::g_bUseHelpDocument = false;
+        modSearch::InitialiseHistories();
         modSettings::LoadSettings();
         modDoc::SetDefaultFonts(modFont::g_fntOutlineFont, modFont::g_fntTextFont);
         modMRU::LoadMRUFiles();

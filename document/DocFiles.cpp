@@ -17,22 +17,8 @@
 
 namespace modDoc {
 
-namespace {
-std::function<bool()> g_backupRule;
-std::function<bool()> g_autoLabelEditRule;
-} // namespace
-
-void SetBackupRule(std::function<bool()> backup) {
-    g_backupRule = std::move(backup);
-}
-void SetAutoLabelEditRule(std::function<bool()> rule) {
-    g_autoLabelEditRule = std::move(rule);
-}
 bool BackupOn() {
-    return g_backupRule ? g_backupRule() : modGlobals::Backup;
-}
-bool AutoLabelEditOn() {
-    return g_autoLabelEditRule ? g_autoLabelEditRule() : true;
+    return modGlobals::Backup;
 }
 
 namespace {

@@ -4,18 +4,12 @@
 #include <QByteArrayView>
 #include <QString>
 
-#include <functional>
-
 // What the document formats need of files and of the settings, below the document lifecycle
 // (modDoc) so that the formats do not depend on it.
 namespace modDoc {
 
-// The two settings documents follow: Backup (rename the old file to ".bak" before saving) and
-// AutoLabelEdit (labels editable by clicking). Headless defaults: no backup, automatic editing.
-void SetBackupRule(std::function<bool()> backup);
-void SetAutoLabelEditRule(std::function<bool()> autoLabelEdit);
+// The Backup option: keep the old file's content as ".bak" when saving.
 bool BackupOn();
-bool AutoLabelEditOn();
 
 // True when the file exists and is read-only: its owner write bit is clear, or the user may not
 // write it.

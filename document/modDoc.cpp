@@ -2,7 +2,6 @@
 // the read-only state and the open-document counter.
 #include "document/modDoc.h"
 
-#include "app/modMRU.h"
 #include "document/Document.h"
 #include "document/modDocText.h"
 #include "document/modDocV1.h"
@@ -210,7 +209,7 @@ Document *DocLoad(const QString &path) {
         if (doc->view()) {
             doc->view()->ViewAutoFitSplit();
         }
-        modMRU::UpdateMRUFile(path, false);
+        modMain::Host().UpdateMRUFile(path, false);
         menuEnableDynamic(doc);
     }
     return doc;
@@ -271,7 +270,7 @@ bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk) {
         doc.m_sCaption = doc.m_sFile;
         stateChanged(doc);
         menuEnableDynamic(&doc);
-        modMRU::UpdateMRUFile(path, false);
+        modMain::Host().UpdateMRUFile(path, false);
         return true;
     });
     if (failed) {

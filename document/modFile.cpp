@@ -1,7 +1,6 @@
 #include "document/modFile.h"
 #include "document/modRecovery.h"
 
-#include "app/modMRU.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocClipboard.h"
@@ -297,7 +296,7 @@ void FileExit() {
 void FileMRU(int index) {
     modMain::Guarded([index] {
         PROC("modFile FileMRU");
-        const QString file = modMRU::MenuFile(index);
+        const QString file = modMain::Host().MRUFile(index);
         if (file.isEmpty()) {
             return; // no such item
         }
@@ -312,12 +311,12 @@ void FileMRU(int index) {
         }
         if (modString::FileExists(file)) {
             modDoc::DocLoad(file);
-            modMRU::UpdateMRUFile(file, false);
+            modMain::Host().UpdateMRUFile(file, false);
         } else {
             modMain::MsgBox(u"Warning - the file "_s + file +
                                 u" no longer exists, so cannot be loaded"_s,
                             modMain::vbOKOnly, modMain::vbExclamation);
-            modMRU::UpdateMRUFile(file, true);
+            modMain::Host().UpdateMRUFile(file, true);
         }
         RefreshAll();
     });

@@ -7,12 +7,14 @@
 #include "outline/modNodes.h"
 #include "richtext/RichTextBuffer.h"
 #include "richtext/clsFont.h"
+#include "search/modSearch.h"
 #include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
 
 #include <QAbstractItemDelegate>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QContextMenuEvent>
 #include <QFrame>
 #include <QHash>
 #include <QHeaderView>
@@ -24,6 +26,7 @@
 #include <QPainterPath>
 #include <QScreen>
 #include <QScrollBar>
+#include <QStyleOptionViewItem>
 #include <QTextCursor>
 #include <QTextEdit>
 #include <QTreeView>
@@ -201,10 +204,27 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     connect(m_pTree->itemDelegate(), &QAbstractItemDelegate::closeEditor, this,
             [this] { trvOutline_AfterLabelEdit(); });
     connect(m_pBuffer, &RichTextBuffer::Change, this, [this] { txtRTF_Change(); });
-    // The buffer's selection follows the pane's cursor, for the commands that act on it.
+    // The buffer's selection follows the pane's cursor, for the commands that act on it, and the
+    // pane shows the selection the commands leave in the buffer.
     connect(m_pText, &QTextEdit::cursorPositionChanged, this, [this] {
         const QTextCursor c = m_pText->textCursor();
         m_pBuffer->Select(c.anchor(), c.position());
+        txtRTF_SelChange();
+    });
+    connect(m_pText, &QTextEdit::currentCharFormatChanged, this, [this] { txtRTF_SelChange(); });
+    connect(m_pBuffer, &RichTextBuffer::SelChange, this, [this] {
+        const QTextCursor &c = m_pBuffer->cursor();
+        const QTextCursor shown = m_pText->textCursor();
+        if (c.anchor() != shown.anchor() || c.position() != shown.position()) {
+            m_pText->setTextCursor(c);
+        }
+    });
+    // Both the right button and the context-menu key pop up the main window's Edit menu, never
+    // the pane's own, so that its rules for copying and cutting hold there too.
+    m_pText->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_pText, &QWidget::customContextMenuRequested, this, [this](const QPoint &at) {
+        modMain::Host().PopupBarMenu(QStringLiteral("mnuEdit"),
+                                     m_pText->viewport()->mapToGlobal(at));
     });
 
     m_doc.setView(this);
@@ -328,6 +348,18 @@ double frmDocument::RequiredOutlineWidth() const {
     const int indent = m_pTree->indentation();
     const int icon = m_pTree->iconSize().isValid() ? m_pTree->iconSize().width()
                                                    : style()->pixelMetric(QStyle::PM_SmallIconSize);
+    // What a row needs besides its label: the icon, the spacing and the margins, as the view's
+    // delegate lays the first row out in the outline's font.
+    int overhead = icon + 8;
+    if (const QModelIndex first = m_pModel->index(0, 0); first.isValid()) {
+        QStyleOptionViewItem option;
+        option.initFrom(m_pTree);
+        option.font = m_pTree->font();
+        option.fontMetrics = fm;
+        option.decorationSize = QSize(icon, icon);
+        const int row = m_pTree->itemDelegate()->sizeHint(option, first).width();
+        overhead = std::max(overhead, row - fm.horizontalAdvance(first.data().toString()));
+    }
     // Labels keep their measured width until they change.
     auto labelWidth = [&](const Node *node) {
         auto it = m_labelWidths.find(node);
@@ -350,7 +382,7 @@ double frmDocument::RequiredOutlineWidth() const {
     while (!stack.empty()) {
         auto [node, depth] = stack.back();
         stack.pop_back();
-        widest = std::max(widest, (depth + 1) * indent + icon + 8 + labelWidth(node));
+        widest = std::max(widest, (depth + 1) * indent + overhead + labelWidth(node));
         if (node->Expanded()) {
             const auto &children = node->childList();
             for (auto it = children.rbegin(); it != children.rend(); ++it) {
@@ -358,7 +390,9 @@ double frmDocument::RequiredOutlineWidth() const {
             }
         }
     }
-    const int frame = 2 * m_pTree->frameWidth() + (barShown ? vbar->width() : 0);
+    // The view elides a label that only just fits: one character's room more keeps it whole.
+    const int frame =
+        2 * m_pTree->frameWidth() + (barShown ? vbar->width() : 0) + fm.averageCharWidth();
     m_fitCache = {m_uOutlineGeneration, barShown, m_pTree->font(), toTwips(widest + frame)};
     return m_fitCache.width;
 }
@@ -547,12 +581,19 @@ void frmDocument::trvOutline_GotFocus() {
 void frmDocument::txtRTF_Change() {
     modMain::Guarded([&] {
         PROC("frmDocument txtRTF_Change");
-        if (busy() || g_bLoadingText) {
+        // A running search stores its own replacements.
+        if (busy() || g_bLoadingText || modSearch::g_iSearchMode != 0) {
             return;
         }
         m_doc.m_bDataChanged = true;
         NodeTextPut(&m_doc, m_doc.trvOutline().SelectedItem());
     });
+}
+
+void frmDocument::txtRTF_SelChange() {
+    if (!busy() && !g_bLoadingText) {
+        modMain::Host().TextSelectionChanged();
+    }
 }
 
 void frmDocument::txtRTF_GotFocus() {
@@ -639,6 +680,14 @@ void frmDocument::DocumentStateChanged() {
     m_pTree->setEditTriggers(m_doc.m_bLabelEditAutomatic ? QAbstractItemView::SelectedClicked
                                                          : QAbstractItemView::NoEditTriggers);
     m_pText->setReadOnly(m_doc.m_bTextLocked);
+    // The outline shows in the document's outline font (a record without a face name keeps the
+    // desktop's face).
+    QFont outline = QApplication::font(m_pTree);
+    m_doc.m_fntOutlineFont.SetFont(outline);
+    if (outline != m_pTree->font()) {
+        m_pTree->setFont(outline);
+        ViewAutoFitSplit();
+    }
 }
 
 // Qt events.
@@ -679,6 +728,18 @@ bool frmDocument::eventFilter(QObject *watched, QEvent *event) {
             if (Form_KeyDown(static_cast<QKeyEvent *>(event))) {
                 return true;
             }
+        }
+        break;
+    case QEvent::ContextMenu:
+        // The context-menu key in the outline pops up the main window's Outline menu beside the
+        // selected entry (the right button drags there).
+        if (watched == m_pTree &&
+            static_cast<QContextMenuEvent *>(event)->reason() == QContextMenuEvent::Keyboard) {
+            const QRect at = m_pTree->visualRect(m_pTree->currentIndex());
+            modMain::Host().PopupBarMenu(
+                QStringLiteral("mnuoutline"),
+                m_pTree->viewport()->mapToGlobal(at.isValid() ? at.center() : QPoint()));
+            return true;
         }
         break;
     case QEvent::FocusIn:

@@ -97,6 +97,8 @@ private:
     void trvOutline_GotFocus();
     void txtRTF_Change();
     void txtRTF_GotFocus();
+    // The selection moved or the format at the caret changed.
+    void txtRTF_SelChange();
 
     void onNodeExpandedChanged(const QModelIndex &index, bool expanded);
     void onNodeSelected(const QModelIndex &index);

@@ -1,6 +1,5 @@
 #include "help/frmHelp.h"
 
-#include "app/ToolbarIcons.h"
 #include "help/modHelp.h"
 #include "util/ErrorLog.h"
 
@@ -147,7 +146,7 @@ frmHelp::frmHelp(QHelpEngine *engine, const QString &file)
     : QWidget(nullptr, Qt::Window), m_pEngine(engine), m_sFile(file) {
     setObjectName(u"frmHelp"_s);
     setWindowTitle(u"Mavrolen Help"_s);
-    setWindowIcon(ApplicationIcon());
+    setWindowIcon(QApplication::windowIcon());
     setAttribute(Qt::WA_DeleteOnClose);
     // The program ends when its main window closes, also while the help is open.
     setAttribute(Qt::WA_QuitOnClose, false);
@@ -288,14 +287,12 @@ frmHelp *frmHelp::Instance() {
     return s_instance;
 }
 
-void frmHelp::InstallHooks() {
-    modHelp::HelpHooks hooks;
-    hooks.ShowHelp = [](const QString &file, int context) { return Open(file, context); };
-    hooks.EnterWhatsThisMode = [] {
-        GiveDocumentWindowHelp();
-        QWhatsThis::enterWhatsThisMode();
-    };
-    modHelp::SetHelpHooks(std::move(hooks));
+void frmHelp::EnterWhatsThisMode() {
+    GiveDocumentWindowHelp();
+    QWhatsThis::enterWhatsThisMode();
+}
+
+void frmHelp::InstallWhatsThisKey() {
     static QPointer<WhatsThisKey> key;
     if (!key && qApp) {
         key = new WhatsThisKey(qApp);

@@ -23,9 +23,10 @@ public:
     static QString Open(const QString &file, int context);
     // The open window, or null.
     static frmHelp *Instance();
-    // Gives the help commands their windows (this window, what's-this mode) and binds Shift+F1 to
-    // what's-this.
-    static void InstallHooks();
+    // The next click on a control of a document window shows that control's help.
+    static void EnterWhatsThisMode();
+    // Binds Shift+F1 to what's-this for the whole application.
+    static void InstallWhatsThisKey();
 
     QString CollectionFile() const { return m_sFile; }
     QHelpEngine *Engine() const { return m_pEngine; }

@@ -3,6 +3,7 @@
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modFile.h"
+#include "search/modSearch.h"
 #include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
 
@@ -18,7 +19,6 @@ bool g_bUseHelpDocument = false;
 namespace {
 
 QString g_sHelpFile;
-HelpHooks g_hooks;
 
 // Contents and Search differ only in their message when no help is associated.
 void ShowCompiledHelp(const QString &noHelpMessage) {
@@ -26,8 +26,7 @@ void ShowCompiledHelp(const QString &noHelpMessage) {
         modMain::MsgBox(noHelpMessage, modMain::vbOKOnly, modMain::vbInformation);
         return;
     }
-    const QString error = g_hooks.ShowHelp ? g_hooks.ShowHelp(g_sHelpFile, kContentsContext)
-                                           : u"The help viewer is not available."_s;
+    const QString error = modMain::Host().ShowHelp(g_sHelpFile, kContentsContext);
     if (!error.isEmpty()) {
         modMain::MsgBox(error, modMain::vbOKOnly, modMain::vbNoIcon);
     }
@@ -53,10 +52,6 @@ void SetHelpFile(const QString &path) {
     g_sHelpFile = path;
 }
 
-void SetHelpHooks(HelpHooks hooks) {
-    g_hooks = std::move(hooks);
-}
-
 void HelpContents() {
     PROC("modHelp HelpContents");
     modMain::Guarded([] {
@@ -74,9 +69,7 @@ void HelpSearch() {
     modMain::Guarded([] {
         if (g_bUseHelpDocument) {
             LoadHelpMVDFile();
-            if (g_hooks.SearchFind) {
-                g_hooks.SearchFind();
-            }
+            modSearch::SearchFind();
             return;
         }
         ShowCompiledHelp(u"Unable to display Help Search. There is no Help associated with this "
@@ -91,9 +84,7 @@ void HelpWhatsThis() {
         if (!modMain::DocumentActive(doc)) {
             return;
         }
-        if (g_hooks.EnterWhatsThisMode) {
-            g_hooks.EnterWhatsThisMode();
-        }
+        modMain::Host().EnterWhatsThisMode();
         if (QCoreApplication::instance()) {
             QCoreApplication::processEvents();
         }

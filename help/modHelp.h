@@ -2,8 +2,6 @@
 
 #include <QString>
 
-#include <functional>
-
 // Commands of the Help menu.
 namespace modHelp {
 
@@ -26,19 +24,6 @@ void SetHelpFile(const QString &path);
 // Selects the help document instead of the help collection for Contents and Search. Off at
 // start-up and set by no command.
 extern bool g_bUseHelpDocument;
-
-// What the commands need of the windows. Without them the help cannot be shown: ShowHelp's
-// absence reads as an error of the help viewer.
-struct HelpHooks {
-    // Opens the help window on the collection `file` at the page of `context`. Returns the
-    // error's description when the collection cannot be opened, else empty text.
-    std::function<QString(const QString &file, int context)> ShowHelp;
-    // Puts the document window into what's-this mode (the next click shows a control's help).
-    std::function<void()> EnterWhatsThisMode;
-    // Opens the find dialog on the active document.
-    std::function<void()> SearchFind;
-};
-void SetHelpHooks(HelpHooks hooks);
 
 void HelpContents();
 void HelpSearch();

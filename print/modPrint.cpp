@@ -1,7 +1,6 @@
 // Printing without widgets: the entries of a print run, their texts, the page setup and PDF.
 #include "print/modPrint.h"
 
-#include "app/modSettings.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocText.h"
@@ -9,6 +8,7 @@
 #include "print/PrintPages.h"
 #include "richtext/RtfReader.h"
 #include "util/ErrorLog.h"
+#include "util/SettingsStore.h"
 
 #include <QBuffer>
 #include <QFileInfo>

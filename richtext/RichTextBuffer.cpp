@@ -243,10 +243,16 @@ bool RichTextBuffer::EndStep() {
         QTextCursor(m_doc).endEditBlock();
     }
     --m_quiet;
-    notifySelection();
     // Every change of text or format is an entry of the undo history, and undoing or redoing
     // moves through it; an empty group leaves it as it was.
-    return m_doc->availableUndoSteps() != m_stepUndoSteps;
+    const bool changed = m_doc->availableUndoSteps() != m_stepUndoSteps;
+    if (changed) {
+        // The views' own cursors moved with the text: they are told the selection again, even
+        // where it ends where it began.
+        m_lastAnchor = -1;
+    }
+    notifySelection();
+    return changed;
 }
 
 bool RichTextBuffer::CanUndo() const {

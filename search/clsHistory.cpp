@@ -1,7 +1,7 @@
 #include "search/clsHistory.h"
 
-#include "app/modSettings.h"
 #include "util/ErrorLog.h"
+#include "util/SettingsStore.h"
 #include "util/modString.h"
 
 namespace {

@@ -1,6 +1,5 @@
 #include "search/frmSearch.h"
 
-#include "app/modSettings.h"
 #include "search/modSearch.h"
 #include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
@@ -189,7 +188,7 @@ void frmSearch::cmdInput_Click(int index) {
             cmdInput[1]->setEnabled(false);
             cmdInput[2]->setEnabled(false);
             ApplySettings();
-            modSettings::SaveSettings();
+            modMain::Host().SaveSettings();
             const bool found = SearchPerform();
             EnableControls();
             if (g_iSearchMode == 2) {

@@ -26,8 +26,6 @@ clsHistory g_hisReplace;
 
 namespace {
 
-std::function<void()> g_showDialog;
-
 RichTextBuffer *paneOf(Document *document) {
     return document ? dynamic_cast<RichTextBuffer *>(document->txtRTF()) : nullptr;
 }
@@ -98,9 +96,7 @@ void openDialog(qint32 mode) {
         }
     }
     g_iSearchMode = mode;
-    if (g_showDialog) {
-        g_showDialog();
-    }
+    modMain::Host().ShowSearchDialog();
     g_iSearchMode = 0;
     // A scan of all entries may have left another entry's text in the pane.
     modNodes::NodeTextGetSelected();
@@ -143,10 +139,6 @@ void InitialiseHistories() {
     g_hisFind.setSection(u"FindHistory"_s);
     g_hisReplace.setMaxEntries(10);
     g_hisReplace.setSection(u"ReplaceHistory"_s);
-}
-
-void SetDialog(std::function<void()> showModal) {
-    g_showDialog = std::move(showModal);
 }
 
 void SearchFind() {

@@ -4,8 +4,6 @@
 
 #include <QString>
 
-#include <functional>
-
 class Document;
 class Node;
 
@@ -38,9 +36,6 @@ extern clsHistory g_hisReplace;
 // Start-up: fresh histories, then their sections ("FindHistory", "ReplaceHistory") and sizes.
 void CreateHistories();
 void InitialiseHistories();
-
-// The window layer shows the dialog (modally) through this function.
-void SetDialog(std::function<void()> showModal);
 
 // Menu commands: the dialog for finding or replacing (the pane's selection becomes the find
 // expression), and a repeat of the last search without the dialog.

@@ -8,6 +8,7 @@
 #include "support/DocTestSupport.h"
 #include "support/TestSupport.h"
 #include "util/ErrorLog.h"
+#include "util/modGlobals.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -59,7 +60,7 @@ constexpr const char *kHelperVariable = "MAVROLEN_SAVE_HELPER";
 int saveHelper() {
     std::mt19937 random(7);
     Document *doc = DocTest::generatedDocument(8000, random);
-    modDoc::SetBackupRule([] { return true; });
+    modGlobals::Backup = true;
     std::fputs("go\n", stdout);
     std::fflush(stdout);
     return modDoc::DocSaveDocument(*doc, qEnvironmentVariable(kHelperVariable), true) ? 0 : 1;

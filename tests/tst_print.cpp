@@ -1,6 +1,5 @@
 // Printing and publishing: what a print run includes, the printed pages (read back from the PDF)
 // and the HTML and Markdown of a text with every kind of formatting.
-#include "app/modSettings.h"
 #include "document/Document.h"
 #include "document/modFile.h"
 #include "print/PrintPages.h"
@@ -9,6 +8,7 @@
 #include "support/DocTestSupport.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "util/SettingsStore.h"
 
 #include <QBuffer>
 #include <QImage>

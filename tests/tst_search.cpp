@@ -1,7 +1,6 @@
 // Find and replace: the scopes, directions, wraps and word rules, replacing, the dialog's rules,
 // the histories, and the scan of all texts against loading every entry into the pane.
 #include "app/modMain.h"
-#include "app/modSettings.h"
 #include "document/Document.h"
 #include "document/modDocText.h"
 #include "outline/modNodes.h"
@@ -12,6 +11,7 @@
 #include "support/TestSupport.h"
 #include "support/TreeText.h"
 #include "util/MainWindowHost.h"
+#include "util/SettingsStore.h"
 
 #include <memory>
 

@@ -43,18 +43,18 @@ private Q_SLOTS:
 
 private:
     ScopedSettings *m_settings = nullptr;
-    QStringList m_shown; // what the menu handler was last given
+    FakeMainWindow *m_frm = nullptr; // shows the recent files' captions
 };
 
 void TestShell::init() {
     m_settings = new ScopedSettings;
     modGlobals::MaxMRUFiles = 10;
-    modMRU::SetMenuHandler([this](const QStringList &captions) { m_shown = captions; });
+    m_frm = new FakeMainWindow;
     modMRU::SetList({});
 }
 
 void TestShell::cleanup() {
-    modMRU::SetMenuHandler({});
+    delete m_frm;
     DocTest::closeAll();
     delete m_settings;
 }
@@ -88,10 +88,10 @@ void TestShell::updateList() {
     modGlobals::MaxMRUFiles = max;
     modMRU::SetList(split(before));
     modMRU::UpdateMRUFile(file, remove);
-    QCOMPARE(m_shown, split(menu));
+    QCOMPARE(m_frm->MRUShown, split(menu));
     // Item 0 is never used; each item gives back its file.
     QCOMPARE(modMRU::MenuFile(0), QString());
-    for (qsizetype i = 0; i < m_shown.size(); ++i) {
+    for (qsizetype i = 0; i < m_frm->MRUShown.size(); ++i) {
         QCOMPARE(modMRU::MenuFile(int(i + 1)), modMRU::List().at(i));
     }
 }
@@ -103,7 +103,7 @@ void TestShell::storeKeepsPositions() {
     modSettings::SaveSetting(u"MRU"_s, u"4"_s, u"/d"_s);
     modMRU::LoadMRUFiles();
     QCOMPARE(modMRU::List(), (QStringList{"", "/a", "/b", "", "/d"}));
-    QCOMPARE(m_shown, (QStringList{"&1 /a", "&2 /b", "&3 /d"}));
+    QCOMPARE(m_frm->MRUShown, (QStringList{"&1 /a", "&2 /b", "&3 /d"}));
     modMRU::SaveMRUFiles();
     modMRU::LoadMRUFiles();
     QCOMPARE(modMRU::List(), (QStringList{"", "", "/a", "/b", "", "/d"}));

@@ -14,6 +14,10 @@ QString MainWindowHost::PopupMenu(const QString &, const QStringList &) {
     return {};
 }
 
+QString MainWindowHost::ShowHelp(const QString &, int) {
+    return QStringLiteral("The help viewer is not available.");
+}
+
 void SetMainWindow(MainWindowHost *host) {
     g_frmMain = host;
 }

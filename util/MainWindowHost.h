@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QKeyCombination>
+#include <QPoint>
 #include <QRect>
 #include <QString>
 #include <QStringList>
@@ -87,8 +88,13 @@ public:
     // Closes the main window and with it every document window; false when there is none, and
     // the core closes its documents itself.
     virtual bool Exit() { return false; }
-    // A file was just opened or saved: the recently used files take it.
-    virtual void UpdateMRUFile(const QString &) {}
+    // The recently used files: a file just opened or saved goes to the top of the list, or a
+    // file that no longer exists is taken out (`remove`); the file behind the File menu's item
+    // `index` (counted from 1), "" for none; the captions of the items to show, from item 1 (the
+    // separator above them shows only when there is one). Headless: no list.
+    virtual void UpdateMRUFile(const QString &, bool remove) { (void)remove; }
+    virtual QString MRUFile(int) { return {}; }
+    virtual void ShowMRUFiles(const QStringList &) {}
     // The frame's document windows: arranged, counted.
     virtual void Arrange(Arrangement) {}
     virtual int ChildWindowCount() const { return 0; }
@@ -121,6 +127,29 @@ public:
 
     // The About box, modal.
     virtual void ShowAbout() {}
+    // The find and replace dialog on the active document, modal. Headless: nothing.
+    virtual void ShowSearchDialog() {}
+    // The help window on the collection `file` at the page of `context`: the error's description
+    // when the collection cannot be shown, else "". Headless: there is no help viewer.
+    virtual QString ShowHelp(const QString &file, int context);
+    // The next click on a control of the document window shows that control's help.
+    virtual void EnterWhatsThisMode() {}
+    // The page setup dialog; the print dialog and the preview window of the active document (or
+    // of its current entry). Headless: nothing.
+    virtual void PrintSetup() {}
+    virtual void Print(bool currentEntryOnly) { (void)currentEntryOnly; }
+    virtual void PrintPreview(bool currentEntryOnly) { (void)currentEntryOnly; }
+    // Writes the options and the main window's placement to the settings store now (the find
+    // dialog keeps the search state with them). Headless: nothing.
+    virtual void SaveSettings() {}
+    // The diagnostic window of the active document's selected entry.
+    virtual void ShowDebug() {}
+    // Pops up one of the bar's menus ("mnuEdit", "mnuoutline") at a point of the screen, its
+    // items enabled as the refresh leaves them; the item picked runs its command.
+    virtual void PopupBarMenu(const QString &, const QPoint &) {}
+    // The text pane's selection or its format at the caret changed: the toolbar's pressed
+    // states follow.
+    virtual void TextSelectionChanged() {}
 };
 
 void SetMainWindow(MainWindowHost *host);

@@ -1,6 +1,5 @@
 #include "util/modGlobals.h"
 
-#include "help/modHelp.h"
 #include "util/ErrorLog.h"
 
 namespace modGlobals {
@@ -21,7 +20,6 @@ void InitialiseDefaults() {
     ViewStatusbar = true;
     ViewToolbar = true;
     TimerInterval = 250;
-    modHelp::g_bUseHelpDocument = false;
     // The rest start from the values the settings store falls back to, so that options after a
     // value that does not convert keep these.
     MaxMRUFiles = 10;

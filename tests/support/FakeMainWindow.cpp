@@ -2,8 +2,9 @@
 
 #include "app/modCommandState.h"
 #include "app/modCommands.h"
-#include "app/modSettings.h"
+#include "app/modMRU.h"
 #include "document/modDoc.h"
+#include "util/SettingsStore.h"
 
 FakeMainWindow::FakeMainWindow(modMain::MainWindowHost *real)
     : m_real(real), m_previous(modMain::MainWindow()) {
@@ -63,6 +64,24 @@ bool FakeMainWindow::Exit() {
     Calls << QStringLiteral("Exit");
     // Alone: the documents close one by one, as without windows.
     return m_real && m_real->Exit();
+}
+
+void FakeMainWindow::UpdateMRUFile(const QString &path, bool remove) {
+    Calls << (remove ? QStringLiteral("MRU remove ") : QStringLiteral("MRU ")) + path;
+    if (m_real) {
+        m_real->UpdateMRUFile(path, remove);
+    } else {
+        modMRU::UpdateMRUFile(path, remove);
+    }
+}
+
+QString FakeMainWindow::MRUFile(int index) {
+    return m_real ? m_real->MRUFile(index) : modMRU::MenuFile(index);
+}
+
+QString FakeMainWindow::ShowHelp(const QString &file, int context) {
+    Calls << QStringLiteral("Help %1").arg(context);
+    return m_real ? m_real->ShowHelp(file, context) : MainWindowHost::ShowHelp(file, context);
 }
 
 void FakeMainWindow::RefreshCommands(bool all) {

@@ -74,8 +74,29 @@ public:
         Calls << QStringLiteral("Arrange %1").arg(int(how)), on().Arrange(how);
     }
     Document *NewDocumentWindow() override { return on().NewDocumentWindow(); }
-    void UpdateMRUFile(const QString &path) override {
-        Calls << QStringLiteral("MRU ") + path, on().UpdateMRUFile(path);
+    void UpdateMRUFile(const QString &path, bool remove) override;
+    // Alone it keeps the recently used files as the main window does.
+    QString MRUFile(int index) override;
+    void ShowMRUFiles(const QStringList &captions) override {
+        on().ShowMRUFiles(MRUShown = captions);
+    }
+    QString ShowHelp(const QString &file, int context) override;
+    // The windows of their own: recorded in Calls ("Search", "Print 1", ...), then passed on.
+    void ShowSearchDialog() override { Pass(QStringLiteral("Search"), &Host::ShowSearchDialog); }
+    void EnterWhatsThisMode() override {
+        Pass(QStringLiteral("WhatsThis"), &Host::EnterWhatsThisMode);
+    }
+    void PrintSetup() override { Pass(QStringLiteral("PrintSetup"), &Host::PrintSetup); }
+    void Print(bool entry) override {
+        Pass(QStringLiteral("Print %1").arg(entry), &Host::Print, entry);
+    }
+    void PrintPreview(bool entry) override {
+        Pass(QStringLiteral("Preview %1").arg(entry), &Host::PrintPreview, entry);
+    }
+    void SaveSettings() override { Pass(QStringLiteral("SaveSettings"), &Host::SaveSettings); }
+    void ShowDebug() override { Pass(QStringLiteral("Debug"), &Host::ShowDebug); }
+    void PopupBarMenu(const QString &menu, const QPoint &at) override {
+        Pass(QStringLiteral("Popup ") + menu, &Host::PopupBarMenu, menu, at);
     }
     int ChildWindowCount() const override { return m_real ? m_real->ChildWindowCount() : Children; }
     // The settings are recorded, then passed on.
@@ -110,9 +131,19 @@ public:
     void ResetPointer() override { Busy = 0, on().ResetPointer(); }
     void ShowAbout() override { Calls << QStringLiteral("About"); }
 
+    QStringList MRUShown; // the recent files' captions last shown
+
 private:
+    using Host = modMain::MainWindowHost;
     // The real window, or one that does nothing.
-    modMain::MainWindowHost &on() { return m_real ? *m_real : m_none; }
+    Host &on() { return m_real ? *m_real : m_none; }
+    template <typename... Args, typename... Values>
+    void Pass(const QString &call, void (Host::*method)(Args...), Values &&...values) {
+        Calls << call;
+        if (m_real) {
+            (m_real->*method)(std::forward<Values>(values)...);
+        }
+    }
     modMain::MainWindowHost *m_real;
     modMain::MainWindowHost *m_previous;
     modMain::MainWindowHost m_none;

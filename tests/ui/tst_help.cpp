@@ -1,4 +1,5 @@
 // The help commands with and without the guide's help collection, and the help-document mode.
+#include "app/frmMain.h"
 #include "document/Document.h"
 #include "help/frmHelp.h"
 #include "help/modHelp.h"
@@ -19,7 +20,6 @@ using namespace Qt::StringLiterals;
 class TestHelp : public QObject {
     Q_OBJECT
 private slots:
-    void initTestCase() { frmHelp::InstallHooks(); }
     void cleanup();
     void contentsAndSearch_data();
     void contentsAndSearch();
@@ -65,7 +65,8 @@ void TestHelp::contentsAndSearch() {
         WriteFileBytes(file, "not a help collection");
     }
     modHelp::SetHelpFile(file);
-    FakeMainWindow frm;
+    frmMain main;
+    FakeMainWindow frm(&main);
     search ? modHelp::HelpSearch() : modHelp::HelpContents();
     QStringList asked;
     for (qsizetype i = 0; i < frm.Asked.size(); ++i) {

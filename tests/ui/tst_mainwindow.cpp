@@ -6,7 +6,11 @@
 #include "app/modSettings.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
+#include "document/modFile.h"
+#include "editor/frmDocument.h"
 #include "help/frmAbout.h"
+#include "outline/modNodes.h"
+#include "support/DocTestSupport.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
 #include "util/modGlobals.h"
@@ -21,6 +25,8 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QTemporaryDir>
+#include <QTextEdit>
 #include <QTimer>
 #include <QToolBar>
 #include <QUrl>
@@ -40,6 +46,7 @@ private Q_SLOTS:
     void dropsOpenFiles();
     void arrangements();
     void aboutBox();
+    void editingThroughTheMenus();
 
 private:
     ScopedSettings *m_settings = nullptr;
@@ -261,6 +268,50 @@ void TestMainWindow::aboutBox() {
         about->cmdOK->click();
     });
     frm.Item(u"mnuHelpAbout"_s)->trigger();
+}
+
+// Text typed into a new document, formatted and changed through the Edit menu, undone with the
+// pane's key, the recent files of the File menu, and the saved file holding the formatting.
+void TestMainWindow::editingThroughTheMenus() {
+    QTemporaryDir dir;
+    const QString path = dir.filePath(u"notes.mvd"_s);
+    frmMain frm;
+    frm.resize(900, 700);
+    frm.MDIForm_Load();
+    frm.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&frm));
+    modFile::FileNew();
+    auto *window = qobject_cast<frmDocument *>(frm.mdiArea()->activeSubWindow()->widget());
+    QVERIFY(window);
+    QTextEdit *pane = window->txtRTF();
+    pane->setFocus();
+    QTRY_VERIFY(frm.Item(u"mnuEditFormatBold"_s)->isEnabled());
+    QTest::keyClicks(pane, u"Paint the hall"_s);
+    QTextCursor c = pane->textCursor();
+    c.setPosition(6);
+    c.setPosition(9, QTextCursor::KeepAnchor);
+    pane->setTextCursor(c);
+
+    frm.Item(u"mnuEditFormatBold"_s)->trigger();
+    QVERIFY(frm.Button(u"Bold Text"_s)->isChecked());
+    frm.Item(u"mnuEditCaseToggle"_s)->trigger();
+    QCOMPARE(pane->toPlainText(), u"Paint The hall"_s);
+    QCOMPARE(pane->textCursor().selectedText(), u"The"_s); // the pane shows the selection kept
+    QTest::keyClick(pane, Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(pane->toPlainText(), u"Paint the hall"_s);
+    c.setPosition(0);
+    pane->setTextCursor(c);
+    QVERIFY(!frm.Button(u"Bold Text"_s)->isChecked()); // the toolbar follows the caret
+
+    FakeMainWindow fake(&frm);
+    fake.FileNames << path;
+    frm.Item(u"mnuFileSaveAs"_s)->trigger();
+    Document *saved = DocTest::loadBytes(ReadFileBytes(path), path);
+    QByteArray rtf;
+    modNodes::NodeTextDecompressIfRequired(saved->trvOutline().topNodes().front()->Tag(), rtf);
+    QVERIFY2(rtf.contains("\\b the\\b0"), rtf.constData());
+    QCOMPARE(frm.Item(u"mnuFileMRU1"_s)->text(), u"&1 "_s + path);
+    QVERIFY(frm.Item(u"mnuFileBarMRU"_s)->isVisible());
 }
 
 QTEST_MAIN(TestMainWindow)

@@ -1,11 +1,11 @@
 // The print windows: the question what to print, the preview and printing on a PDF printer.
-#include "app/modSettings.h"
 #include "document/Document.h"
 #include "print/PrintPages.h"
 #include "print/PrintUi.h"
 #include "print/frmPreview.h"
 #include "support/DocTestSupport.h"
 #include "support/TestSupport.h"
+#include "util/SettingsStore.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -1,9 +1,9 @@
 // The find and replace dialog: captions, what it shows for finding and for replacing, and which
 // buttons it enables as the user types.
-#include "app/modSettings.h"
 #include "search/frmSearch.h"
 #include "search/modSearch.h"
 #include "support/TestSupport.h"
+#include "util/SettingsStore.h"
 
 #include <QCheckBox>
 #include <QComboBox>
