@@ -1,9 +1,10 @@
 // The rich-text buffer: positions and plain text, selection attributes (uniform and mixed), Find,
-// signals, and the round trip through RTF.
+// signals, fonts, and the round trip through RTF.
 #include "richtext/RichTextBuffer.h"
 #include "richtext/RtfConventions.h"
 #include "richtext/RtfReader.h"
 #include "richtext/RtfWriter.h"
+#include "richtext/clsFont.h"
 #include "support/TestSupport.h"
 
 #include <QImage>
@@ -53,6 +54,7 @@ private Q_SLOTS:
     void find_data();
     void find();
     void changeSignals();
+    void fonts();
     void roundTrip_data();
     void roundTrip();
     void roundTripRandom_data();
@@ -255,6 +257,40 @@ void TestRichTextBuffer::changeSignals() {
     QCOMPARE(seenWhileLoading, 1);
     QCOMPARE(change.count(), 1);
     QCOMPARE(b.SelStart(), 0);
+}
+
+void TestRichTextBuffer::fonts() {
+    RichTextBuffer b;
+    b.SetFont(QFont(QStringLiteral("Arial"), 10));
+    setText(b, "one two\r\nthree");
+    select(b, 4, 3);
+    b.SetSelFontSize(20);
+    select(b, 2, 5);
+
+    clsFont f;
+    f.setBold(true);
+    f.setUnderline(true);
+    f.setName("Times New Roman");
+    f.SetRTFSelFont(b);
+    QCOMPARE(b.SelStart(), 2);
+    QCOMPARE(b.SelLength(), 5);
+    select(b, 0, 100);
+    QCOMPARE(b.SelBold(), std::optional<bool>(true));
+    QCOMPARE(b.SelUnderline(), std::optional<bool>(true));
+    QCOMPARE(b.SelItalic(), std::optional<bool>(false));
+    QCOMPARE(b.SelFontName(), std::optional<QString>("Times New Roman"));
+    QCOMPARE(b.SelFontSize(), std::nullopt); // no size set: sizes kept
+
+    clsFont g;
+    g.setItalic(true);
+    g.setSize(14);
+    b.ApplyFontToAll(g.ToPaneFont());
+    select(b, 0, 100);
+    QCOMPARE(b.SelBold(), std::optional<bool>(false));
+    QCOMPARE(b.SelItalic(), std::optional<bool>(true));
+    QCOMPARE(b.SelFontSize(), std::optional<double>(14.0));
+    QCOMPARE(b.SelFontName(), std::optional<QString>("Times New Roman")); // no name set
+    QCOMPARE(b.Font().family(), QString("Arial")); // the base font is not the text's
 }
 
 void TestRichTextBuffer::roundTrip_data() {
