@@ -1,6 +1,6 @@
 // Saving and loading never lose the user's file: atomic whole-file writes with the backup rule,
 // failed writes and reads (full disks, missing folders, pipes, devices), permissions kept, a kill
-// in the middle of a save, and the read-only rule.
+// in the middle of a save.
 #include "document/DocFiles.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
@@ -71,8 +71,6 @@ int saveHelper() {
 class TestDocSave : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void versionFromExtension_data();
-    void versionFromExtension();
     void writeReplacesWholeFile_data();
     void writeReplacesWholeFile();
     void failedWriteKeepsOldFile_data();
@@ -81,28 +79,7 @@ private Q_SLOTS:
     void unreadableFilesOpenNothing_data();
     void unreadableFilesOpenNothing();
     void killDuringSave();
-    void readOnlyRule();
 };
-
-void TestDocSave::versionFromExtension_data() {
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("version");
-    AddRows({
-        {"native", "/x/notes.mvd", "1"},
-        {"native upper case", "/x/notes.MVD", "1"},
-        {"text", "notes.txt", "-1"},
-        {"text upper case", "notes.TXT", "-1"},
-        {"other extension", "notes.doc", "-1"},
-        {"no extension", "notes", "-1"},
-        {"double extension", "notes.mvd.txt", "-1"},
-    });
-}
-
-void TestDocSave::versionFromExtension() {
-    QFETCH(QString, path);
-    QFETCH(QString, version);
-    QCOMPARE(modDoc::DocDefaultVersionFromExt(path), version);
-}
 
 void TestDocSave::writeReplacesWholeFile_data() {
     QTest::addColumn<bool>("hadFile");
@@ -345,17 +322,6 @@ void TestDocSave::killDuringSave() {
     qInfo("%d kills during a save of %lld ms: old file kept %d, new file written %d, "
           "temporary files left %d",
           kills, saveMs, oldKept, newWritten, leftovers);
-}
-
-void TestDocSave::readOnlyRule() {
-    QTemporaryDir dir;
-    const QString path = dir.filePath("a.mvd");
-    QVERIFY(!modDoc::FileReadOnly(path)); // missing
-    WriteFileBytes(path, "x");
-    QVERIFY(!modDoc::FileReadOnly(path));
-    QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::ReadGroup);
-    QVERIFY(modDoc::FileReadOnly(path));
-    QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
 }
 
 int main(int argc, char **argv) {

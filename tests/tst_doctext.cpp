@@ -1,12 +1,19 @@
-// The plain-text format: reading any text file into one entry, and writing headings and texts.
+// The plain-text format: reading any text file into one entry, writing headings and texts, and
+// whole documents to and from the clipboard.
 #include "document/Document.h"
+#include "document/SystemClipboard.h"
 #include "document/modDoc.h"
+#include "document/modDocClipboard.h"
 #include "document/modDocText.h"
 #include "outline/modNodes.h"
 #include "support/DocTestSupport.h"
 #include "support/TestSupport.h"
 
+#include <QClipboard>
 #include <QFile>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -15,18 +22,45 @@ using namespace DocTest;
 class TestDocText : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void cleanup() { closeAll(); }
+    void init();
+    void cleanup() {
+        closeAll();
+        modDocClipboard::SetClipboard(nullptr);
+    }
     void linesToStoredText_data();
     void linesToStoredText();
     void exportThenImport();
     void failuresAreReported();
     void exportOfRichTexts_data();
     void exportOfRichTexts();
+    void import_data();
+    void import();
+    void exportText_data();
+    void exportText();
+    void exportWithoutClipboardIsReported();
+
+private:
+    // Puts plain text and/or RTF on the clipboard at once.
+    void put(const QString &text, const QByteArray &rich);
+    SystemClipboard m_clip;
+    bool m_clipboard = false; // the platform has one
 };
 
-static QByteArray readFile(const QString &path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
+void TestDocText::put(const QString &text, const QByteArray &rich) {
+    auto *data = new QMimeData;
+    if (!text.isNull()) {
+        data->setText(text);
+    }
+    if (!rich.isNull()) {
+        data->setData("text/rtf", rich);
+    }
+    QGuiApplication::clipboard()->setMimeData(data);
+}
+
+void TestDocText::init() {
+    put("probe", {});
+    m_clipboard = m_clip.GetFormat(Clipboard::PlainText);
+    modDocClipboard::SetClipboard(m_clipboard ? &m_clip : nullptr);
 }
 
 void TestDocText::linesToStoredText_data() {
@@ -84,7 +118,7 @@ void TestDocText::exportThenImport() {
     const QByteArray text = "0 Projects\r\n\r\n0.1 Garden\r\n\r\n0.1.1 Beds\r\n\r\n0.2 \r\n\r\n";
     const QString path = dir.filePath("x.txt");
     QVERIFY(modDocText::DocExport(*doc, path));
-    QCOMPARE(readFile(path), text);
+    QCOMPARE(ReadFileBytes(path), text);
     // The export leaves the document's file, format and changed flag alone.
     QCOMPARE(doc->m_sFile, QString("/somewhere/a.mvd"));
     QCOMPARE(doc->m_iFileFormatVersion, 1);
@@ -151,6 +185,97 @@ void TestDocText::exportOfRichTexts() {
         add(doc, nullptr, "R", stored);
         QCOMPARE(modDocText::DocSaveVersion(*doc), "0 R\r\n" + lines);
     }
+}
+
+// ---- Whole documents to and from the clipboard (the offscreen platform's) ----
+
+void TestDocText::import_data() {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("rich");
+    QTest::addColumn<bool>("own"); // put as Mavrolen's own rich copy
+    QTest::addColumn<QByteArray>("stored");
+    QTest::newRow("plain preferred over rich")
+        << QString::fromUtf8("plain \u00e9\r\nline") << QByteArray("{\\rtf1 rich}") << false
+        << QByteArray("plain \xe9\r\nline");
+    QTest::newRow("rich only") << QString() << QByteArray("{\\rtf1 rich}") << false
+                               << QByteArray("{\\rtf1 rich}");
+    QTest::newRow("empty clipboard") << QString() << QByteArray() << false << QByteArray();
+    // Other programs get RTF, HTML and plain text; the import sees only the RTF.
+    QTest::newRow("own rich copy")
+        << "own" << QByteArray("{\\rtf1 own}") << true << QByteArray("{\\rtf1 own}");
+}
+
+void TestDocText::import() {
+    if (!m_clipboard) {
+        QSKIP("the platform has no clipboard");
+    }
+    QFETCH(QString, text);
+    QFETCH(QByteArray, rich);
+    QFETCH(bool, own);
+    QFETCH(QByteArray, stored);
+    if (own) {
+        m_clip.SetRichCopy(rich, "<b>own</b>", text);
+        const QMimeData *data = QGuiApplication::clipboard()->mimeData();
+        for (const char *type : {"text/rtf", "text/html", "text/plain"}) {
+            QVERIFY2(data->hasFormat(type), type);
+        }
+        QVERIFY(!m_clip.GetFormat(Clipboard::PlainText));
+        QVERIFY(m_clip.GetFormat(Clipboard::Html));
+        QCOMPARE(m_clip.GetText(), text);
+        QVERIFY(m_clip.GetHtml().contains("<b>own</b>"));
+    } else {
+        put(text, rich);
+    }
+    QCOMPARE(m_clip.GetFormat(Clipboard::RichText), !rich.isNull());
+    Document *doc = newDocument();
+    modDocClipboard::DocImport();
+    QCOMPARE(doc->trvOutline().Count(), 1);
+    Node *root = doc->trvOutline().Item(1);
+    QCOMPARE(root->Text(), QString("Text"));
+    QCOMPARE(root->Tag(), stored);
+    QCOMPARE(doc->trvOutline().SelectedItem(), root);
+    QVERIFY(!modNodes::g_bDocTransfer);
+}
+
+void TestDocText::exportText_data() {
+    QTest::addColumn<int>("document"); // 0 none, 1 empty texts, 2 the example
+    QTest::addColumn<QString>("text"); // null: the clipboard is left empty
+    // Keys and texts only: labels are not exported.
+    QTest::newRow("no document clears") << 0 << QString();
+    QTest::newRow("empty texts") << 1 << "0 \r\n0.1 \r\n0.1.1 \r\n0.2 \r\n";
+    QTest::newRow("example") << 2 << "0 Plans for the year\r\n0.1 \r\n0.2 Paint the hall\r\n";
+}
+
+void TestDocText::exportText() {
+    if (!m_clipboard) {
+        QSKIP("the platform has no clipboard");
+    }
+    QFETCH(int, document);
+    QFETCH(QString, text);
+    put("old", "{\\rtf1 old}");
+    if (document == 1) {
+        Document *doc = newDocument();
+        Node *root = add(doc, nullptr, "Projects");
+        add(doc, add(doc, root, "Garden"), "Beds");
+        add(doc, root, "House");
+    } else if (document == 2) {
+        exampleDocument();
+    }
+    QSignalSpy changes(QGuiApplication::clipboard(), &QClipboard::dataChanged);
+    modDocClipboard::DocExport();
+    QCOMPARE(changes.count(), text.isNull() ? 1 : 2); // cleared, then set once
+    QVERIFY(!m_clip.GetFormat(Clipboard::RichText));
+    QCOMPARE(m_clip.GetFormat(Clipboard::PlainText), !text.isNull());
+    QCOMPARE(m_clip.GetText(), text.isNull() ? QString() : text);
+}
+
+void TestDocText::exportWithoutClipboardIsReported() {
+    ScopedLog log;
+    modDocClipboard::SetClipboard(nullptr);
+    newDocument();
+    modDocClipboard::DocExport();
+    QVERIFY(log.content().contains("Error 424"));
+    QVERIFY(log.content().contains("modDocClipboard DocExport"));
 }
 
 QTEST_MAIN(TestDocText)

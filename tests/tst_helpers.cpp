@@ -20,7 +20,6 @@ private Q_SLOTS:
     void predicatesPrefixesSuffixes();
     void splitAtLastDelimiter_data();
     void splitAtLastDelimiter();
-    void fileExists();
     void errorReport();
     void logKeepsNewestWholeLines();
     void commandLineNamesEachArgument();
@@ -106,16 +105,6 @@ void TestHelpers::splitAtLastDelimiter() {
     StringSplitAtLastDelimiter(text, delimiter, before, after);
     QTEST(before, "before");
     QTEST(after, "after");
-}
-
-void TestHelpers::fileExists() {
-    QTemporaryDir dir;
-    const QString file = dir.filePath("a.mvd");
-    QVERIFY(!FileExists(file));
-    WriteFileBytes(file, {});
-    QVERIFY(FileExists(file));
-    QVERIFY(!FileExists(dir.path()));
-    QVERIFY(!FileExists(""));
 }
 
 void TestHelpers::errorReport() {

@@ -1,5 +1,5 @@
-// The native format on documents: the example byte for byte, round trips, damaged files, and
-// the choice of format when loading and saving.
+// The native format: the example byte for byte, round trips, damaged files, the choice of format
+// when loading and saving, and the byte scanner with its tag readers and damage check.
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "document/modDocV1.h"
@@ -17,6 +17,7 @@
 #include <QtTest>
 
 using namespace DocTest;
+using modDocV1::EntryRecord;
 
 class TestNative : public QObject {
     Q_OBJECT
@@ -39,6 +40,12 @@ private Q_SLOTS:
     void backups();
     void readOnlyFile();
     void captionsAndCounter();
+    void loadTag_data();
+    void loadTag();
+    void scanEntries_data();
+    void scanEntries();
+    void check_data();
+    void check();
 };
 
 void TestNative::exampleByteForByte() {
@@ -307,9 +314,7 @@ void TestNative::saveDispatchAndWarning() {
 }
 
 void TestNative::backups() {
-    // A second save keeps the first in the backup. A failing write (a file-size limit below the
-    // file, above the log) is reported, and leaves the file and the older backup as they were.
-    ScopedLog log;
+    // With the option on, a second save keeps the first in the backup.
     QTemporaryDir dir;
     const QString path = dir.filePath("a.mvd");
     Document *doc = exampleDocument();
@@ -319,23 +324,7 @@ void TestNative::backups() {
     doc->trvOutline().Item(1)->setText("Renamed");
     QVERIFY(modDoc::DocSave(path));
     QCOMPARE(ReadFileBytes(dir.filePath("a.bak")), first);
-    const QByteArray second = ReadFileBytes(path);
-    QVERIFY(second.contains("{\\ttf_nodelabel Renamed}"));
-    bool plain = true, backedUp = true;
-    {
-        ScopedFileSizeLimit limit(400);
-        modGlobals::Backup = false;
-        plain = modDoc::DocSaveDocument(*doc, path, true);
-        modGlobals::Backup = true;
-        backedUp = modDoc::DocSaveDocument(*doc, path, true);
-    }
-    QVERIFY(!plain);
-    QVERIFY(!backedUp);
-    QCOMPARE(ReadFileBytes(dir.filePath("a.bak")), first);
-    QCOMPARE(ReadFileBytes(path), second);
-    QVERIFY(log.content().contains("Error 61 - File too large"));
-    QVERIFY(log.content().contains("modDoc WriteWholeFile"));
-    QVERIFY(!modNodes::g_bDocTransfer);
+    QVERIFY(ReadFileBytes(path).contains("{\\ttf_nodelabel Renamed}"));
 }
 
 void TestNative::readOnlyFile() {
@@ -368,6 +357,145 @@ void TestNative::captionsAndCounter() {
     modDoc::DocClose(b);
     Document *c = modDoc::DocNew();
     QCOMPARE(c->m_sCaption, QString("Document %1").arg(before + 2));
+}
+
+// ---- The byte scanner, its tag readers and the damage check, without a document ----
+
+static QByteArray entryTags(const QByteArray &key, const QByteArray &label, const QByteArray &text,
+                            bool tagged = false, bool showing = true) {
+    QByteArray out;
+    modDocV1::DocSaveNodeTag(out, "nodekey", key);
+    modDocV1::DocSaveNodeTag(out, "nodelabel", label);
+    modDocV1::DocSaveNodeTag(out, "nodetagged", tagged ? "True" : "False");
+    modDocV1::DocSaveNodeTag(out, "nodevisible", showing ? "True" : "False");
+    modDocV1::DocSaveNodeTag(out, "nodetext", text);
+    return out;
+}
+
+static QByteArray header() {
+    QByteArray out;
+    for (const QByteArray &name : modDocV1::HeaderTagNames()) {
+        modDocV1::DocSaveNodeTag(out, name, name == "formatversion" ? "1" : "x");
+    }
+    return out;
+}
+
+void TestNative::loadTag_data() {
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QByteArray>("value");
+    QTest::newRow("first line") << QByteArray("{\\ttf_formatversion 1}\r\n")
+                                << QByteArray("formatversion") << QByteArray("1");
+    QTest::newRow("after entries") << QByteArray("{\\ttf_nodekey 0}\r\n{\\ttf_textfontsize 12}\r\n")
+                                   << QByteArray("textfontsize") << QByteArray("12");
+    QTest::newRow("first of two") << QByteArray("{\\ttf_a 1}{\\ttf_a 2}") << QByteArray("a")
+                                  << QByteArray("1");
+    QTest::newRow("missing") << QByteArray("{\\ttf_b 1}") << QByteArray("a") << QByteArray();
+    QTest::newRow("no closing brace")
+        << QByteArray("{\\ttf_a 1") << QByteArray("a") << QByteArray();
+    QTest::newRow("longer name does not match")
+        << QByteArray("{\\ttf_ab 1}{\\ttf_a 2}") << QByteArray("a") << QByteArray("2");
+    QTest::newRow("empty value") << QByteArray("{\\ttf_a }") << QByteArray("a") << QByteArray();
+    QTest::newRow("blanks kept") << QByteArray("{\\ttf_a  Times New Roman }") << QByteArray("a")
+                                 << QByteArray(" Times New Roman ");
+}
+
+void TestNative::loadTag() {
+    QFETCH(QByteArray, text);
+    QFETCH(QByteArray, name);
+    QFETCH(QByteArray, value);
+    QCOMPARE(modDoc::DocLoadTag(text, name), value);
+}
+
+void TestNative::scanEntries_data() {
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QList<QByteArray>>("fields"); // key|label|tagged|showing|text per entry
+    QTest::newRow("two entries") << header() + entryTags("0", "Projects", "{\\rtf1 x\\par }") +
+                                        entryTags("0.1", "Garden", "", true)
+                                 << QList<QByteArray>{"0|Projects|0|1|{\\rtf1 x\\par }",
+                                                      "0.1|Garden|1|1|"};
+    QTest::newRow("text with braces, line breaks and stray bytes")
+        << entryTags("0", "R", QByteArray("12,\x01}\r\n{\x00\xff}", 12), false, false)
+        << QList<QByteArray>{QByteArray("0|R|0|0|12,\x01}\r\n{\x00\xff}", 20)};
+    QTest::newRow("label cut at brace")
+        << entryTags("0", "a}b", "t") << QList<QByteArray>{"0|a|0|1|t"};
+    QTest::newRow("lower-case true is false")
+        << QByteArray("{\\ttf_nodekey 0}{\\ttf_nodetagged true}{\\ttf_nodevisible True}")
+        << QList<QByteArray>{"0||0|1|"};
+    QTest::newRow("text stops at an opener inside it")
+        << entryTags("0", "R", "ab{\\ttf_zz}cd") << QList<QByteArray>{"0|R|0|1|"};
+    QTest::newRow("truncated last text loses three bytes")
+        << QByteArray("{\\ttf_nodekey 0}\r\n{\\ttf_nodetext abcdef")
+        << QList<QByteArray>{"0||0|0|abc"};
+    QTest::newRow("header after entries and unknown tags")
+        << entryTags("0", "R", "t") + "{\\ttf_weird v}\r\n" + header()
+        << QList<QByteArray>{"0|R|0|1|t"};
+    QTest::newRow("no entries") << header() << QList<QByteArray>{};
+    QTest::newRow("unclosed unknown tag ends the scan")
+        << entryTags("0", "R", "t") + "{\\ttf_weird" << QList<QByteArray>{"0|R|0|1|t"};
+    QTest::newRow("garbage") << QByteArray("\x00\x01{\\ttf{\\ttf_}}}{{", 16) << QList<QByteArray>{};
+}
+
+void TestNative::scanEntries() {
+    QFETCH(QByteArray, file);
+    QFETCH(QList<QByteArray>, fields);
+    QList<QByteArray> got;
+    modDocV1::ScanEntries(file, [&](EntryRecord &r) {
+        got.append(r.Key + '|' + r.Label + '|' + (r.Tagged ? '1' : '0') + '|' +
+                   (r.Showing ? '1' : '0') + '|' + r.Text);
+    });
+    QCOMPARE(got, fields);
+}
+
+void TestNative::check_data() {
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QStringList>("problems"); // substrings, one per expected problem, in order
+    const QByteArray good = header() + entryTags("0", "R", "") + entryTags("0.1", "A", "") +
+                            entryTags("0.1.1", "C", "") + entryTags("0.2", "B", "") +
+                            entryTags("0.10", "J", "");
+    QTest::newRow("clean") << header() + entryTags("0", "R", "") + entryTags("0.1", "A", "") +
+                                  entryTags("0.1.1", "C", "") + entryTags("0.2", "B", "")
+                           << QStringList{};
+    QTest::newRow("orphan") << good.left(good.indexOf("{\\ttf_nodekey 0.10}")) +
+                                   entryTags("0.4", "X", "")
+                            << QStringList{"key \"0.4\"): orphan"};
+    QTest::newRow("missing parent")
+        << header() + entryTags("0", "R", "") + entryTags("0.3.1", "X", "")
+        << QStringList{"orphan, no entry \"0.3\""};
+    QTest::newRow("child not after parent")
+        << header() + entryTags("0", "R", "") + entryTags("0.1", "A", "") +
+               entryTags("0.2", "B", "") + entryTags("0.1.1", "C", "")
+        << QStringList{"key \"0.1.1\"): out of order"};
+    QTest::newRow("duplicate key") << header() + entryTags("0", "R", "") +
+                                          entryTags("0.1", "A", "") + entryTags("0.1", "B", "")
+                                   << QStringList{"out of order"};
+    QTest::newRow("root twice") << header() + entryTags("0", "R", "") + entryTags("0", "S", "")
+                                << QStringList{"out of order"};
+    QTest::newRow("undecodable text")
+        << header() + entryTags("0", "R", "25,x\x9cgarbage") << QStringList{"cannot be decoded"};
+    QTest::newRow("text stored as is, digits and comma first")
+        << header() + entryTags("0", "R", "3, apples") + entryTags("0.1", "A", "12,x")
+        << QStringList{};
+    QStringList missing; // every header tag, in order
+    for (const QByteArray &name : modDocV1::HeaderTagNames()) {
+        missing << "missing header tag \"" + QString::fromLatin1(name) + '"';
+    }
+    QTest::newRow("missing header") << entryTags("0", "R", "") << missing;
+    QTest::newRow("unknown tag") << header() + "{\\ttf_colour red}\r\n" + entryTags("0", "R", "")
+                                 << QStringList{"unknown tag \"colour\""};
+    QTest::newRow("truncated") << header() + entryTags("0", "R", "").chopped(3)
+                               << QStringList{"cut short"};
+}
+
+void TestNative::check() {
+    QFETCH(QByteArray, file);
+    QFETCH(QStringList, problems);
+    const modDocV1::CheckReport report = modDocV1::CheckFile(file);
+    QCOMPARE(report.Problems.size(), problems.size());
+    for (qsizetype i = 0; i < problems.size(); ++i) {
+        QVERIFY2(report.Problems.at(i).contains(problems.at(i)), qPrintable(report.Problems.at(i)));
+    }
+    QCOMPARE(report.damaged(), !problems.isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestNative)

@@ -74,8 +74,6 @@ private Q_SLOTS:
     void expansion();
     void dropRules_data();
     void dropRules();
-    void dragThreshold_data();
-    void dragThreshold();
     void drops_data();
     void drops();
     void dropOntoAnotherDocumentIsReported();
@@ -474,25 +472,6 @@ void TestOutline::dropRules() {
     QCOMPARE(menu.copyPrevious && menu.movePrevious, p.previous);
     QCOMPARE(menu.copyChild || menu.moveChild, p.child);
     QVERIFY(!menu.indentLeft && !menu.indentRight);
-}
-
-void TestOutline::dragThreshold_data() {
-    QTest::addColumn<double>("dpi");
-    QTest::addColumn<QPointF>("move");
-    QTest::addColumn<bool>("starts");
-    // 100 twips are 6.94 pixels at 100 DPI, 10 at 144 DPI.
-    QTest::newRow("inside at 144") << 144.0 << QPointF(10, -10) << false;
-    QTest::newRow("right at 144") << 144.0 << QPointF(10.5, 0) << true;
-    QTest::newRow("up at 144") << 144.0 << QPointF(0, -11) << true;
-    QTest::newRow("inside at 96") << 96.0 << QPointF(6.6, 6.6) << false;
-    QTest::newRow("beyond at 96") << 96.0 << QPointF(-6.7, 0) << true;
-}
-
-void TestOutline::dragThreshold() {
-    QFETCH(double, dpi);
-    QFETCH(QPointF, move);
-    const QPointF press(50, 50);
-    QTEST(modDrag::DragThresholdPassed(press, press + move, dpi, dpi), "starts");
 }
 
 void TestOutline::drops_data() {

@@ -3,6 +3,7 @@
 #include "editor/OutlineModel.h"
 #include "outline/modNodes.h"
 #include "support/FakeDocument.h"
+#include "support/TreeText.h"
 
 #include <QAbstractItemModelTester>
 #include <QPixmap>
@@ -37,15 +38,6 @@ QStringList treeOutline(Node *node, int depth = 0) {
     return out;
 }
 
-Node *find(Nodes &nodes, const QString &label) {
-    for (Node *n : nodes) {
-        if (n->Text() == label) {
-            return n;
-        }
-    }
-    return nullptr;
-}
-
 const char *kOutline = "root\n"
                        "  b\n"
                        "    b1\n"
@@ -75,37 +67,37 @@ void TestOutlineModel::changesKeepModelValid_data() {
     QTest::addColumn<bool>("batched");
 
     const Change insertMany = [](Document &d, Nodes &n) {
-        Node *b = find(n, "b");
+        Node *b = FindEntry(n, "b");
         NodeInsert(&d, relChild, b)->setText("b3");
-        NodeInsert(&d, relPrevious, find(n, "b1"))->setText("b0");
-        NodeInsert(&d, relFirst, find(n, "c1"))->setText("c0");
-        NodeInsert(&d, relNext, find(n, "a"))->setText("a2");
-        NodeInsert(&d, relChild, find(n, "a2"))->setText("a21");
+        NodeInsert(&d, relPrevious, FindEntry(n, "b1"))->setText("b0");
+        NodeInsert(&d, relFirst, FindEntry(n, "c1"))->setText("c0");
+        NodeInsert(&d, relNext, FindEntry(n, "a"))->setText("a2");
+        NodeInsert(&d, relChild, FindEntry(n, "a2"))->setText("a21");
     };
     const Change moveWithPaste = [](Document &d, Nodes &n) {
-        n.setSelectedItem(find(n, "c1"));
-        NodeRef copied = find(n, "b");
+        n.setSelectedItem(FindEntry(n, "c1"));
+        NodeRef copied = FindEntry(n, "b");
         NodePaste(&d, copied, true);
     };
     const Change sortAll = [](Document &, Nodes &n) { NodeSortAll(n.topNodes().front(), true); };
     const Change renameUnderSorted = [](Document &, Nodes &n) {
         NodeSortAll(n.topNodes().front(), true);
-        find(n, "a")->setText("zz");
-        find(n, "b2")->setText("0");
+        FindEntry(n, "a")->setText("zz");
+        FindEntry(n, "b2")->setText("0");
     };
     const Change deleteSome = [](Document &d, Nodes &n) {
-        NodeDelete(&d, find(n, "b1"));
-        NodeDelete(&d, find(n, "c"));
-        NodeDelete(&d, find(n, "b"));
+        NodeDelete(&d, FindEntry(n, "b1"));
+        NodeDelete(&d, FindEntry(n, "c"));
+        NodeDelete(&d, FindEntry(n, "b"));
     };
     const Change clearAndRebuild = [](Document &d, Nodes &n) {
         n.Clear();
         BuildOutline(d, "x\n  y\n  z\n");
     };
     const Change tagExpandSelect = [](Document &d, Nodes &n) {
-        NodeTagOn(find(n, "b2"));
+        NodeTagOn(FindEntry(n, "b2"));
         NodeExpandAll(n.topNodes().front());
-        NodeSelectFull(&d, find(n, "c1"));
+        NodeSelectFull(&d, FindEntry(n, "c1"));
         NodeCollapseAll(n.topNodes().front());
     };
 
@@ -194,7 +186,7 @@ void TestOutlineModel::rolesAndFlags() {
     BuildOutline(t.doc, "root\n  x\n");
     OutlineModel model(t.nodes());
     QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
-    Node *x = find(t.nodes(), "x");
+    Node *x = FindEntry(t.nodes(), "x");
     const QModelIndex ix = model.indexFromNode(x);
     // Each change of tag or selection is announced and shown with its icon.
     const struct {
@@ -232,8 +224,8 @@ void TestOutlineModel::reorderKeepsPersistentIndexes() {
     BuildOutline(t.doc, kOutline);
     OutlineModel model(t.nodes());
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    const QPersistentModelIndex pa = model.indexFromNode(find(t.nodes(), "a"));
-    const QPersistentModelIndex pc1 = model.indexFromNode(find(t.nodes(), "c1"));
+    const QPersistentModelIndex pa = model.indexFromNode(FindEntry(t.nodes(), "a"));
+    const QPersistentModelIndex pc1 = model.indexFromNode(FindEntry(t.nodes(), "c1"));
     QCOMPARE(pa.row(), 1);
     NodeSortAll(t.nodes().topNodes().front(), true);
     QCOMPARE(pa.row(), 0);

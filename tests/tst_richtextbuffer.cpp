@@ -5,6 +5,7 @@
 #include "richtext/RtfReader.h"
 #include "richtext/RtfWriter.h"
 #include "richtext/clsFont.h"
+#include "support/TestSupport.h"
 
 #include <QImage>
 #include <QSignalSpy>
@@ -58,53 +59,34 @@ private Q_SLOTS:
     void roundTrip();
     void roundTripRandom_data();
     void roundTripRandom();
-    void selRtf();
     void plainTextAsRtf();
 };
 
 void TestRichTextBuffer::positionsAndPlainText_data() {
     QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("start");
-    QTest::addColumn<int>("length");
+    QTest::addColumn<QString>("start");
+    QTest::addColumn<QString>("length");
     QTest::addColumn<QString>("selected");
     QTest::addColumn<QString>("insert");
     QTest::addColumn<QString>("result"); // after the selection was replaced by `insert`
-    QTest::newRow("first paragraph") << "ab\r\ncd" << 0 << 2 << "ab"
-                                     << "X"
-                                     << "X\r\ncd";
-    QTest::newRow("break counts one") << "ab\r\ncd" << 1 << 3 << "b\r\nc"
-                                      << "Y"
-                                      << "aYd";
-    QTest::newRow("after the break") << "ab\r\ncd" << 3 << 2 << "cd"
-                                     << ""
-                                     << "ab\r\n";
-    QTest::newRow("insert a break") << "12\r\n34" << 2 << 0 << ""
-                                    << "a\r\nb"
-                                    << "12a\r\nb\r\n34";
-    QTest::newRow("append") << "12\r\n34" << 5 << 0 << ""
-                            << "\r\n"
-                            << "12\r\n34\r\n";
-    QTest::newRow("empty paragraphs") << "a\r\n\r\n\r\nb" << 1 << 4 << "\r\n\r\n\r\nb"
-                                      << ""
-                                      << "a";
-    QTest::newRow("lone LF and CR are breaks") << "a\nb\rc" << 2 << 3 << "b\r\nc"
-                                               << ""
-                                               << "a\r\n";
-    QTest::newRow("line break is one") << "a\vb" << 0 << 3 << "a\vb"
-                                       << ""
-                                       << "";
-    QTest::newRow("length clamped") << "abc" << 1 << 99 << "bc"
-                                    << ""
-                                    << "a";
-    QTest::newRow("start clamped") << "abc" << 99 << 5 << ""
-                                   << "d"
-                                   << "abcd";
+    AddRows({
+        {"first paragraph", "ab\r\ncd", "0", "2", "ab", "X", "X\r\ncd"},
+        {"break counts one", "ab\r\ncd", "1", "3", "b\r\nc", "Y", "aYd"},
+        {"after the break", "ab\r\ncd", "3", "2", "cd", "", "ab\r\n"},
+        {"insert a break", "12\r\n34", "2", "0", "", "a\r\nb", "12a\r\nb\r\n34"},
+        {"append", "12\r\n34", "5", "0", "", "\r\n", "12\r\n34\r\n"},
+        {"empty paragraphs", "a\r\n\r\n\r\nb", "1", "4", "\r\n\r\n\r\nb", "", "a"},
+        {"lone LF and CR are breaks", "a\nb\rc", "2", "3", "b\r\nc", "", "a\r\n"},
+        {"line break is one", "a\vb", "0", "3", "a\vb", "", ""},
+        {"length clamped", "abc", "1", "99", "bc", "", "a"},
+        {"start clamped", "abc", "99", "5", "", "d", "abcd"},
+    });
 }
 
 void TestRichTextBuffer::positionsAndPlainText() {
     QFETCH(QString, text);
-    QFETCH(int, start);
-    QFETCH(int, length);
+    QFETCH(QString, start);
+    QFETCH(QString, length);
     QFETCH(QString, selected);
     QFETCH(QString, insert);
     QFETCH(QString, result);
@@ -113,7 +95,7 @@ void TestRichTextBuffer::positionsAndPlainText() {
     QString normal = text;
     normal.replace("\r\n", "\n").replace('\r', '\n').replace("\n", "\r\n");
     QCOMPARE(b.Text(), normal);
-    select(b, start, length);
+    select(b, start.toInt(), length.toInt());
     QCOMPARE(b.SelText(), selected);
     // Positions count a break once: the plain text minus one per break.
     const int caret = b.SelStart();
@@ -451,28 +433,6 @@ void TestRichTextBuffer::roundTripRandom() {
     const QByteArray second = RtfWriter::write(&again);
     QCOMPARE(second, first);
     QCOMPARE(again.toRawText(), doc.toRawText());
-}
-
-void TestRichTextBuffer::selRtf() {
-    RichTextBuffer b;
-    b.SetFont(QFont(QStringLiteral("Arial"), 10));
-    setText(b, "one two\r\nthree");
-    select(b, 4, 3);
-    b.SetSelBold(true);
-    select(b, 2, 7); // "e two\r\nt"
-    const QByteArray rtf = b.SelRTF();
-    QVERIFY(rtf.startsWith("{\\rtf1"));
-
-    RichTextBuffer other;
-    other.SetFont(b.Font());
-    setText(other, "[]");
-    select(other, 1, 0);
-    other.SetSelRTF(rtf);
-    QCOMPARE(other.Text(), QString("[e two\r\nt]"));
-    select(other, 3, 3);
-    QCOMPARE(other.SelBold(), std::optional<bool>(true));
-    select(other, 1, 2);
-    QCOMPARE(other.SelBold(), std::optional<bool>(false));
 }
 
 void TestRichTextBuffer::plainTextAsRtf() {

@@ -9,6 +9,7 @@
 #include "support/DocTestSupport.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "support/TreeText.h"
 #include "util/MainWindowHost.h"
 #include "util/SettingsStore.h"
 
@@ -67,19 +68,10 @@ RichTextBuffer *pane(Document *doc) {
     return static_cast<RichTextBuffer *>(doc->txtRTF());
 }
 
-Node *byLabel(Document *doc, const QString &label) {
-    for (Node *n : doc->trvOutline()) {
-        if (n->Text() == label) {
-            return n;
-        }
-    }
-    return nullptr;
-}
-
 // Selects "label@start,length" (the entry, then the pane's selection).
 void selectAt(Document *doc, const QString &where) {
     const qsizetype at = where.indexOf(QLatin1Char('@'));
-    modNodes::NodeSelect(doc, byLabel(doc, where.left(at)));
+    modNodes::NodeSelect(doc, FindEntry(doc->trvOutline(), where.left(at)));
     const QStringList sel = where.mid(at + 1).split(QLatin1Char(','));
     pane(doc)->SetSelStart(sel.at(0).toInt());
     pane(doc)->SetSelLength(sel.at(1).toInt());
@@ -376,14 +368,6 @@ void TestSearch::history() {
     h.Load();
     QCOMPARE(list(), "/d/a/b/c");
     QVERIFY(m_log.content().contains("clsHistory Load"));
-
-    // The instances of the session.
-    CreateHistories();
-    InitialiseHistories();
-    QCOMPARE(g_hisFind.Section(), "FindHistory");
-    QCOMPARE(g_hisReplace.Section(), "ReplaceHistory");
-    QCOMPARE(g_hisFind.MaxEntries(), 10);
-    QCOMPARE(g_hisReplace.MaxEntries(), 10);
 }
 
 // Over whole passes through random documents, the search of all texts finds the same entries,

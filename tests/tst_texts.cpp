@@ -44,8 +44,6 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void bufferSize_data();
-    void bufferSize();
     void roundTrip_data();
     void roundTrip();
     void decodeEdgeCases_data();
@@ -73,23 +71,6 @@ void TestTexts::cleanup() {
 }
 
 // ---- Compression ---------------------------------------------------------------------------
-
-void TestTexts::bufferSize_data() {
-    QTest::addColumn<qint64>("n");
-    QTest::addColumn<qint32>("size");
-    QTest::newRow("empty") << qint64(0) << 12;
-    QTest::newRow("half rounds down to even") << qint64(50) << 62; // 62.5
-    QTest::newRow("half rounds up to even") << qint64(150) << 164; // 163.5
-    QTest::newRow("below half") << qint64(120) << 133;             // 133.2
-    QTest::newRow("above half") << qint64(180) << 194;             // 193.8
-    QTest::newRow("one megabyte") << qint64(1 << 20) << 1059074;   // 1059073.76
-}
-
-void TestTexts::bufferSize() {
-    QFETCH(qint64, n);
-    QFETCH(qint32, size);
-    QCOMPARE(modCompress::BufferSize(n), size);
-}
 
 void TestTexts::roundTrip_data() {
     QTest::addColumn<QByteArray>("text");

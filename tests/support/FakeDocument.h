@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <map>
 #include <vector>
 
 // A text pane that holds its rich text in memory and records what was done to it.
@@ -63,40 +62,6 @@ public:
     FakeTextPane *pane;
     FakeView view;
     Nodes &nodes() { return doc.trvOutline(); }
-};
-
-// Mirrors a tree from the observer's notifications alone, as an item model would, so that tests
-// can check the notifications against the real tree.
-class MirrorObserver : public NodesObserver {
-public:
-    explicit MirrorObserver(Nodes &nodes);
-    ~MirrorObserver() override;
-    void beforeInsert(Node *parent, int row) override;
-    void afterInsert(Node *parent, int row) override;
-    void beforeRemove(Node *parent, int row, int count) override;
-    void afterRemove(Node *parent, int row, int count) override;
-    void dataChanged(Node *node, NodeRole role) override;
-    void beforeReorder(Node *parent) override;
-    void afterReorder(Node *parent) override;
-    void beforeReset() override;
-    void afterReset() override;
-    void ensureVisible(Node *node) override { scrolledTo.push_back(node); }
-    void visibleChanged(bool visible) override { visibleChanges.push_back(visible); }
-
-    // An empty list when the mirror matches the tree, else the differences.
-    QStringList differences() const;
-
-    std::vector<Node *> scrolledTo;
-    std::vector<bool> visibleChanges;
-    std::map<NodeRole, int> changes;
-    QStringList protocolErrors; // before/after calls out of pairs, bad rows
-
-private:
-    const std::vector<Node *> &actual(Node *parent) const;
-    void rebuild(Node *parent);
-    Nodes &m_nodes;
-    std::map<Node *, std::vector<Node *>> m_mirror; // parent (null: top) -> children
-    QString m_pending;
 };
 
 // Builds a tree from an indented outline: one label per line, two blanks per level.

@@ -19,26 +19,6 @@ FakeMainWindow::~FakeMainWindow() {
     }
 }
 
-void FakeMainWindow::SetLeft(int x) {
-    Geometry.moveLeft(x);
-    Calls << QStringLiteral("Left");
-}
-
-void FakeMainWindow::SetTop(int y) {
-    Geometry.moveTop(y);
-    Calls << QStringLiteral("Top");
-}
-
-void FakeMainWindow::SetWidth(int w) {
-    Geometry.setWidth(w);
-    Calls << QStringLiteral("Width");
-}
-
-void FakeMainWindow::SetHeight(int h) {
-    Geometry.setHeight(h);
-    Calls << QStringLiteral("Height");
-}
-
 modMain::MsgBoxResult FakeMainWindow::ShowMessage(const QString &text,
                                                   modMain::MsgBoxButtons buttons,
                                                   modMain::MsgBoxIcon icon) {
@@ -88,17 +68,6 @@ bool FakeMainWindow::Exit() {
     return m_real && m_real->Exit();
 }
 
-void FakeMainWindow::Arrange(modMain::Arrangement how) {
-    Calls << QStringLiteral("Arrange %1").arg(int(how));
-    if (m_real) {
-        m_real->Arrange(how);
-    }
-}
-
-Document *FakeMainWindow::NewDocumentWindow() {
-    return m_real ? m_real->NewDocumentWindow() : nullptr;
-}
-
 void FakeMainWindow::UpdateMRUFile(const QString &path, bool remove) {
     Calls << (remove ? QStringLiteral("MRU remove ") : QStringLiteral("MRU ")) + path;
     if (m_real) {
@@ -112,76 +81,9 @@ QString FakeMainWindow::MRUFile(int index) {
     return m_real ? m_real->MRUFile(index) : modMRU::MenuFile(index);
 }
 
-void FakeMainWindow::ShowMRUFiles(const QStringList &captions) {
-    MRUShown = captions;
-    if (m_real) {
-        m_real->ShowMRUFiles(captions);
-    }
-}
-
 QString FakeMainWindow::ShowHelp(const QString &file, int context) {
     Calls << QStringLiteral("Help %1").arg(context);
     return m_real ? m_real->ShowHelp(file, context) : MainWindowHost::ShowHelp(file, context);
-}
-
-int FakeMainWindow::ChildWindowCount() const {
-    return m_real ? m_real->ChildWindowCount() : Children;
-}
-
-void FakeMainWindow::SetItemEnabled(const QString &n, bool v) {
-    ItemEnabled[n] = v;
-    if (m_real) {
-        m_real->SetItemEnabled(n, v);
-    }
-}
-
-void FakeMainWindow::SetItemChecked(const QString &n, bool v) {
-    ItemChecked[n] = v;
-    if (m_real) {
-        m_real->SetItemChecked(n, v);
-    }
-}
-
-void FakeMainWindow::SetItemCaption(const QString &n, const QString &c) {
-    ItemCaption[n] = c;
-    if (m_real) {
-        m_real->SetItemCaption(n, c);
-    }
-}
-
-void FakeMainWindow::SetButtonEnabled(const QString &k, bool v) {
-    ButtonEnabled[k] = v;
-    if (m_real) {
-        m_real->SetButtonEnabled(k, v);
-    }
-}
-
-void FakeMainWindow::SetButtonVisible(const QString &k, bool v) {
-    ButtonVisible[k] = v;
-    if (m_real) {
-        m_real->SetButtonVisible(k, v);
-    }
-}
-
-void FakeMainWindow::SetButtonToolTip(const QString &k, const QString &t) {
-    ButtonToolTip[k] = t;
-    if (m_real) {
-        m_real->SetButtonToolTip(k, t);
-    }
-}
-
-void FakeMainWindow::SetButtonValue(const QString &k, int v) {
-    ButtonValue[k] = v;
-    if (m_real) {
-        m_real->SetButtonValue(k, v);
-    }
-}
-
-void FakeMainWindow::RefreshToolbar() {
-    ++Refreshes;
-    if (m_real) {
-        m_real->RefreshToolbar();
-    }
 }
 
 void FakeMainWindow::RefreshCommands(bool all) {
@@ -190,48 +92,6 @@ void FakeMainWindow::RefreshCommands(bool all) {
     }
     modMain::MenuEnableDynamic();
     modMain::UpdateToolbarStatus();
-}
-
-void FakeMainWindow::SetToolbarVisible(bool v) {
-    ToolbarShown = v;
-    if (m_real) {
-        m_real->SetToolbarVisible(v);
-    }
-}
-
-void FakeMainWindow::SetStatusBarVisible(bool v) {
-    StatusBarShown = v;
-    if (m_real) {
-        m_real->SetStatusBarVisible(v);
-    }
-}
-
-void FakeMainWindow::SetStatusText(const QString &text) {
-    StatusText = text;
-    if (m_real) {
-        m_real->SetStatusText(text);
-    }
-}
-
-void FakeMainWindow::BeginBusy() {
-    ++Busy;
-    if (m_real) {
-        m_real->BeginBusy();
-    }
-}
-
-void FakeMainWindow::EndBusy() {
-    Busy = Busy > 0 ? Busy - 1 : 0;
-    if (m_real) {
-        m_real->EndBusy();
-    }
-}
-
-void FakeMainWindow::ResetPointer() {
-    Busy = 0;
-    if (m_real) {
-        m_real->ResetPointer();
-    }
 }
 
 ScopedSettings::ScopedSettings() {

@@ -56,10 +56,10 @@ public:
     QString StatusText;
 
     QRect Placement() const override { return Geometry; }
-    void SetLeft(int x) override;
-    void SetTop(int y) override;
-    void SetWidth(int w) override;
-    void SetHeight(int h) override;
+    void SetLeft(int x) override { Geometry.moveLeft(x), Calls << QStringLiteral("Left"); }
+    void SetTop(int y) override { Geometry.moveTop(y), Calls << QStringLiteral("Top"); }
+    void SetWidth(int w) override { Geometry.setWidth(w), Calls << QStringLiteral("Width"); }
+    void SetHeight(int h) override { Geometry.setHeight(h), Calls << QStringLiteral("Height"); }
     bool IsMinimised() const override { return Minimised; }
     double LogicalDpiX() const override { return Dpi; }
     double LogicalDpiY() const override { return Dpi; }
@@ -70,12 +70,16 @@ public:
     QString PopupMenu(const QString &menu, const QStringList &available) override;
     bool WindowKey(QKeyCombination key) override;
     bool Exit() override;
-    void Arrange(modMain::Arrangement how) override;
-    Document *NewDocumentWindow() override;
+    void Arrange(modMain::Arrangement how) override {
+        Calls << QStringLiteral("Arrange %1").arg(int(how)), on().Arrange(how);
+    }
+    Document *NewDocumentWindow() override { return on().NewDocumentWindow(); }
     void UpdateMRUFile(const QString &path, bool remove) override;
     // Alone it keeps the recently used files as the main window does.
     QString MRUFile(int index) override;
-    void ShowMRUFiles(const QStringList &captions) override;
+    void ShowMRUFiles(const QStringList &captions) override {
+        on().ShowMRUFiles(MRUShown = captions);
+    }
     QString ShowHelp(const QString &file, int context) override;
     // The windows of their own: recorded in Calls ("Search", "Print 1", ...), then passed on.
     void ShowSearchDialog() override { Pass(QStringLiteral("Search"), &Host::ShowSearchDialog); }
@@ -94,28 +98,45 @@ public:
     void PopupBarMenu(const QString &menu, const QPoint &at) override {
         Pass(QStringLiteral("Popup ") + menu, &Host::PopupBarMenu, menu, at);
     }
-    int ChildWindowCount() const override;
-    void SetItemEnabled(const QString &n, bool v) override;
-    void SetItemChecked(const QString &n, bool v) override;
-    void SetItemCaption(const QString &n, const QString &c) override;
-    void SetButtonEnabled(const QString &k, bool v) override;
-    void SetButtonVisible(const QString &k, bool v) override;
-    void SetButtonToolTip(const QString &k, const QString &t) override;
-    void SetButtonValue(const QString &k, int v) override;
-    void RefreshToolbar() override;
+    int ChildWindowCount() const override { return m_real ? m_real->ChildWindowCount() : Children; }
+    // The settings are recorded, then passed on.
+    void SetItemEnabled(const QString &n, bool v) override {
+        on().SetItemEnabled(n, ItemEnabled[n] = v);
+    }
+    void SetItemChecked(const QString &n, bool v) override {
+        on().SetItemChecked(n, ItemChecked[n] = v);
+    }
+    void SetItemCaption(const QString &n, const QString &c) override {
+        on().SetItemCaption(n, ItemCaption[n] = c);
+    }
+    void SetButtonEnabled(const QString &k, bool v) override {
+        on().SetButtonEnabled(k, ButtonEnabled[k] = v);
+    }
+    void SetButtonVisible(const QString &k, bool v) override {
+        on().SetButtonVisible(k, ButtonVisible[k] = v);
+    }
+    void SetButtonToolTip(const QString &k, const QString &t) override {
+        on().SetButtonToolTip(k, ButtonToolTip[k] = t);
+    }
+    void SetButtonValue(const QString &k, int v) override {
+        on().SetButtonValue(k, ButtonValue[k] = v);
+    }
+    void RefreshToolbar() override { ++Refreshes, on().RefreshToolbar(); }
     void RefreshCommands(bool all) override;
-    void SetToolbarVisible(bool v) override;
-    void SetStatusBarVisible(bool v) override;
-    void SetStatusText(const QString &text) override;
-    void BeginBusy() override;
-    void EndBusy() override;
-    void ResetPointer() override;
+    void SetToolbarVisible(bool v) override { on().SetToolbarVisible(ToolbarShown = v); }
+    void SetStatusBarVisible(bool v) override { on().SetStatusBarVisible(StatusBarShown = v); }
+    void SetStatusText(const QString &text) override { on().SetStatusText(StatusText = text); }
+    void BeginBusy() override { ++Busy, on().BeginBusy(); }
+    void EndBusy() override { Busy = Busy > 0 ? Busy - 1 : 0, on().EndBusy(); }
+    void ResetPointer() override { Busy = 0, on().ResetPointer(); }
     void ShowAbout() override { Calls << QStringLiteral("About"); }
 
     QStringList MRUShown; // the recent files' captions last shown
 
 private:
     using Host = modMain::MainWindowHost;
+    // The real window, or one that does nothing.
+    Host &on() { return m_real ? *m_real : m_none; }
     template <typename... Args, typename... Values>
     void Pass(const QString &call, void (Host::*method)(Args...), Values &&...values) {
         Calls << call;
@@ -123,9 +144,9 @@ private:
             (m_real->*method)(std::forward<Values>(values)...);
         }
     }
-
     modMain::MainWindowHost *m_real;
     modMain::MainWindowHost *m_previous;
+    modMain::MainWindowHost m_none;
 };
 
 // Points the settings store at a file of a temporary folder, and the recovery copies at a

@@ -27,6 +27,19 @@ QString shape(const Node *node, bool tags) {
 
 } // namespace
 
+QString ModelShape(const QAbstractItemModel &model, const QModelIndex &index) {
+    const QModelIndex at = index.isValid() ? index : model.index(0, 0);
+    if (!at.isValid()) {
+        return QStringLiteral("-");
+    }
+    QStringList parts;
+    for (int r = 0; r < model.rowCount(at); ++r) {
+        parts << ModelShape(model, model.index(r, 0, at));
+    }
+    const QString label = at.data(Qt::EditRole).toString();
+    return parts.isEmpty() ? label : label + '(' + parts.join(' ') + ')';
+}
+
 QString TreeShape(const Node *node) {
     return shape(node, false);
 }

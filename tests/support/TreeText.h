@@ -2,6 +2,7 @@
 
 #include "outline/Node.h"
 
+#include <QAbstractItemModel>
 #include <QString>
 #include <QStringList>
 
@@ -9,6 +10,8 @@
 
 // "root(a(a1 a2) b)": labels in pre-order, children in brackets; "-" for null.
 QString TreeShape(const Node *node);
+// The same form of what an item model shows under its first top row.
+QString ModelShape(const QAbstractItemModel &model, const QModelIndex &index = {});
 // The shape with tag marks: a tagged entry's label is followed by "*".
 QString TreeShapeTagged(const Node *node);
 // "root=KEY0 a=KEY0.1 ...": label and key of every entry, in pre-order.

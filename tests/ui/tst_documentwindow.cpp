@@ -1,35 +1,34 @@
-// The document window: outline, text pane and splitter kept in step with the entry tree.
+// The document window: outline, text pane and splitter kept in step with the entry tree, and
+// entries dragged in the outline with real mouse events.
 
+#include "editor/OutlineDragUi.h"
 #include "editor/OutlineModel.h"
 #include "editor/frmDocument.h"
 #include "editor/modSplit.h"
 #include "editor/modView.h"
+#include "outline/modDrag.h"
 #include "outline/modNodes.h"
 #include "richtext/RichTextBuffer.h"
 #include "support/FakeDocument.h"
 #include "support/FakeMainWindow.h"
+#include "support/TestSupport.h"
+#include "support/TreeText.h"
 #include "util/MainWindowHost.h"
 #include "util/modGlobals.h"
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
+#include <QGuiApplication>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QTest>
 #include <QTextEdit>
 #include <QTreeView>
 
 using namespace modNodes;
+using namespace Qt::StringLiterals;
 
 namespace {
-
-Node *find(Nodes &nodes, const QString &label) {
-    for (Node *n : nodes) {
-        if (n->Text() == label) {
-            return n;
-        }
-    }
-    return nullptr;
-}
 
 void putText(Node *node, const QByteArray &plain) {
     QByteArray stored;
@@ -81,7 +80,39 @@ struct Window {
     }
     Nodes &tree() { return w.document().trvOutline(); }
     QModelIndex index(const QString &label) {
-        return w.model()->indexFromNode(find(tree(), label));
+        return w.model()->indexFromNode(FindEntry(tree(), label));
+    }
+};
+
+// A window whose outline is fully expanded, dragged with real mouse events; the main window
+// picks the confirmation menu's answer and records what it offered.
+struct DragWindow : Window {
+    FakeMainWindow frm;
+    explicit DragWindow(const QString &answer = QString()) {
+        w.resize(600, 400);
+        w.trvOutline()->expandAll();
+        frm.MenuPicks << answer;
+    }
+    ~DragWindow() { Documents::SetActive(nullptr); }
+    QString shape() { return TreeShape(tree().topNodes().front()); }
+    QPoint at(const QString &label, int dx = 0) {
+        const QRect r = w.trvOutline()->visualRect(index(label));
+        return QPoint(r.left() + 12 + dx, r.center().y());
+    }
+    void send(QEvent::Type type, QPoint pos, Qt::MouseButton button, Qt::MouseButtons held,
+              Qt::KeyboardModifiers mods = Qt::NoModifier) {
+        QWidget *vp = w.trvOutline()->viewport();
+        QMouseEvent e(type, pos, vp->mapToGlobal(pos), button, held, mods);
+        QCoreApplication::sendEvent(vp, &e);
+    }
+    // Presses on one entry, moves in steps to the drop point and releases there.
+    void drag(const QString &from, QPoint to, Qt::MouseButton button,
+              Qt::KeyboardModifiers mods = Qt::NoModifier) {
+        const QPoint start = at(from);
+        send(QEvent::MouseButtonPress, start, button, button, mods);
+        send(QEvent::MouseMove, (start + to) / 2, Qt::NoButton, button, mods);
+        send(QEvent::MouseMove, to, Qt::NoButton, button, mods);
+        send(QEvent::MouseButtonRelease, to, button, Qt::NoButton, mods);
     }
 };
 
@@ -91,7 +122,6 @@ class TestDocumentWindow : public QObject {
     Q_OBJECT
 private slots:
     void selectionAndTextInStep();
-    void labelEditRenames();
     void clickToRename_data();
     void clickToRename();
     void expandCollapseInStep_data();
@@ -103,24 +133,26 @@ private slots:
     void fitSplit_data();
     void fitSplit();
     void batchShowsRightTree();
-    void shortcuts_data();
-    void shortcuts();
+    void drags_data();
+    void drags();
+    void staysWithinThreshold();
+    void escapeCancels();
 };
 
 void TestDocumentWindow::selectionAndTextInStep() {
     Window t;
-    putText(find(t.tree(), "b"), "text of b");
-    putText(find(t.tree(), "a1"), "text of a1");
+    putText(FindEntry(t.tree(), "b"), "text of b");
+    putText(FindEntry(t.tree(), "a1"), "text of a1");
 
     // Clicking an entry selects it, loads its text and marks the document changed.
     t.w.document().m_bDataChanged = false;
     t.w.trvOutline()->setCurrentIndex(t.index("b"));
-    QCOMPARE(t.tree().SelectedItem(), find(t.tree(), "b"));
+    QCOMPARE(t.tree().SelectedItem(), FindEntry(t.tree(), "b"));
     QCOMPARE(t.w.buffer()->Text().trimmed(), QString("text of b"));
     QVERIFY(t.w.document().m_bDataChanged);
 
     // Selecting through the tree moves the view's selection and shows a hidden entry.
-    NodeSelectFull(&t.w.document(), find(t.tree(), "a1"));
+    NodeSelectFull(&t.w.document(), FindEntry(t.tree(), "a1"));
     QCOMPARE(t.w.trvOutline()->currentIndex(), t.index("a1"));
     QVERIFY(t.w.trvOutline()->isExpanded(t.index("a")));
     QCOMPARE(t.w.buffer()->Text().trimmed(), QString("text of a1"));
@@ -130,8 +162,8 @@ void TestDocumentWindow::selectionAndTextInStep() {
     c.movePosition(QTextCursor::End);
     t.w.txtRTF()->setTextCursor(c);
     QTest::keyClicks(t.w.txtRTF(), " more");
-    QCOMPARE(storedPlain(find(t.tree(), "a1")), QString("text of a1 more"));
-    QCOMPARE(storedPlain(find(t.tree(), "b")), QString("text of b"));
+    QCOMPARE(storedPlain(FindEntry(t.tree(), "a1")), QString("text of a1 more"));
+    QCOMPARE(storedPlain(FindEntry(t.tree(), "b")), QString("text of b"));
 
     // While a document is being transferred, changes are neither stored nor marked.
     t.w.document().m_bDataChanged = false;
@@ -139,28 +171,7 @@ void TestDocumentWindow::selectionAndTextInStep() {
     QTest::keyClicks(t.w.txtRTF(), "X");
     g_bDocTransfer = false;
     QVERIFY(!t.w.document().m_bDataChanged);
-    QCOMPARE(storedPlain(find(t.tree(), "a1")), QString("text of a1 more"));
-}
-
-void TestDocumentWindow::labelEditRenames() {
-    Window t;
-    Node *b = find(t.tree(), "b");
-    t.w.StartLabelEdit(b);
-    auto *editor = t.w.trvOutline()->findChild<QLineEdit *>();
-    QVERIFY(editor);
-    editor->selectAll();
-    QTest::keyClicks(editor, "Renamed");
-    QTest::keyClick(editor, Qt::Key_Return);
-    // The delegate commits on the next turn of the event loop.
-    QTRY_COMPARE(b->Text(), QString("Renamed"));
-    QCOMPARE(t.index("Renamed").data().toString(), QString("Renamed"));
-
-    // A read-only document offers no label edit.
-    t.w.model()->setEditable(false);
-    t.w.StartLabelEdit(b);
-    QTest::qWait(0);
-    auto *again = t.w.trvOutline()->findChild<QLineEdit *>();
-    QVERIFY(!again || !again->isVisible());
+    QCOMPARE(storedPlain(FindEntry(t.tree(), "a1")), QString("text of a1 more"));
 }
 
 void TestDocumentWindow::clickToRename_data() {
@@ -180,13 +191,13 @@ void TestDocumentWindow::clickToRename() {
     QFETCH(bool, edits);
     Window t;
     t.w.document().m_bLabelEditAutomatic = automatic;
-    NodeSelectFull(&t.w.document(), find(t.tree(), "b"));
+    NodeSelectFull(&t.w.document(), FindEntry(t.tree(), "b"));
     t.w.document().m_bDataChanged = false;
     QWidget *viewport = t.w.trvOutline()->viewport();
     QTest::mouseClick(viewport, Qt::LeftButton, {},
                       t.w.trvOutline()->visualRect(t.index(clicked)).center());
     // A click selects and marks the document changed (the selection is saved with it).
-    QCOMPARE(t.tree().SelectedItem(), find(t.tree(), clicked));
+    QCOMPARE(t.tree().SelectedItem(), FindEntry(t.tree(), clicked));
     QVERIFY(t.w.document().m_bDataChanged);
     QTest::qWait(QApplication::doubleClickInterval() + 50);
     auto *editor = viewport->findChild<QLineEdit *>();
@@ -203,8 +214,8 @@ void TestDocumentWindow::expandCollapseInStep() {
     QFETCH(bool, fromView);
     Window t;
     QTreeView *view = t.w.trvOutline();
-    Node *root = find(t.tree(), "root");
-    Node *a = find(t.tree(), "a");
+    Node *root = FindEntry(t.tree(), "root");
+    Node *a = FindEntry(t.tree(), "a");
     t.w.document().m_bDataChanged = false;
     t.w.document().m_iExpansionLevel = 3;
 
@@ -222,7 +233,7 @@ void TestDocumentWindow::expandCollapseInStep() {
     QCOMPARE(t.w.document().m_bDataChanged, fromView);
     QCOMPARE(t.w.document().m_iExpansionLevel, fromView ? -1 : 3);
 
-    NodeSelectFull(&t.w.document(), find(t.tree(), "a1"));
+    NodeSelectFull(&t.w.document(), FindEntry(t.tree(), "a1"));
     if (fromView) {
         view->collapse(t.index("a"));
         // Collapsing takes the selection out of the hidden branch.
@@ -329,8 +340,8 @@ void TestDocumentWindow::fitSplit() {
     QFETCH(QString, expected);
     Window t;
     t.w.resize(t.w.toPixels(12000), 300);
-    find(t.tree(), "b")->setText(label);
-    find(t.tree(), "root")->setExpanded(true);
+    FindEntry(t.tree(), "b")->setText(label);
+    FindEntry(t.tree(), "root")->setExpanded(true);
     modView::ViewFitSplit(t.w);
     const double inner = t.w.InnerWidth();
     const double got = t.w.OutlineWidth();
@@ -360,8 +371,8 @@ void TestDocumentWindow::batchShowsRightTree() {
     Window t("root\n  a\n  b\n");
     QAbstractItemModelTester tester(t.w.model(),
                                     QAbstractItemModelTester::FailureReportingMode::QtTest);
-    Node *root = find(t.tree(), "root");
-    NodeSelectFull(&t.w.document(), find(t.tree(), "b"));
+    Node *root = FindEntry(t.tree(), "root");
+    NodeSelectFull(&t.w.document(), FindEntry(t.tree(), "b"));
 
     NodeActionStart();
     QVERIFY(!t.w.trvOutline()->updatesEnabled());
@@ -376,10 +387,10 @@ void TestDocumentWindow::batchShowsRightTree() {
             parent = n->Child();
         }
     }
-    NodeDelete(&t.w.document(), find(t.tree(), "a"));
+    NodeDelete(&t.w.document(), FindEntry(t.tree(), "a"));
     NodeExpandAll(root);
-    find(t.tree(), "n50")->setExpanded(false);
-    NodeSelectFull(&t.w.document(), find(t.tree(), "n2999"));
+    FindEntry(t.tree(), "n50")->setExpanded(false);
+    NodeSelectFull(&t.w.document(), FindEntry(t.tree(), "n2999"));
     NodeActionEnd();
 
     QVERIFY(t.w.trvOutline()->updatesEnabled());
@@ -390,32 +401,68 @@ void TestDocumentWindow::batchShowsRightTree() {
     QVERIFY(!t.w.trvOutline()->isExpanded(t.index("n50")));
 }
 
-void TestDocumentWindow::shortcuts_data() {
-    QTest::addColumn<int>("key");
-    QTest::addColumn<int>("modifiers");
-    QTest::addColumn<bool>("consumed"); // the key belongs to a command, or to the window itself
-    const int alt = Qt::AltModifier, ctrl = Qt::ControlModifier,
-              cs = Qt::ControlModifier | Qt::ShiftModifier;
-    QTest::newRow("Alt+A") << int(Qt::Key_A) << alt << true;
-    QTest::newRow("Alt+X") << int(Qt::Key_X) << alt << false;
-    QTest::newRow("keypad +") << int(Qt::Key_Plus) << int(Qt::KeypadModifier) << true;
-    QTest::newRow("plain +") << int(Qt::Key_Plus) << 0 << false;
-    QTest::newRow("Ctrl+Shift+>") << int(Qt::Key_Greater) << cs << true;
-    QTest::newRow("Ctrl+F6 alone") << int(Qt::Key_F6) << ctrl << true;
+// ---- Dragging entries in the outline with real mouse events ----
+
+void TestDocumentWindow::drags_data() {
+    QTest::addColumn<QString>("from");
+    QTest::addColumn<QString>("onto");
+    QTest::addColumn<QString>("dx");      // horizontal offset of the drop from the target's label
+    QTest::addColumn<QString>("how");     // "left", "ctrl", or the right button's menu choice
+    QTest::addColumn<QString>("offered"); // by the right button's menu
+    QTest::addColumn<QString>("expected");
+    AddRows({
+        {"move after the target", "c", "a1", "0", "left", "", "root(a(a1 c) b)"},
+        {"ctrl at the start copies", "c", "a1", "0", "ctrl", "", "root(a(a1 c) b c)"},
+        {"onto its own child: nothing", "a", "a1", "0", "left", "", "root(a(a1) b c)"},
+        {"onto itself, moved right: indent", "b", "b", "40", "left", "", "root(a(a1 b) c)"},
+        // b's next sibling is c: the placements before c and its copies are withdrawn.
+        {"right: only permitted places offered", "c", "b", "0", "mnuConfirmMovePrevious",
+         "mnuConfirmCopyPrevious mnuConfirmCopyChild mnuConfirmMovePrevious mnuConfirmMoveChild "
+         "mnuConfirmCancel",
+         "root(a(a1) c b)"},
+    });
 }
 
-void TestDocumentWindow::shortcuts() {
-    QFETCH(int, key);
-    QFETCH(int, modifiers);
-    QFETCH(bool, consumed);
-    Window t;
-    FakeMainWindow frm;
-    frm.RunKeys = false;
-    QKeyEvent press(QEvent::KeyPress, key, Qt::KeyboardModifiers(modifiers));
-    QCOMPARE(t.w.Form_KeyDown(&press), consumed);
-    // Every key but the window's own goes to the command table.
-    QCOMPARE(frm.Keys.size(), key == Qt::Key_F6 ? 0 : 1);
-    QCOMPARE(Documents::Active(), &t.w.document());
+void TestDocumentWindow::drags() {
+    QFETCH(QString, from);
+    QFETCH(QString, onto);
+    QFETCH(QString, dx);
+    QFETCH(QString, how);
+    QFETCH(QString, offered);
+    QFETCH(QString, expected);
+    const bool right = how.startsWith(u"mnu"_s);
+    DragWindow t(right ? how : QString());
+    t.drag(from, t.at(onto, dx.toInt()), right ? Qt::RightButton : Qt::LeftButton,
+           how == u"ctrl"_s ? Qt::ControlModifier : Qt::NoModifier);
+    QCOMPARE(t.shape(), expected);
+    QCOMPARE(t.frm.MenusShown, right ? QStringList{u"mnuConfirm: "_s + offered} : QStringList());
+    QVERIFY(!modDrag::g_nodDragSource.get());
+    QVERIFY(!QGuiApplication::overrideCursor());
+}
+
+void TestDocumentWindow::staysWithinThreshold() {
+    DragWindow t;
+    // 100 twips are about 7 pixels at 96 dpi: a shorter move is a click, not a drag.
+    const QPoint start = t.at(u"c"_s);
+    t.send(QEvent::MouseButtonPress, start, Qt::LeftButton, Qt::LeftButton);
+    t.send(QEvent::MouseMove, start + QPoint(5, -5), Qt::NoButton, Qt::LeftButton);
+    QVERIFY(!t.w.findChild<OutlineDragHandler *>()->dragging());
+    t.send(QEvent::MouseButtonRelease, start + QPoint(5, -5), Qt::LeftButton, Qt::NoButton);
+    QCOMPARE(t.shape(), u"root(a(a1) b c)"_s);
+    QCOMPARE(t.w.document().trvOutline().SelectedItem()->Text(), u"c"_s);
+}
+
+void TestDocumentWindow::escapeCancels() {
+    DragWindow t;
+    const QPoint start = t.at(u"c"_s), to = t.at(u"a1"_s);
+    t.send(QEvent::MouseButtonPress, start, Qt::LeftButton, Qt::LeftButton);
+    t.send(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton);
+    QVERIFY(t.w.findChild<OutlineDragHandler *>()->dragging());
+    QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::DragMoveCursor);
+    QTest::keyClick(t.w.trvOutline(), Qt::Key_Escape);
+    t.send(QEvent::MouseButtonRelease, to, Qt::LeftButton, Qt::NoButton);
+    QCOMPARE(t.shape(), u"root(a(a1) b c)"_s);
+    QVERIFY(!QGuiApplication::overrideCursor());
 }
 
 QTEST_MAIN(TestDocumentWindow)
