@@ -16,6 +16,7 @@
 #include <QStringList>
 
 #include <cstdio>
+#include <memory>
 
 namespace {
 
@@ -175,8 +176,8 @@ Node *entryWithKey(Document *doc, const QString &key) {
 }
 
 // A new document holding a copy of the entry and its descendants, the entry as its root.
-Document *subtreeDocument(Document *doc, Node *top) {
-    auto *copy = new Document;
+std::unique_ptr<Document> subtreeDocument(Document *doc, Node *top) {
+    auto copy = std::make_unique<Document>();
     copy->m_fntOutlineFont = doc->m_fntOutlineFont;
     copy->m_fntTextFont = doc->m_fntTextFont;
     std::vector<std::pair<Node *, Node *>> stack{{top, nullptr}};
@@ -232,7 +233,11 @@ int cmdConvertTo(Document *doc, const QString &target, const QString &subtree,
         }
         return cmdConvert(doc, target, encoding);
     default:
-        return cmdConvert(top ? subtreeDocument(doc, top) : doc, target, encoding);
+        if (top) {
+            const std::unique_ptr<Document> copy = subtreeDocument(doc, top);
+            return cmdConvert(copy.get(), target, encoding);
+        }
+        return cmdConvert(doc, target, encoding);
     }
     if (!written) {
         return fail(kFailed, QStringLiteral("cannot write %1: ").arg(target) + lastError());

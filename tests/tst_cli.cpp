@@ -265,7 +265,7 @@ void TestCli::commands() {
     QFETCH(QStringList, env);
     const QString input = write(in, file);
     const Result r = run(args, env);
-    QCOMPARE(r.code, code);
+    QVERIFY2(r.code == code, (QByteArray::number(r.code) + " " + r.err).constData());
     QVERIFY2(matches(r.out, out), r.out.constData());
     QVERIFY2(r.err.contains(err), r.err.constData());
     QVERIFY(code != 0 || r.err.isEmpty());
