@@ -66,52 +66,96 @@ std::shared_ptr<CopyState> stateOf(const Document *doc) {
     return s;
 }
 
-// The document's entries as they are now, in pre-order, as the native format's lines. The
-// stored texts are shared, not copied, and keys are made here: the tree's own keys stay as they
-// are.
-QByteArray snapshot(const Document &doc) {
-    const Nodes &nodes = doc.trvOutline();
-    QByteArray body;
-    QByteArray selectedKey;
-    qsizetype estimate = 1024;
-    for (Node *n : nodes) {
-        estimate += n->TagView().size() + n->Text().size() + 96;
+// The document as it is now, taken on the user-interface thread: the header, and the entries
+// in pre-order with their labels and stored texts shared, not copied. The lines of the native
+// format are made from it later, on any thread.
+struct Snapshot {
+    struct Entry {
+        int depth;
+        qulonglong position; // among its siblings, from 1
+        QString label;
+        Node::TagHold text;
+        bool tagged;
+        bool showing;
+    };
+    QByteArray header;
+    std::vector<Entry> entries;
+};
+
+// The key the native format gives an entry: "0" for a top entry, then the positions among the
+// siblings on the way down ("0.2.1"). Keys are made here: the tree's own keys stay as they are.
+QByteArray keyOf(const Node *node) {
+    std::vector<qulonglong> path;
+    for (const Node *n = node; n->Parent(); n = n->Parent()) {
+        const auto &siblings = n->Parent()->childList();
+        path.push_back(
+            qulonglong(std::find(siblings.begin(), siblings.end(), n) - siblings.begin()) + 1);
     }
-    body.reserve(estimate);
+    QByteArray key("0");
+    for (auto it = path.rbegin(); it != path.rend(); ++it) {
+        key += '.' + QByteArray::number(*it);
+    }
+    return key;
+}
+
+Snapshot takeSnapshot(const Document &doc) {
+    const Nodes &nodes = doc.trvOutline();
+    Snapshot shot;
+    const Node *selected = nodes.SelectedItem();
+    modDocV1::DocSaveHeader(shot.header, doc, selected ? "KEY" + keyOf(selected) : QByteArray());
+    shot.entries.reserve(size_t(nodes.Count()));
     struct Item {
-        Node *node;
-        QByteArray key;
+        const Node *node;
+        int depth;
+        qulonglong position;
         bool showing;
     };
     std::vector<Item> stack;
     const auto &top = nodes.topNodes();
     for (auto it = top.rbegin(); it != top.rend(); ++it) {
-        stack.push_back({*it, QByteArray("0"), true});
+        stack.push_back({*it, 0, 0, true});
     }
     while (!stack.empty()) {
-        Item item = std::move(stack.back());
+        const Item item = stack.back();
         stack.pop_back();
-        Node *n = item.node;
-        if (n == nodes.SelectedItem()) {
-            selectedKey = "KEY" + item.key;
-        }
-        modDocV1::DocSaveNodeTag(body, "nodekey", item.key);
-        modDocV1::DocSaveNodeTag(body, "nodelabel", CodePage::fromUnicode(n->Text()));
-        modDocV1::DocSaveNodeTag(body, "nodetagged", n->ImageTagged() ? "True" : "False");
-        modDocV1::DocSaveNodeTag(body, "nodevisible", item.showing ? "True" : "False");
-        modDocV1::DocSaveNodeTag(body, "nodetext", n->TagView());
+        const Node *n = item.node;
+        shot.entries.push_back(
+            {item.depth, item.position, n->Text(), n->HoldTag(), n->ImageTagged(), item.showing});
         const auto &children = n->childList();
         const bool showing = item.showing && n->Expanded();
         for (size_t i = children.size(); i-- > 0;) {
-            stack.push_back(
-                {children[i], item.key + '.' + QByteArray::number(qulonglong(i + 1)), showing});
+            stack.push_back({children[i], item.depth + 1, qulonglong(i + 1), showing});
         }
     }
+    return shot;
+}
+
+// The native format's bytes of a snapshot.
+QByteArray formatSnapshot(const Snapshot &shot) {
+    qsizetype estimate = shot.header.size() + 1024;
+    for (const Snapshot::Entry &e : shot.entries) {
+        estimate += e.text.view().size() + e.label.size() + 96;
+    }
     QByteArray out;
-    out.reserve(body.size() + 1024);
-    modDocV1::DocSaveHeader(out, doc, selectedKey);
-    out += body;
+    out.reserve(estimate);
+    out += shot.header;
+    std::vector<QByteArray> keys; // the key of the last entry at each depth
+    for (const Snapshot::Entry &e : shot.entries) {
+        keys.resize(size_t(e.depth) + 1);
+        keys[size_t(e.depth)] =
+            e.depth == 0 ? QByteArray("0")
+                         : keys[size_t(e.depth) - 1] + '.' + QByteArray::number(e.position);
+        modDocV1::DocSaveNodeTag(out, "nodekey", keys[size_t(e.depth)]);
+        modDocV1::DocSaveNodeTag(out, "nodelabel", CodePage::fromUnicode(e.label));
+        modDocV1::DocSaveNodeTag(out, "nodetagged", e.tagged ? "True" : "False");
+        modDocV1::DocSaveNodeTag(out, "nodevisible", e.showing ? "True" : "False");
+        modDocV1::DocSaveNodeTag(out, "nodetext", e.text.view());
+    }
     return out;
+}
+
+QByteArray snapshot(const Document &doc) {
+    return formatSnapshot(takeSnapshot(doc));
 }
 
 QByteArray infoText(const Document &doc) {
@@ -251,15 +295,15 @@ void CheckPoint(bool idle) {
         if (!idle && now() - s->dirtySince < kMaxDelayMs) {
             continue;
         }
-        // The snapshot is taken here; the file is written on a worker thread.
-        QByteArray bytes = snapshot(*doc);
+        // The snapshot is taken here; the file is made and written on a worker thread.
+        auto shot = std::make_shared<Snapshot>(takeSnapshot(*doc));
         QByteArray info = infoText(*doc);
         s->pending = true;
         s->written = revision;
         s->exists = true;
         s->dirtySince = -1;
-        QThreadPool::globalInstance()->start([s, bytes = std::move(bytes), info = std::move(info)] {
-            const QString error = writeCopy(*s, bytes, info);
+        QThreadPool::globalInstance()->start([s, shot, info = std::move(info)] {
+            const QString error = writeCopy(*s, formatSnapshot(*shot), info);
             if (!error.isEmpty()) {
                 const std::lock_guard<std::mutex> lock(g_errorsLock);
                 s->error = error;

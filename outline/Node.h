@@ -52,6 +52,21 @@ public:
                          : QByteArrayView(m_baTag);
     }
     void setTag(const QByteArray &tag);
+    // The stored text held for reading elsewhere, on another thread too: the node's own bytes or
+    // its piece of the shared buffer, kept alive by the holder whatever the node does next.
+    struct TagHold {
+        QByteArray own;
+        std::shared_ptr<const QByteArray> buffer;
+        qsizetype from = 0;
+        qsizetype length = 0;
+        QByteArrayView view() const {
+            return buffer ? QByteArrayView(*buffer).sliced(from, length) : QByteArrayView(own);
+        }
+    };
+    TagHold HoldTag() const {
+        return m_pShared ? TagHold{{}, m_pShared, m_iSharedFrom, m_iSharedLength}
+                         : TagHold{m_baTag, {}, 0, 0};
+    }
     // The stored text as a piece of a larger buffer (a document file as read), which is shared,
     // not copied, until the text is first read through Tag().
     void setTagShared(const std::shared_ptr<const QByteArray> &buffer, qsizetype from,

@@ -3,6 +3,7 @@
 // under their original names, and discarded.
 #include "document/Document.h"
 #include "document/modDoc.h"
+#include "document/modDocV1.h"
 #include "document/modFile.h"
 #include "document/modRecovery.h"
 #include "outline/modNodes.h"
@@ -53,6 +54,8 @@ void TestRecovery::lifecycle() {
     modRecovery::WaitForWrites();
     const QString copy = modRecovery::CopyOf(doc);
     QVERIFY(QFile::exists(copy));
+    // The copy holds what a save would write.
+    QCOMPARE(ReadFileBytes(copy), modDocV1::DocSaveVersion(*doc));
     QVERIFY(ReadFileBytes(copy).contains("{\\ttf_nodelabel Renamed}"));
     // This process's own copies are not offered.
     QVERIFY(modRecovery::Pending().isEmpty());
