@@ -283,7 +283,7 @@ void frmMain::OfferRecovery() {
             modMain::vbYesNoCancel, modMain::vbQuestion);
         for (const modRecovery::Recovered &copy : copies) {
             if (answer == modMain::vbYes) {
-                modRecovery::OpenRecovered(copy);
+                modDoc::DocOpenRecovered(copy);
             } else if (answer == modMain::vbNo) {
                 modRecovery::Discard(copy);
             }

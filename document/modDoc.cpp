@@ -305,4 +305,38 @@ bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk) {
     return outcome > 0;
 }
 
+Document *DocOpenRecovered(const modRecovery::Recovered &copy) {
+    PROC("modDoc DocOpenRecovered");
+    QByteArray bytes;
+    const bool read = modMain::Guarded(
+        [&] {
+            PROC("modDoc DocOpenRecovered");
+            bytes = ReadWholeFile(copy.CopyPath);
+            return true;
+        },
+        false);
+    if (!read) {
+        return nullptr;
+    }
+    Document *doc = modMain::Guarded([&]() -> Document * {
+        PROC("modDoc DocOpenRecovered");
+        Document *d = DocInit();
+        const QString caption = d->m_sCaption;
+        d->m_sFile = copy.OriginalFile;
+        const bool transfer = modNodes::g_bDocTransfer;
+        modNodes::g_bDocTransfer = true;
+        DocLoadBytes(*d, bytes);
+        modNodes::g_bDocTransfer = transfer;
+        if (d->m_sFile.isEmpty()) {
+            d->m_sCaption = caption;
+        }
+        d->m_bDataChanged = true;
+        return d;
+    });
+    if (doc && modRecovery::WriteNow(*doc)) {
+        modRecovery::Discard(copy); // this process's copy of the document replaces it
+    }
+    return doc;
+}
+
 } // namespace modDoc

@@ -9,6 +9,9 @@
 #include "richtext/clsFont.h"
 
 class Document;
+namespace modRecovery {
+struct Recovered;
+}
 
 // Creating documents and moving them between the model and files: the choice of format (by the
 // extension on saving, by the file's "formatversion" tag on loading), the backup, the text-format
@@ -40,6 +43,10 @@ Document *DocLoad(const QString &path);
 // then by the "formatversion" tag; finishes the document (caption, read-only state, showing and
 // tagged entries, selection).
 void DocLoadBytes(Document &doc, const QByteArray &bytes);
+// Opens a crash-recovery copy as a changed, unsaved document under its original name (m_sFile is
+// the original file, or empty for an unnamed document). The copy becomes this process's copy of
+// the new document. Returns null (error reported) when it cannot be read.
+Document *DocOpenRecovered(const modRecovery::Recovered &copy);
 void DocFinishLoad(Document &doc, const QString &selectedKey, const QList<bool> &taggedByIndex,
                    const QList<bool> &showingByIndex);
 // Saves the active document under `path`. Returns true when the file was written.

@@ -3,7 +3,6 @@
 
 #include "document/DocFiles.h"
 #include "document/Document.h"
-#include "document/modDoc.h"
 #include "document/modDocV1.h"
 #include "outline/Node.h"
 #include "outline/modNodes.h"
@@ -342,40 +341,6 @@ QList<Recovered> Pending() {
         found.append(r);
     }
     return found;
-}
-
-Document *OpenRecovered(const Recovered &copy) {
-    PROC("modRecovery OpenRecovered");
-    QByteArray bytes;
-    const bool read = modMain::Guarded(
-        [&] {
-            PROC("modRecovery OpenRecovered");
-            bytes = modDoc::ReadWholeFile(copy.CopyPath);
-            return true;
-        },
-        false);
-    if (!read) {
-        return nullptr;
-    }
-    Document *doc = modMain::Guarded([&]() -> Document * {
-        PROC("modRecovery OpenRecovered");
-        Document *d = modDoc::DocInit();
-        const QString caption = d->m_sCaption;
-        d->m_sFile = copy.OriginalFile;
-        const bool transfer = modNodes::g_bDocTransfer;
-        modNodes::g_bDocTransfer = true;
-        modDoc::DocLoadBytes(*d, bytes);
-        modNodes::g_bDocTransfer = transfer;
-        if (d->m_sFile.isEmpty()) {
-            d->m_sCaption = caption;
-        }
-        d->m_bDataChanged = true;
-        return d;
-    });
-    if (doc && WriteNow(*doc)) {
-        Discard(copy); // this process's copy of the document replaces it
-    }
-    return doc;
 }
 
 void Discard(const Recovered &copy) {

@@ -44,10 +44,6 @@ struct Recovered {
 };
 // Copies whose process is not this one and no longer runs, newest first.
 QList<Recovered> Pending();
-// Opens a copy as a changed, unsaved document under its original name (m_sFile is the original
-// file, or empty for an unnamed document). The copy becomes this process's copy of the new
-// document. Returns null (error reported) when it cannot be read.
-Document *OpenRecovered(const Recovered &copy);
 // Deletes a copy.
 void Discard(const Recovered &copy);
 

@@ -93,7 +93,7 @@ void TestRecovery::lifecycle() {
     QCOMPARE(pending[0].ProcessId, qint64(2147483000));
     // Opened: changed, unsaved, under the original name, with the lost words.
     const QByteArray onDisk = ReadFileBytes(file);
-    Document *back = modRecovery::OpenRecovered(pending[0]);
+    Document *back = modDoc::DocOpenRecovered(pending[0]);
     QVERIFY(back);
     QVERIFY(back->m_bDataChanged);
     QCOMPARE(back->m_sFile, file);
