@@ -98,7 +98,8 @@ void frmMain::PopupBarMenu(const QString &menu, const QPoint &at) {
 }
 
 void frmMain::TextSelectionChanged() {
-    modMain::UpdateToolbarStatus();
+    // Runs at every move of the caret: no walk of the whole outline.
+    modMain::UpdateToolbarStatus(modMain::CurrentCommandInputs(false));
 }
 
 void frmMain::ShowStatusPanels() {

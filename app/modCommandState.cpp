@@ -28,7 +28,7 @@ void ApplyItem(MainWindowHost &frm, const modCommands::Command &item, bool enabl
 
 } // namespace
 
-CommandInputs CurrentCommandInputs() {
+CommandInputs CurrentCommandInputs(bool tagged) {
     CommandInputs in;
     in.OpenDocuments = modDoc::OpenDocumentCount();
     for (const Document *doc : Documents::All()) {
@@ -53,7 +53,7 @@ CommandInputs CurrentCommandInputs() {
         in.SelectionIsRoot = selected->Parent() == nullptr;
         in.SelectionTagged = modNodes::NodeTagged(selected);
     }
-    in.TaggedExist = modNodes::NodesTaggedExist();
+    in.TaggedExist = tagged && modNodes::NodesTaggedExist();
     if (!nodes.topNodes().empty()) {
         in.RootExists = true;
         in.RootExpanded = nodes.topNodes().front()->Expanded();

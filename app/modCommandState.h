@@ -35,8 +35,10 @@ struct CommandInputs {
     std::optional<Alignment> SelAlignment;
 };
 
-// The inputs read from the open documents and the active one.
-CommandInputs CurrentCommandInputs();
+// The inputs read from the open documents and the active one. Without `tagged` the walk of the
+// whole outline for a tagged entry is left out (TaggedExist stays false): the toolbar's pressed
+// states, refreshed as the caret moves, do not need it.
+CommandInputs CurrentCommandInputs(bool tagged = true);
 
 // True when the item's rule holds for the inputs (procedure not considered).
 bool RuleHolds(unsigned needs, const CommandInputs &in, bool coarse);

@@ -3,6 +3,7 @@
 // (every text decoded) and again (decoded texts kept); Replace All of a word that 1,000 entries
 // hold; a label only the last entry has.
 #include "app/modMain.h"
+#include "bench/BenchDocuments.h"
 #include "document/Document.h"
 #include "document/modDoc.h"
 #include "outline/modNodes.h"
@@ -26,37 +27,6 @@ constexpr int kEveryWord = kEntries / 1000; // every 100th entry holds the word 
 QTemporaryDir &workDir() {
     static QTemporaryDir dir;
     return dir;
-}
-
-QByteArray richText(std::mt19937 &random, int words) {
-    static const char *vocabulary[] = {"garden", "house",  "paint",   "plans",   "water",
-                                       "window", "letter", "north",   "winter",  "budget",
-                                       "review", "travel", "caf\xe9", "meeting", "notes"};
-    QByteArray rtf =
-        "{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fswiss Arial;}{\\f1\\froman "
-        "Times New Roman;}}{\\colortbl ;\\red255\\green0\\blue0;\\red0\\green0\\blue128;}"
-        "\\viewkind4\\uc1\\pard\\f0\\fs20 ";
-    for (int i = 0; i < words; ++i) {
-        const unsigned r = random();
-        if (r % 23 == 0) {
-            rtf += "\\par\r\n";
-        }
-        if (r % 17 == 0) {
-            rtf += "{\\b ";
-        } else if (r % 19 == 0) {
-            rtf += "{\\i\\cf1 ";
-        } else if (r % 29 == 0) {
-            rtf += "{\\f1\\fs24\\cf2 ";
-        }
-        rtf += vocabulary[r % 15];
-        rtf += QByteArray::number(r % 1000);
-        if (r % 17 == 0 || r % 19 == 0 || r % 29 == 0) {
-            rtf += '}';
-        }
-        rtf += ' ';
-    }
-    rtf += "\\par\r\n}\r\n";
-    return rtf;
 }
 
 struct Fixture {
@@ -92,7 +62,7 @@ Fixture &fixture() {
             n = modNodes::NodeInsert(f.doc, relChild, f.nodes[parent]);
         }
         n->setText(QStringLiteral("Entry %1 about the garden").arg(i));
-        QByteArray rtf = richText(random, 40 + int(random() % 400));
+        QByteArray rtf = benchdocs::RichText(random, 40 + int(random() % 400));
         const qsizetype end = rtf.lastIndexOf("\\par");
         if (i == kEntries - 1) {
             rtf.insert(end, "quartz lighthouse ");
