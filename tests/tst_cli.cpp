@@ -76,39 +76,43 @@ QString TestCli::write(const QString &name, const QByteArray &bytes) {
 
 namespace {
 
-// A row of the command table: one run of the tool in the working folder on a file "in.mvd" (the
-// example, unless the row gives another), added to the table when the statement ends.
+// A run of the tool in the working folder on a file "in.mvd" (the example, unless the row gives
+// another), and what it should do.
+struct Expected {
+    QStringList args;
+    int code = 0;
+    QByteArray out, err, written, lacks, file = DocTest::exampleFile();
+    QString target, in = "in.mvd";
+    QStringList env;
+};
+
+// A row of the command table, added to the table when the statement ends.
 class Run {
 public:
-    Run(const char *name, const char *args) : m_name(name), m_args(QString(args).split(' ')) {
-        m_args.removeAll(QString());
+    Run(const char *name, const char *args) : m_name(name) {
+        m_row.args = QString(args).split(' ', Qt::SkipEmptyParts);
     }
-    ~Run() {
-        QTest::newRow(m_name) << m_args << m_code << m_out << m_err << m_target << m_written
-                              << m_lacks << m_file << m_in << m_env;
-    }
-    Run &code(int c) { return m_code = c, *this; }
-    Run &out(const QByteArray &o) { return m_out = o, *this; } // "*text": contains the text
-    Run &err(const QByteArray &e) { return m_err = e, *this; } // contained in standard error
+    ~Run() { QTest::newRow(m_name) << m_row; }
+    Run &code(int c) { return m_row.code = c, *this; }
+    Run &out(const QByteArray &o) { return m_row.out = o, *this; } // "*text": contains the text
+    Run &err(const QByteArray &e) { return m_row.err = e, *this; } // contained in standard error
     // A file the run writes and what it holds ("*text": contains; "<missing>": not written).
     Run &writes(const QString &target, const QByteArray &written, const QByteArray &lacks = {}) {
-        m_target = target, m_written = written, m_lacks = lacks;
+        m_row.target = target, m_row.written = written, m_row.lacks = lacks;
         return *this;
     }
     Run &file(const QByteArray &bytes, const QString &name = "in.mvd") {
-        m_file = bytes, m_in = name;
+        m_row.file = bytes, m_row.in = name;
         return *this;
     }
     // The read-failing shim's variable, naming "in.mvd".
-    Run &failRead(const char *variable) { return m_env << QString(variable) + "=in.mvd", *this; }
+    Run &failRead(const char *variable) {
+        return m_row.env << QString(variable) + "=in.mvd", *this;
+    }
 
 private:
     const char *m_name;
-    QStringList m_args;
-    int m_code = 0;
-    QByteArray m_out, m_err, m_written, m_lacks, m_file = DocTest::exampleFile();
-    QString m_target, m_in = "in.mvd";
-    QStringList m_env;
+    Expected m_row;
 };
 
 bool matches(const QByteArray &got, const QByteArray &expected) {
@@ -117,17 +121,10 @@ bool matches(const QByteArray &got, const QByteArray &expected) {
 
 } // namespace
 
+Q_DECLARE_METATYPE(Expected)
+
 void TestCli::commands_data() {
-    QTest::addColumn<QStringList>("args");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QByteArray>("out");
-    QTest::addColumn<QByteArray>("err");
-    QTest::addColumn<QString>("target");
-    QTest::addColumn<QByteArray>("written");
-    QTest::addColumn<QByteArray>("lacks");
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<QString>("in");
-    QTest::addColumn<QStringList>("env");
+    QTest::addColumn<Expected>("row");
     const QByteArray example = DocTest::exampleFile();
 
     // Usage errors: exit 2 with one line on standard error.
@@ -253,16 +250,8 @@ void TestCli::commands_data() {
 }
 
 void TestCli::commands() {
-    QFETCH(QStringList, args);
-    QFETCH(int, code);
-    QFETCH(QByteArray, out);
-    QFETCH(QByteArray, err);
-    QFETCH(QString, target);
-    QFETCH(QByteArray, written);
-    QFETCH(QByteArray, lacks);
-    QFETCH(QByteArray, file);
-    QFETCH(QString, in);
-    QFETCH(QStringList, env);
+    QFETCH(Expected, row);
+    const auto &[args, code, out, err, written, lacks, file, target, in, env] = row;
     const QString input = write(in, file);
     const Result r = run(args, env);
     QVERIFY2(r.code == code, (QByteArray::number(r.code) + " " + r.err).constData());

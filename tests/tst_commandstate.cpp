@@ -2,6 +2,7 @@
 #include "app/modCommandState.h"
 #include "app/modCommands.h"
 #include "support/FakeMainWindow.h"
+#include "support/TestSupport.h"
 #include "util/ErrorLog.h"
 
 #include <QRegularExpression>
@@ -22,6 +23,22 @@ CommandInputs oneDocument() {
     return in;
 }
 
+// The pressed values of the Bold, Left, Centre and Right buttons, then of the expansion buttons
+// (levels 1 to 7, then all); "." where none was set.
+QString pressed(const FakeMainWindow &frm) {
+    QStringList keys{u"Bold Text"_s, u"Left Align Text"_s, u"Centre Align Text"_s,
+                     u"Right Align Text"_s};
+    for (int n = 1; n <= 7; ++n) {
+        keys << u"Expand to level "_s + QString::number(n);
+    }
+    keys << u"Expand all levels"_s;
+    QString out;
+    for (const QString &key : keys) {
+        out += frm.ButtonValue.contains(key) ? QString::number(frm.ButtonValue[key]) : u"."_s;
+    }
+    return out.insert(4, u' ');
+}
+
 } // namespace
 
 class TestCommandState : public QObject {
@@ -33,11 +50,9 @@ private Q_SLOTS:
     void rules_data();
     void rules();
     void itemsWithoutProcedureStayDisabled();
-    void noDocumentDisablesDocumentCommands();
-    void tagCaptionFollowsSelection();
+    void tagCaptionAndLevelFollowSelection();
     void buttonValues_data();
     void buttonValues();
-    void collapsedTreeReleasesExpansionButtons();
 };
 
 void TestCommandState::tableIsConsistent() {
@@ -136,47 +151,21 @@ void TestCommandState::rules() {
 }
 
 void TestCommandState::itemsWithoutProcedureStayDisabled() {
-    CommandInputs all;
+    CommandInputs all = oneDocument();
     all.OpenDocuments = 2;
-    all.ActiveDocument = true;
-    all.EntrySelected = true;
-    all.TextHasFocus = all.OutlineHasFocus = all.TaggedExist = all.AnyDocumentChanged = true;
+    all.EntrySelected = all.TextHasFocus = all.OutlineHasFocus = all.TaggedExist = true;
+    all.AnyDocumentChanged = true;
     for (const Command &item : MenuItems()) {
-        if (item.Kind != ItemKind::Command) {
-            continue;
+        if (item.Kind == ItemKind::Command) {
+            QCOMPARE(ItemEnabled(item.Name, all), item.Proc != nullptr);
         }
-        QCOMPARE(ItemEnabled(item.Name, all), item.Proc != nullptr);
-    }
-    QVERIFY(!ItemEnabled(u"mnuWindowNewWindow"_s, all));           // no action at all
-    QVERIFY(ItemEnabled(u"mnuViewMDITaskbar"_s, CommandInputs{})); // does nothing, on purpose
-}
-
-void TestCommandState::noDocumentDisablesDocumentCommands() {
-    FakeMainWindow frm;
-    MenuEnable(1, oneDocument());
-    QVERIFY(frm.ItemEnabled.value(u"mnuWindowCascade"_s));
-    QVERIFY(frm.ButtonVisible.value(u"Right Align Text"_s));
-    QCOMPARE(frm.ButtonVisible.size(), 46);
-
-    MenuEnable(0, CommandInputs{});
-    MenuEnableDynamic(CommandInputs{});
-    QVERIFY(!frm.ItemEnabled.value(u"mnuWindowCascade"_s));
-    QVERIFY(!frm.ItemEnabled.value(u"mnuWindowTileVertical"_s));
-    QVERIFY(frm.ItemEnabled.value(u"mnuHelpAbout"_s));
-    QVERIFY(!frm.ItemEnabled.contains(u"mnuFileBar1"_s));
-    for (const ToolbarButton &b : ToolbarButtons()) {
-        // No button has both a procedure and a rule that holds without a document.
-        QVERIFY2(!frm.ButtonEnabled.value(b.Key) ||
-                     RuleHolds(FindItem(b.Item)->Needs, CommandInputs{}, false),
-                 qPrintable(b.Key));
     }
 }
 
-void TestCommandState::tagCaptionFollowsSelection() {
+void TestCommandState::tagCaptionAndLevelFollowSelection() {
     FakeMainWindow frm;
     CommandInputs in = oneDocument();
-    in.EntrySelected = true;
-    in.SelectionTagged = true;
+    in.EntrySelected = in.SelectionTagged = true;
     MenuEnableDynamic(in);
     QCOMPARE(frm.ItemCaption.value(u"mnuOutlineTaggedEntry"_s), u"Unta&g entry    Alt+T"_s);
     QCOMPARE(frm.ButtonToolTip.value(u"Tag Entry"_s), u"Untag entry"_s);
@@ -187,6 +176,7 @@ void TestCommandState::tagCaptionFollowsSelection() {
     // A tag left over without a selection does not show as tagged.
     in.SelectionTagged = true;
     in.EntrySelected = false;
+    frm.ButtonToolTip.clear();
     MenuEnableDynamic(in);
     QCOMPARE(frm.ButtonToolTip.value(u"Tag Entry"_s), u"Tag entry"_s);
     // The level last expanded to shows on its command and button.
@@ -194,65 +184,47 @@ void TestCommandState::tagCaptionFollowsSelection() {
     MenuEnableDynamic(in);
     QVERIFY(frm.ItemChecked.value(u"mnuOutlineExpandLevel3"_s));
     QVERIFY(!frm.ItemChecked.value(u"mnuOutlineExpandLevel2"_s));
-    QCOMPARE(frm.ButtonValue.value(u"Expand to level 3"_s), 1);
-    QCOMPARE(frm.ButtonValue.value(u"Expand all levels"_s), 0);
+    QCOMPARE(pressed(frm), u".... 00100000"_s);
 }
 
 void TestCommandState::buttonValues_data() {
-    QTest::addColumn<int>("bold");            // -1 mixed
-    QTest::addColumn<int>("alignment");       // -1 mixed, 0 left, 1 right, 2 centre
-    QTest::addColumn<QList<int>>("expected"); // bold, left, centre, right
-    QTest::newRow("bold centred") << 1 << 2 << QList<int>{1, 0, 1, 0};
-    QTest::newRow("plain left") << 0 << 0 << QList<int>{0, 1, 0, 0};
-    QTest::newRow("mixed everything") << -1 << -1 << QList<int>{0, 0, 0, 0};
-    QTest::newRow("right") << 0 << 1 << QList<int>{0, 0, 0, 1};
+    // d: a document is active; b bold, p plain (else mixed); L, C, R the alignment (else mixed);
+    // x the root is expanded. Every expansion button is pressed before the refresh.
+    QTest::addColumn<QString>("state");
+    QTest::addColumn<QString>("expected"); // as pressed() gives it
+    AddRows({
+        {"bold centred", "dbC", "1010 10000000"},
+        {"plain left", "dpL", "0100 10000000"},
+        {"mixed everything", "d", "0000 10000000"},
+        {"right", "dpR", "0001 10000000"},
+        {"expanded root keeps the levels", "dpLx", "0100 11111111"},
+        {"no document changes nothing", "bx", ".... 11111111"},
+    });
 }
 
 void TestCommandState::buttonValues() {
-    QFETCH(int, bold);
-    QFETCH(int, alignment);
-    QFETCH(QList<int>, expected);
+    QFETCH(QString, state);
+    QFETCH(QString, expected);
     FakeMainWindow frm;
-    CommandInputs in = oneDocument();
-    if (bold >= 0) {
-        in.SelBold = bold == 1;
+    CommandInputs in;
+    in.OpenDocuments = in.ActiveDocument = state.contains(u'd');
+    if (state.contains(u'b') || state.contains(u'p')) {
+        in.SelBold = state.contains(u'b');
     }
-    if (alignment >= 0) {
-        in.SelAlignment = Alignment(alignment);
+    for (const auto &[letter, alignment] :
+         {std::pair{u'L', Alignment::Left}, {u'C', Alignment::Centre}, {u'R', Alignment::Right}}) {
+        if (state.contains(letter)) {
+            in.SelAlignment = alignment;
+        }
     }
-    UpdateToolbarStatus(in);
-    QCOMPARE(frm.ButtonValue.value(u"Bold Text"_s), expected[0]);
-    QCOMPARE(frm.ButtonValue.value(u"Left Align Text"_s), expected[1]);
-    QCOMPARE(frm.ButtonValue.value(u"Centre Align Text"_s), expected[2]);
-    QCOMPARE(frm.ButtonValue.value(u"Right Align Text"_s), expected[3]);
-    QCOMPARE(frm.Refreshes, 1);
-    QCOMPARE(SetButtonValue(std::nullopt), 0);
-}
-
-void TestCommandState::collapsedTreeReleasesExpansionButtons() {
-    FakeMainWindow frm;
-    CommandInputs in = oneDocument();
-    in.RootExists = true;
-    in.RootExpanded = true;
+    in.RootExists = in.RootExpanded = state.contains(u'x');
     for (int n = 1; n <= 7; ++n) {
         frm.ButtonValue[u"Expand to level "_s + QString::number(n)] = 1;
     }
     frm.ButtonValue[u"Expand all levels"_s] = 1;
     UpdateToolbarStatus(in);
-    // Expanded: nothing pressed or released.
-    QCOMPARE(frm.ButtonValue.value(u"Expand to level 4"_s), 1);
-    in.RootExpanded = false;
-    UpdateToolbarStatus(in);
-    for (int n = 2; n <= 7; ++n) {
-        QCOMPARE(frm.ButtonValue.value(u"Expand to level "_s + QString::number(n)), 0);
-    }
-    QCOMPARE(frm.ButtonValue.value(u"Expand all levels"_s), 0);
-    QCOMPARE(frm.ButtonValue.value(u"Expand to level 1"_s), 1); // never touched
-    // No document: nothing changes at all.
-    in = CommandInputs{};
-    frm.ButtonValue.clear();
-    UpdateToolbarStatus(in);
-    QVERIFY(frm.ButtonValue.isEmpty());
+    QCOMPARE(pressed(frm), expected);
+    QCOMPARE(frm.Refreshes, int(in.ActiveDocument));
 }
 
 QTEST_GUILESS_MAIN(TestCommandState)

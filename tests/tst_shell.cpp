@@ -121,36 +121,28 @@ void TestShell::storeKeepsPositions() {
 
 void TestShell::openFromMenu() {
     QTemporaryDir dir;
-    const QString open = dir.filePath(u"open.mvd"_s);
-    const QString gone = dir.filePath(u"gone.mvd"_s);
-    const QString other = dir.filePath(u"other.mvd"_s);
+    const QString open = dir.filePath(u"open.mvd"_s), gone = dir.filePath(u"gone.mvd"_s),
+                  other = dir.filePath(u"other.mvd"_s), warning = u"Warning - the file "_s;
     WriteFileBytes(open, DocTest::exampleFile());
     WriteFileBytes(other, DocTest::exampleFile());
-    Document *loaded = DocTest::newDocument();
-    loaded->m_sFile = open;
-    Document *active = DocTest::newDocument();
+    DocTest::newDocument()->m_sFile = open;
+    DocTest::newDocument();
     modMRU::SetList({open, gone, other});
     FakeMainWindow frm;
-
-    modFile::FileMRU(1);
-    QCOMPARE(frm.Asked, QStringList{u"Warning - the file "_s + open +
-                                    u" is already loaded, so cannot be loaded again"_s});
-    QCOMPARE(Documents::Active(), loaded);
-    QCOMPARE(modMRU::List(), (QStringList{open, gone, other}));
-    QVERIFY(Documents::Active() != active);
-
-    frm.Asked.clear();
-    modFile::FileMRU(2);
-    QCOMPARE(frm.Asked, QStringList{u"Warning - the file "_s + gone +
-                                    u" no longer exists, so cannot be loaded"_s});
-    QCOMPARE(modMRU::List(), (QStringList{open, other}));
-
-    frm.Asked.clear();
-    modFile::FileMRU(2);
-    QCOMPARE(frm.Asked, QStringList{});
-    QCOMPARE(Documents::Active()->m_sFile, other);
-    QCOMPARE(modMRU::List(), (QStringList{other, open}));
-    modFile::FileMRU(7); // no such item
+    // Picks an item: the message shown, the active document's file and the list after it.
+    auto pick = [&](int item, const QString &asked, const QString &active,
+                    const QStringList &list) {
+        frm.Asked.clear();
+        modFile::FileMRU(item);
+        QCOMPARE(frm.Asked.join(u'|'), asked);
+        QCOMPARE(Documents::Active()->m_sFile, active);
+        QCOMPARE(modMRU::List(), list);
+    };
+    pick(1, warning + open + u" is already loaded, so cannot be loaded again"_s, open,
+         {open, gone, other});
+    pick(2, warning + gone + u" no longer exists, so cannot be loaded"_s, open, {open, other});
+    pick(2, {}, other, {other, open});
+    pick(7, {}, other, {other, open}); // no such item
     QCOMPARE(Documents::All().size(), size_t(3));
 }
 
@@ -184,34 +176,30 @@ void TestShell::statusPanels() {
 }
 
 void TestShell::debugDetails_data() {
-    QTest::addColumn<QByteArray>("rtf");
     QTest::addColumn<int>("selectFrom"); // -1: no entry selected
     QTest::addColumn<QString>("details");
-    const QByteArray twoFonts = "{\\rtf1\\ansi{\\fonttbl{\\f0 Arial;}{\\f1 Courier New;}}"
-                                "\\f0\\fs24 ab\\f1\\fs21 cd\\par}";
-    QTest::newRow("one font") << twoFonts << 0
+    QTest::newRow("one font") << 0
                               << "Font name Serif\r\nFont size 10.5\r\nSelected font name Arial\r\n"
                                  "Selected font size 12\r\nIndex 2\r\nKey KEY0.1\r\n";
     QTest::newRow("selection over two fonts")
-        << twoFonts << 1
+        << 1
         << "Font name Serif\r\nFont size 10.5\r\nSelected font name \r\n"
            "Selected font size \r\nIndex 2\r\nKey KEY0.1\r\n";
-    QTest::newRow("no entry selected") << twoFonts << -1 << "";
+    QTest::newRow("no entry selected") << -1 << "";
 }
 
 void TestShell::debugDetails() {
-    QFETCH(QByteArray, rtf);
     QFETCH(int, selectFrom);
     QFETCH(QString, details);
     ScopedLog log;
     Document *doc = DocTest::newDocument();
-    auto pane = std::make_unique<RichTextBuffer>();
-    RichTextBuffer *buffer = pane.get();
-    doc->setTextPane(std::move(pane));
+    auto *buffer = new RichTextBuffer;
+    doc->setTextPane(std::unique_ptr<TextPane>(buffer));
     QFont base(u"Serif"_s);
     base.setPointSizeF(10.5);
     buffer->SetFont(base);
-    buffer->SetTextRTF(rtf);
+    buffer->SetTextRTF("{\\rtf1\\ansi{\\fonttbl{\\f0 Arial;}{\\f1 Courier New;}}"
+                       "\\f0\\fs24 ab\\f1\\fs21 cd\\par}");
     Node *root = DocTest::add(doc, nullptr, u"Root"_s);
     Node *child = DocTest::add(doc, root, u"Child"_s);
     root->setKey(u"KEY0"_s);

@@ -10,6 +10,7 @@
 #include "document/modRecovery.h"
 #include "editor/frmDocument.h"
 #include "outline/modNodes.h"
+#include "support/DocTestSupport.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
 #include "support/TreeText.h"
@@ -78,24 +79,6 @@ struct App {
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 };
-
-// A small native document: a root with the given children, each with a text.
-void WriteDocument(const QString &path, const QStringList &labels) {
-    QByteArray out = "{\\ttf_formatversion 1}\r\n{\\ttf_selecteditemkey KEY0}\r\n";
-    auto node = [&](const QString &key, const QString &label) {
-        out += "{\\ttf_nodekey " + key.toLatin1() + "}\r\n{\\ttf_nodelabel " + label.toLatin1() +
-               "}\r\n{\\ttf_nodetagged False}\r\n{\\ttf_nodevisible True}\r\n"
-               "{\\ttf_nodetext {\\rtf1\\ansi text of " +
-               label.toLatin1() + "\\par }}\r\n";
-    };
-    node(u"0"_s, u"Root"_s);
-    for (qsizetype i = 0; i < labels.size(); ++i) {
-        node(u"0."_s + QString::number(i + 1), labels[i]);
-    }
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(out);
-}
 
 // Types a label into the outline's editor and accepts it.
 void TypeLabel(QTreeView *tree, const QString &text) {
@@ -182,7 +165,7 @@ void TestApplication::newEditSaveReopen() {
 
 void TestApplication::keyboardOutline() {
     const QString file = path(u"outline.mvd"_s);
-    WriteDocument(file, {u"Garden"_s});
+    WriteFileBytes(file, DocTest::exampleFile());
     App app;
     modDoc::DocLoad(file);
     frmDocument *w = app.active();
@@ -192,12 +175,12 @@ void TestApplication::keyboardOutline() {
     modNodes::NodeSelect(&w->document(), FindEntry(w->document().trvOutline(), u"Garden"_s));
     // Alt+B inserts below and starts the label edit; Alt+Right indents, Alt+Up moves up.
     app.key(Qt::Key_B, Qt::AltModifier, tree);
-    TypeLabel(tree, u"House"_s);
+    TypeLabel(tree, u"Shed"_s);
     app.key(Qt::Key_Right, Qt::AltModifier, tree);
     QCOMPARE(nodes.SelectedItem()->Parent()->Text(), u"Garden"_s);
     app.key(Qt::Key_Left, Qt::AltModifier, tree);
     app.key(Qt::Key_Up, Qt::AltModifier, tree);
-    QCOMPARE(nodes.topNodes().front()->childList().front()->Text(), u"House"_s);
+    QCOMPARE(nodes.topNodes().front()->childList().front()->Text(), u"Shed"_s);
 
     // A read-only document: the shortcut is consumed and does nothing.
     w->document().bReadOnly = true;
@@ -213,39 +196,40 @@ void TestApplication::keyboardOutline() {
 }
 
 void TestApplication::closingQuestion_data() {
-    // Two changed documents a and b; File > Close on a, or File > Exit (its own question answered
-    // Yes). The outcome per document: S saved and closed, D closed unsaved, K still open and its
-    // file untouched, F the save failed (its folder went away): message, still open and changed.
-    QTest::addColumn<bool>("exit");
-    QTest::addColumn<QList<int>>("answers");
+    // Two changed documents a and b; File > Close on a, or File > Exit. The answers: y Yes, n No,
+    // c Cancel, the first one to Exit's own question. The outcome per document: S saved and
+    // closed, D closed unsaved, K still open and its file untouched, F the save failed (its folder
+    // went away): message, still open and changed.
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("answers");
     QTest::addColumn<QString>("outcome");
-    const int yes = modMain::vbYes, no = modMain::vbNo, cancel = modMain::vbCancel;
-    QTest::newRow("close, yes saves") << false << QList<int>{yes} << u"SK"_s;
-    QTest::newRow("close, no discards") << false << QList<int>{no} << u"DK"_s;
-    QTest::newRow("close, cancel keeps") << false << QList<int>{cancel} << u"KK"_s;
-    QTest::newRow("close, failed save keeps") << false << QList<int>{yes} << u"FK"_s;
-    QTest::newRow("exit, yes yes") << true << QList<int>{yes, yes} << u"SS"_s;
-    QTest::newRow("exit, no no") << true << QList<int>{no, no} << u"DD"_s;
-    QTest::newRow("exit, cancel stops at once") << true << QList<int>{cancel} << u"KK"_s;
-    QTest::newRow("exit, no then cancel") << true << QList<int>{no, cancel} << u"DK"_s;
-    QTest::newRow("exit, yes then cancel") << true << QList<int>{yes, cancel} << u"SK"_s;
-    QTest::newRow("exit, failed save stops") << true << QList<int>{yes} << u"FK"_s;
+    AddRows({
+        {"close, yes saves", "mnuFileClose", "y", "SK"},
+        {"close, no discards", "mnuFileClose", "n", "DK"},
+        {"close, cancel keeps", "mnuFileClose", "c", "KK"},
+        {"close, failed save keeps", "mnuFileClose", "y", "FK"},
+        {"exit, not wanted", "mnuFileExit", "n", "KK"},
+        {"exit, yes yes", "mnuFileExit", "yyy", "SS"},
+        {"exit, no no", "mnuFileExit", "ynn", "DD"},
+        {"exit, cancel stops at once", "mnuFileExit", "yc", "KK"},
+        {"exit, no then cancel", "mnuFileExit", "ync", "DK"},
+        {"exit, yes then cancel", "mnuFileExit", "yyc", "SK"},
+        {"exit, failed save stops", "mnuFileExit", "yy", "FK"},
+    });
 }
 
 void TestApplication::closingQuestion() {
-    QFETCH(bool, exit);
-    QFETCH(QList<int>, answers);
+    QFETCH(QString, command);
+    QFETCH(QString, answers);
     QFETCH(QString, outcome);
     QDir(path(u"sub"_s)).removeRecursively();
     QVERIFY(QDir().mkpath(path(u"sub"_s)));
     const QStringList files{path(u"sub/a.mvd"_s), path(u"b.mvd"_s)};
     App app;
-    QList<QByteArray> before;
     for (const QString &file : files) {
-        WriteDocument(file, {u"One"_s, u"Two"_s});
-        before << ReadFileBytes(file);
+        WriteFileBytes(file, DocTest::exampleFile());
         Document *doc = modDoc::DocLoad(file);
-        FindEntry(doc->trvOutline(), u"Two"_s)->setText(u"Changed"_s);
+        FindEntry(doc->trvOutline(), u"House"_s)->setText(u"Changed"_s);
         doc->m_bDataChanged = true;
     }
     if (outcome.startsWith(u'F')) {
@@ -256,22 +240,25 @@ void TestApplication::closingQuestion() {
         windows << w;
     }
     modFile::ActivateDocument(&windows[0]->document());
-    if (exit) {
-        app.fake.Answers << modMain::vbYes; // "Do you really want to exit the application?"
+    for (const QChar answer : answers) {
+        app.fake.Answers << (answer == u'y'   ? modMain::vbYes
+                             : answer == u'n' ? modMain::vbNo
+                                              : modMain::vbCancel);
     }
-    for (int answer : answers) {
-        app.fake.Answers << modMain::MsgBoxResult(answer);
-    }
-    app.frm.Item(exit ? u"mnuFileExit"_s : u"mnuFileClose"_s)->trigger();
+    app.frm.Item(command)->trigger();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    const bool exit = command == u"mnuFileExit"_s;
     QStringList questions;
     for (const QString &text : std::as_const(app.fake.Asked)) {
         if (text.startsWith(u"Do you want to save the file "_s)) {
             questions << text;
         }
     }
-    QCOMPARE(questions.size(), answers.size());
-    QCOMPARE(questions[0], u"Do you want to save the file "_s + files[0] + u"?"_s);
+    QCOMPARE(questions.size(), answers.size() - int(exit));
+    if (!questions.isEmpty()) {
+        QCOMPARE(questions[0], u"Do you want to save the file "_s + files[0] + u"?"_s);
+    }
+    QCOMPARE(app.fake.Asked[0] == u"Do you really want to exit the application?"_s, exit);
     QCOMPARE(app.fake.Asked.last().contains(u"No such file or directory"_s),
              outcome.startsWith(u'F'));
     for (int i = 0; i < 2; ++i) {
@@ -279,19 +266,20 @@ void TestApplication::closingQuestion() {
         QCOMPARE(windows[i].isNull(), o == u'S' || o == u'D');
         QCOMPARE(ReadFileBytes(files[i]).contains("Changed"), o == u'S');
         if (o == u'K') {
-            QCOMPARE(ReadFileBytes(files[i]), before[i]);
+            QCOMPARE(ReadFileBytes(files[i]), DocTest::exampleFile());
         }
         if (!windows[i].isNull()) {
             QVERIFY(windows[i]->document().m_bDataChanged);
         }
     }
     QCOMPARE(app.frm.isVisible(), !exit || (outcome != u"SS"_s && outcome != u"DD"_s));
+    QCOMPARE(m_log->content().contains(u"Session ended at "_s), !app.frm.isVisible());
 }
 
 void TestApplication::saveAllSkipsReadOnly() {
     const QString a = path(u"a.mvd"_s), b = path(u"b.mvd"_s), c = path(u"c.mvd"_s);
-    WriteDocument(a, {u"A"_s});
-    WriteDocument(b, {u"B"_s});
+    WriteFileBytes(a, DocTest::exampleFile());
+    WriteFileBytes(b, DocTest::exampleFile());
     QFile::setPermissions(b, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
     const QByteArray bBefore = ReadFileBytes(b);
     App app;
@@ -318,8 +306,8 @@ void TestApplication::saveAllSkipsReadOnly() {
 
 void TestApplication::settingsAndWorkspaceCarryOver() {
     const QString a = path(u"a.mvd"_s), b = path(u"b.mvd"_s);
-    WriteDocument(a, {u"A"_s});
-    WriteDocument(b, {u"B"_s});
+    WriteFileBytes(a, DocTest::exampleFile());
+    WriteFileBytes(b, DocTest::exampleFile());
     {
         App app;
         QVERIFY(!app.frm.Item(u"mnuViewOptionsStartWithNewDoc"_s)->isChecked());
@@ -328,7 +316,6 @@ void TestApplication::settingsAndWorkspaceCarryOver() {
         app.frm.Item(u"mnuViewOptionsAutoFitSplit"_s)->trigger();
         app.frm.Item(u"mnuViewToolbar"_s)->trigger();
         app.frm.Item(u"mnuViewOptionsBackupOnSave"_s)->trigger();
-        QVERIFY(modGlobals::StartWithNewDocument && !modGlobals::AutoSplit);
         modDoc::DocLoad(b);
         modDoc::DocLoad(a);
         app.fake.Answers << modMain::vbYes; // "Do you really want to exit ...?"
@@ -357,7 +344,7 @@ void TestApplication::settingsAndWorkspaceCarryOver() {
 
 void TestApplication::fileDialogSettings() {
     const QString a = path(u"named.mvd"_s);
-    WriteDocument(a, {u"A"_s});
+    WriteFileBytes(a, DocTest::exampleFile());
     App app;
     modDoc::DocLoad(a);
     app.frm.Item(u"mnuFileSaveAs"_s)->trigger();
@@ -386,14 +373,15 @@ void TestApplication::recoveryOffer() {
     QFETCH(int, answer);
     // Two copies left by a process that is gone: a named document and a never saved one.
     const QString file = path(u"r.mvd"_s);
-    WriteDocument(file, {u"Saved"_s});
+    WriteFileBytes(file, DocTest::exampleFile());
     const QByteArray onDisk = ReadFileBytes(file);
     const QDir folder(modRecovery::Folder());
     QVERIFY(folder.mkpath(u"."_s));
     const QStringList originals{file, QString()};
     for (int i = 0; i < 2; ++i) {
         const QString base = folder.filePath(u"2147483000-"_s + QString::number(i + 1));
-        WriteDocument(base + u".mvd"_s, {u"Lost words"_s});
+        WriteFileBytes(base + u".mvd"_s,
+                       QByteArray(DocTest::exampleFile()).replace("Garden", "Lost words"));
         QFile info(base + u".info"_s);
         QVERIFY(info.open(QIODevice::WriteOnly));
         info.write("pid 2147483000\nfile " + originals[i].toUtf8() + "\ncaption " +

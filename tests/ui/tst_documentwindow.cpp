@@ -105,15 +105,6 @@ struct DragWindow : Window {
         QMouseEvent e(type, pos, vp->mapToGlobal(pos), button, held, mods);
         QCoreApplication::sendEvent(vp, &e);
     }
-    // Presses on one entry, moves in steps to the drop point and releases there.
-    void drag(const QString &from, QPoint to, Qt::MouseButton button,
-              Qt::KeyboardModifiers mods = Qt::NoModifier) {
-        const QPoint start = at(from);
-        send(QEvent::MouseButtonPress, start, button, button, mods);
-        send(QEvent::MouseMove, (start + to) / 2, Qt::NoButton, button, mods);
-        send(QEvent::MouseMove, to, Qt::NoButton, button, mods);
-        send(QEvent::MouseButtonRelease, to, button, Qt::NoButton, mods);
-    }
 };
 
 } // namespace
@@ -130,13 +121,9 @@ private slots:
     void splitterClamps();
     void splitterKeyboardMove_data();
     void splitterKeyboardMove();
-    void fitSplit_data();
-    void fitSplit();
     void batchShowsRightTree();
     void drags_data();
     void drags();
-    void staysWithinThreshold();
-    void escapeCancels();
 };
 
 void TestDocumentWindow::selectionAndTextInStep() {
@@ -254,31 +241,65 @@ void TestDocumentWindow::expandCollapseInStep() {
 }
 
 void TestDocumentWindow::splitterClamps_data() {
-    QTest::addColumn<double>("widthTwips");
-    QTest::addColumn<double>("position");
-    QTest::addColumn<QString>("expected"); // "low" 1500, "high" inner - 1500, "same"
-    QTest::newRow("wide, in range") << 9000.0 << 4000.0 << "same";
-    QTest::newRow("wide, too far left") << 9000.0 << 200.0 << "low";
-    QTest::newRow("wide, zero") << 9000.0 << 0.0 << "low";
-    QTest::newRow("wide, too far right") << 9000.0 << 8800.0 << "high";
-    QTest::newRow("narrow window, right rule wins") << 2000.0 << 1600.0 << "high";
-    QTest::newRow("narrow window, low position") << 2000.0 << 0.0 << "high";
+    QTest::addColumn<QString>("widthTwips");
+    QTest::addColumn<QString>("position"); // empty: fitted to the labels, b's label given
+    QTest::addColumn<QString>("label");    // b's label: a letter repeated, "400W"
+    // "low" 1500, "high" inner - 1500, "same" the position, "between": the narrowest width in
+    // steps of 100 that holds every showing label
+    QTest::addColumn<QString>("expected");
+    AddRows({
+        {"wide, in range", "9000", "4000", "", "same"},
+        {"wide, too far left", "9000", "200", "", "low"},
+        {"wide, zero", "9000", "0", "", "low"},
+        {"wide, too far right", "9000", "8800", "", "high"},
+        {"narrow window, right rule wins", "2000", "1600", "", "high"},
+        {"narrow window, low position", "2000", "0", "", "high"},
+        {"fit: short labels", "12000", "", "1x", "low"},
+        {"fit: very long label", "12000", "", "400W", "high"},
+        {"fit: medium label", "12000", "", "40m", "between"},
+    });
 }
 
 void TestDocumentWindow::splitterClamps() {
-    QFETCH(double, widthTwips);
-    QFETCH(double, position);
+    QFETCH(QString, widthTwips);
+    QFETCH(QString, label);
     QFETCH(QString, expected);
+    QFETCH(QString, position);
+    const bool fit = position.isEmpty();
     Window t;
-    t.w.resize(t.w.toPixels(widthTwips), 300);
+    t.w.resize(t.w.toPixels(widthTwips.toDouble()), 300);
     const double inner = t.w.InnerWidth();
-    modSplit::SplitSizeControls(t.w, position);
-    const double want = expected == "low" ? 1500 : expected == "high" ? inner - 1500 : position;
-    QCOMPARE(t.w.OutlineWidth(), want);
-    QCOMPARE(t.w.trvOutline()->width(), std::max(0, t.w.toPixels(want)));
-    QCOMPARE(t.w.txtRTF()->x(), t.w.toPixels(want + 40));
-    QCOMPARE(t.w.textWidth(), std::max(0.0, inner - (want + 140)));
-
+    if (!fit) {
+        modSplit::SplitSizeControls(t.w, position.toDouble());
+    } else {
+        FindEntry(t.tree(), "b")->setText(QString(label.chopped(1).toInt(), label.back()));
+        FindEntry(t.tree(), "root")->setExpanded(true);
+        modView::ViewFitSplit(t.w);
+    }
+    const double got = t.w.OutlineWidth();
+    if (expected == "between") {
+        QVERIFY(got > 1500 && got < inner - 1500);
+        QCOMPARE(std::fmod(got, 100.0), 0.0);
+        QVERIFY(t.w.RequiredOutlineWidth() <= got && t.w.RequiredOutlineWidth() > got - 100);
+    } else {
+        QCOMPARE(got, expected == "low"    ? 1500
+                      : expected == "high" ? inner - 1500
+                                           : position.toDouble());
+    }
+    QCOMPARE(t.w.trvOutline()->width(), std::max(0, t.w.toPixels(got)));
+    QCOMPARE(t.w.txtRTF()->x(), t.w.toPixels(got + 40));
+    QCOMPARE(t.w.textWidth(), std::max(0.0, inner - (got + 140)));
+    if (fit) {
+        // With the option on, expanding by hand re-fits; while it is off nothing moves.
+        modSplit::SplitSizeControls(t.w, 5000);
+        modGlobals::AutoSplit = false;
+        t.w.trvOutline()->collapse(t.index("root"));
+        QCOMPARE(t.w.OutlineWidth(), 5000.0);
+        modGlobals::AutoSplit = true;
+        t.w.trvOutline()->expand(t.index("root"));
+        modGlobals::AutoSplit = false;
+        QCOMPARE(t.w.OutlineWidth(), got);
+    }
     // The maximising commands go to the clamped ends.
     modView::ViewMaximiseLeft();
     QCOMPARE(t.w.OutlineWidth(), inner - 1500);
@@ -326,47 +347,6 @@ void TestDocumentWindow::splitterKeyboardMove() {
     }
 }
 
-void TestDocumentWindow::fitSplit_data() {
-    QTest::addColumn<QString>("label");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("short labels") << "x"
-                                  << "low";
-    QTest::newRow("very long label") << QString(400, QLatin1Char('W')) << "high";
-    QTest::newRow("medium label") << QString(40, QLatin1Char('m')) << "between";
-}
-
-void TestDocumentWindow::fitSplit() {
-    QFETCH(QString, label);
-    QFETCH(QString, expected);
-    Window t;
-    t.w.resize(t.w.toPixels(12000), 300);
-    FindEntry(t.tree(), "b")->setText(label);
-    FindEntry(t.tree(), "root")->setExpanded(true);
-    modView::ViewFitSplit(t.w);
-    const double inner = t.w.InnerWidth();
-    const double got = t.w.OutlineWidth();
-    if (expected == "low") {
-        QCOMPARE(got, 1500.0);
-    } else if (expected == "high") {
-        QCOMPARE(got, inner - 1500);
-    } else {
-        // The narrowest width in steps of 100 that holds every showing label.
-        QVERIFY(got > 1500 && got < inner - 1500);
-        QCOMPARE(std::fmod(got, 100.0), 0.0);
-        QVERIFY(t.w.RequiredOutlineWidth() <= got);
-        QVERIFY(t.w.RequiredOutlineWidth() > got - 100);
-    }
-    // With the option on, expanding by hand re-fits; while it is off nothing moves.
-    modSplit::SplitSizeControls(t.w, 5000);
-    modGlobals::AutoSplit = false;
-    t.w.trvOutline()->collapse(t.index("root"));
-    QCOMPARE(t.w.OutlineWidth(), 5000.0);
-    modGlobals::AutoSplit = true;
-    t.w.trvOutline()->expand(t.index("root"));
-    modGlobals::AutoSplit = false;
-    QCOMPARE(t.w.OutlineWidth(), got);
-}
-
 void TestDocumentWindow::batchShowsRightTree() {
     Window t("root\n  a\n  b\n");
     QAbstractItemModelTester tester(t.w.model(),
@@ -406,8 +386,10 @@ void TestDocumentWindow::batchShowsRightTree() {
 void TestDocumentWindow::drags_data() {
     QTest::addColumn<QString>("from");
     QTest::addColumn<QString>("onto");
-    QTest::addColumn<QString>("dx");      // horizontal offset of the drop from the target's label
-    QTest::addColumn<QString>("how");     // "left", "ctrl", or the right button's menu choice
+    QTest::addColumn<QString>("dx"); // horizontal offset of the drop from the target's label
+    // "left", "ctrl", "escape" (pressed before the release), "short" (a move of 5 pixels: 100
+    // twips are about 7, so it is a click), or the right button's menu choice.
+    QTest::addColumn<QString>("how");
     QTest::addColumn<QString>("offered"); // by the right button's menu
     QTest::addColumn<QString>("expected");
     AddRows({
@@ -415,6 +397,8 @@ void TestDocumentWindow::drags_data() {
         {"ctrl at the start copies", "c", "a1", "0", "ctrl", "", "root(a(a1 c) b c)"},
         {"onto its own child: nothing", "a", "a1", "0", "left", "", "root(a(a1) b c)"},
         {"onto itself, moved right: indent", "b", "b", "40", "left", "", "root(a(a1 b) c)"},
+        {"escape cancels", "c", "a1", "0", "escape", "", "root(a(a1) b c)"},
+        {"within the threshold: a click", "c", "c", "0", "short", "", "root(a(a1) b c)"},
         // b's next sibling is c: the placements before c and its copies are withdrawn.
         {"right: only permitted places offered", "c", "b", "0", "mnuConfirmMovePrevious",
          "mnuConfirmCopyPrevious mnuConfirmCopyChild mnuConfirmMovePrevious mnuConfirmMoveChild "
@@ -432,36 +416,23 @@ void TestDocumentWindow::drags() {
     QFETCH(QString, expected);
     const bool right = how.startsWith(u"mnu"_s);
     DragWindow t(right ? how : QString());
-    t.drag(from, t.at(onto, dx.toInt()), right ? Qt::RightButton : Qt::LeftButton,
-           how == u"ctrl"_s ? Qt::ControlModifier : Qt::NoModifier);
+    const Qt::MouseButton button = right ? Qt::RightButton : Qt::LeftButton;
+    const Qt::KeyboardModifiers mods = how == u"ctrl"_s ? Qt::ControlModifier : Qt::NoModifier;
+    const QPoint start = t.at(from);
+    const QPoint to = how == u"short"_s ? start + QPoint(5, -5) : t.at(onto, dx.toInt());
+    t.send(QEvent::MouseButtonPress, start, button, button, mods);
+    t.send(QEvent::MouseMove, (start + to) / 2, Qt::NoButton, button, mods);
+    t.send(QEvent::MouseMove, to, Qt::NoButton, button, mods);
+    QCOMPARE(t.w.findChild<OutlineDragHandler *>()->dragging(), how != u"short"_s);
+    if (how == u"escape"_s) {
+        QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::DragMoveCursor);
+        QTest::keyClick(t.w.trvOutline(), Qt::Key_Escape);
+    }
+    t.send(QEvent::MouseButtonRelease, to, button, Qt::NoButton, mods);
     QCOMPARE(t.shape(), expected);
     QCOMPARE(t.frm.MenusShown, right ? QStringList{u"mnuConfirm: "_s + offered} : QStringList());
+    QCOMPARE(t.tree().SelectedItem()->Text(), from);
     QVERIFY(!modDrag::g_nodDragSource.get());
-    QVERIFY(!QGuiApplication::overrideCursor());
-}
-
-void TestDocumentWindow::staysWithinThreshold() {
-    DragWindow t;
-    // 100 twips are about 7 pixels at 96 dpi: a shorter move is a click, not a drag.
-    const QPoint start = t.at(u"c"_s);
-    t.send(QEvent::MouseButtonPress, start, Qt::LeftButton, Qt::LeftButton);
-    t.send(QEvent::MouseMove, start + QPoint(5, -5), Qt::NoButton, Qt::LeftButton);
-    QVERIFY(!t.w.findChild<OutlineDragHandler *>()->dragging());
-    t.send(QEvent::MouseButtonRelease, start + QPoint(5, -5), Qt::LeftButton, Qt::NoButton);
-    QCOMPARE(t.shape(), u"root(a(a1) b c)"_s);
-    QCOMPARE(t.w.document().trvOutline().SelectedItem()->Text(), u"c"_s);
-}
-
-void TestDocumentWindow::escapeCancels() {
-    DragWindow t;
-    const QPoint start = t.at(u"c"_s), to = t.at(u"a1"_s);
-    t.send(QEvent::MouseButtonPress, start, Qt::LeftButton, Qt::LeftButton);
-    t.send(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton);
-    QVERIFY(t.w.findChild<OutlineDragHandler *>()->dragging());
-    QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::DragMoveCursor);
-    QTest::keyClick(t.w.trvOutline(), Qt::Key_Escape);
-    t.send(QEvent::MouseButtonRelease, to, Qt::LeftButton, Qt::NoButton);
-    QCOMPARE(t.shape(), u"root(a(a1) b c)"_s);
     QVERIFY(!QGuiApplication::overrideCursor());
 }
 

@@ -40,8 +40,6 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void menusToolbarAndStatesWithNoDocument();
-    void closeQuery_data();
-    void closeQuery();
     void dropsOpenFiles_data();
     void dropsOpenFiles();
     void arrangements();
@@ -112,55 +110,30 @@ void TestMainWindow::menusToolbarAndStatesWithNoDocument() {
     for (const QString &key : {u"Caps"_s, u"Num"_s, u"Ins"_s}) {
         QVERIFY(frm.statusBar()->findChild<QLabel *>(key));
     }
-}
-
-void TestMainWindow::closeQuery_data() {
-    QTest::addColumn<int>("answer"); // -1: no document open, nothing asked
-    QTest::addColumn<bool>("closes");
-    QTest::newRow("yes") << int(modMain::vbYes) << true;
-    QTest::newRow("no") << int(modMain::vbNo) << false;
-    QTest::newRow("cancel") << int(modMain::vbCancel) << false;
-    QTest::newRow("no documents") << -1 << true;
-}
-
-void TestMainWindow::closeQuery() {
-    QFETCH(int, answer);
-    QFETCH(bool, closes);
-    frmMain frm;
+    // With no document open the program closes without a question, writing its settings.
     FakeMainWindow fake(&frm);
-    frm.MDIForm_Load();
-    frm.show();
-    if (answer >= 0) {
-        modDoc::DocInit()->m_sFile = u"/tmp/x.mvd"_s;
-        fake.Answers << modMain::MsgBoxResult(answer);
-    }
-    const bool closed = frm.close();
-    QCOMPARE(closed, closes);
-    QCOMPARE(fake.Asked, answer < 0
-                             ? QStringList()
-                             : QStringList{u"Do you really want to exit the application?"_s});
-    QCOMPARE(m_log->content().contains(u"Session ended at "_s), closes);
-    // Finalise wrote the settings and the workspace, and only then were the windows closed.
-    QCOMPARE(modSettings::GetSetting(u"Settings"_s, u"MaxMRUFiles"_s),
-             closes ? u"10"_s : QString());
-    QCOMPARE(modSettings::GetSetting(u"Workspace"_s, u"1"_s),
-             closes && answer >= 0 ? u"/tmp/x.mvd"_s : QString());
-    QCOMPARE(frm.mdiArea()->subWindowList().isEmpty(), closes);
-    QCOMPARE(frm.isVisible(), !closes);
+    QVERIFY(frm.close());
+    QVERIFY(fake.Asked.isEmpty());
+    QVERIFY(m_log->content().contains(u"Session ended at "_s));
+    QCOMPARE(modSettings::GetSetting(u"Settings"_s, u"MaxMRUFiles"_s), u"10"_s);
 }
 
 void TestMainWindow::dropsOpenFiles_data() {
-    QTest::addColumn<int>("kind");             // 0 urls, 1 text, 2 rich text, 3 nothing usable
-    QTest::addColumn<QStringList>("expected"); // names in the current folder
-    QTest::newRow("three files in order") << 0 << QStringList{u"c.mvd"_s, u"a.mvd"_s, u"b b.mvd"_s};
-    QTest::newRow("plain text is one name") << 1 << QStringList{u"not a file name"_s};
-    QTest::newRow("rich text is one name too") << 2 << QStringList{u"{\\rtf1 x}"_s};
-    QTest::newRow("image only") << 3 << QStringList{};
+    QTest::addColumn<QString>("format"); // "urls": the data are names in the current folder
+    QTest::addColumn<QString>("data");   // joined by "|"
+    QTest::addColumn<QString>("opened"); // the names opened, joined by "|"
+    AddRows({
+        {"three files in order", "urls", "c.mvd|a.mvd|b b.mvd", "c.mvd|a.mvd|b b.mvd"},
+        {"plain text is one name", "text/plain", "not a file name", "not a file name"},
+        {"rich text is one name too", "text/rtf", "{\\rtf1 x}", "{\\rtf1 x}"},
+        {"image only", "image/png", "\x89PNG", ""},
+    });
 }
 
 void TestMainWindow::dropsOpenFiles() {
-    QFETCH(int, kind);
-    QFETCH(QStringList, expected);
+    QFETCH(QString, format);
+    QFETCH(QString, data);
+    QFETCH(QString, opened);
     // Every name of the table is a file of the current folder, so that it opens.
     QTemporaryDir dir;
     const QString home = QDir::currentPath();
@@ -170,33 +143,22 @@ void TestMainWindow::dropsOpenFiles() {
         WriteFileBytes(name, "{\\ttf_formatversion 1}\r\n");
     }
     frmMain frm;
-    QMimeData data;
-    switch (kind) {
-    case 0:
-        data.setUrls({QUrl::fromLocalFile(dir.filePath(u"c.mvd"_s)),
-                      QUrl::fromLocalFile(dir.filePath(u"a.mvd"_s)),
-                      QUrl::fromLocalFile(dir.filePath(u"b b.mvd"_s))});
-        break;
-    case 1:
-        data.setText(u"not a file name"_s);
-        break;
-    case 2:
-        data.setData(u"text/rtf"_s, "{\\rtf1 x}");
-        break;
-    default:
-        data.setData(u"image/png"_s, "\x89PNG");
-        break;
+    QMimeData mime;
+    QList<QUrl> urls;
+    for (const QString &name : data.split(u'|')) {
+        urls << QUrl::fromLocalFile(dir.filePath(name));
     }
-    frm.MDIForm_OLEDragDrop(&data);
-    QStringList opened, want;
+    format == u"urls"_s ? mime.setUrls(urls) : mime.setData(format, data.toUtf8());
+    frm.MDIForm_OLEDragDrop(&mime);
+    QStringList got, want;
     for (const Document *doc : Documents::All()) {
-        opened << doc->m_sFile;
+        got << doc->m_sFile;
     }
-    for (const QString &name : expected) {
+    for (const QString &name : opened.split(u'|', Qt::SkipEmptyParts)) {
         want << modMain::FullPathName(name);
     }
     QDir::setCurrent(home);
-    QCOMPARE(opened, want);
+    QCOMPARE(got, want);
 }
 
 void TestMainWindow::arrangements() {
