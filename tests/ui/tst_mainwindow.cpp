@@ -1,4 +1,5 @@
-// The main window: menus, toolbar, close question, drops, Window arrangements, About box.
+// The main window: menus, toolbar, closing, drops, Window arrangements, About box, the find and
+// replace dialog, and the help commands with and without the guide's help collection.
 #include "app/frmMain.h"
 #include "app/modCommandState.h"
 #include "app/modMain.h"
@@ -9,14 +10,23 @@
 #include "document/modFile.h"
 #include "editor/frmDocument.h"
 #include "help/frmAbout.h"
+#include "help/frmHelp.h"
+#include "help/modHelp.h"
 #include "outline/modNodes.h"
+#include "search/frmSearch.h"
+#include "search/modSearch.h"
 #include "support/DocTestSupport.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
 #include "util/modGlobals.h"
 
 #include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDir>
+#include <QHelpContentModel>
+#include <QHelpEngine>
+#include <QHelpIndexModel>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -25,7 +35,9 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QTabWidget>
 #include <QTemporaryDir>
+#include <QTextBrowser>
 #include <QTextEdit>
 #include <QTimer>
 #include <QToolBar>
@@ -45,6 +57,10 @@ private Q_SLOTS:
     void arrangements();
     void aboutBox();
     void editingThroughTheMenus();
+    void searchDialog();
+    void helpContentsAndSearch_data();
+    void helpContentsAndSearch();
+    void helpDocumentOpensOnce();
 
 private:
     ScopedSettings *m_settings = nullptr;
@@ -57,6 +73,9 @@ void TestMainWindow::init() {
 }
 
 void TestMainWindow::cleanup() {
+    modHelp::g_bUseHelpDocument = false;
+    delete frmHelp::Instance();
+    DocTest::closeAll();
     delete m_log;
     delete m_settings;
 }
@@ -104,7 +123,6 @@ void TestMainWindow::menusToolbarAndStatesWithNoDocument() {
     modMain::MenuEnableDynamic(in);
     QVERIFY(frm.Item(u"mnuWindowCascade"_s)->isEnabled());
     QVERIFY(!frm.Item(u"mnuWindowNewWindow"_s)->isEnabled()); // it has no action
-    QCOMPARE(frm.Item(u"mnuOutlineTaggedEntry"_s)->text(), u"Ta&g entry      Alt+T"_s);
     frm.UpdateStatusBarText(u"Chapter one"_s);
     QCOMPARE(frm.StatusText(), u"Chapter one"_s);
     for (const QString &key : {u"Caps"_s, u"Num"_s, u"Ins"_s}) {
@@ -174,25 +192,22 @@ void TestMainWindow::arrangements() {
     QCOMPARE(subs.size(), 3);
     const QRect area = frm.mdiArea()->viewport()->rect();
 
-    frm.Item(u"mnuWindowTileHorizontal"_s)->trigger();
-    for (int i = 0; i < 3; ++i) {
-        QCOMPARE(subs[i]->geometry().width(), area.width());
-        QCOMPARE(subs[i]->geometry().left(), area.left());
-        if (i > 0) {
-            QCOMPARE(subs[i]->geometry().top(), subs[i - 1]->geometry().bottom() + 1);
+    for (const bool horizontal : {true, false}) {
+        frm.Item(horizontal ? u"mnuWindowTileHorizontal"_s : u"mnuWindowTileVertical"_s)->trigger();
+        // Full width, one under the other in creation order; side by side checked as mirrored.
+        auto turn = [&](QRect r) {
+            return horizontal ? r : QRect(r.y(), r.x(), r.height(), r.width());
+        };
+        const QRect all = turn(area);
+        int next = all.top();
+        for (QMdiSubWindow *s : subs) {
+            const QRect g = turn(s->geometry());
+            QCOMPARE(QList<int>({g.left(), g.width(), g.top()}),
+                     QList<int>({all.left(), all.width(), next}));
+            next = g.bottom() + 1;
         }
+        QCOMPARE(next, all.bottom() + 1);
     }
-    QCOMPARE(subs[2]->geometry().bottom(), area.bottom());
-
-    frm.Item(u"mnuWindowTileVertical"_s)->trigger();
-    for (int i = 0; i < 3; ++i) {
-        QCOMPARE(subs[i]->geometry().height(), area.height());
-        if (i > 0) {
-            QCOMPARE(subs[i]->geometry().left(), subs[i - 1]->geometry().right() + 1);
-        }
-    }
-    QCOMPARE(subs[2]->geometry().right(), area.right());
-
     frm.Item(u"mnuWindowCascade"_s)->trigger();
     QSet<int> lefts;
     for (QMdiSubWindow *s : subs) {
@@ -274,6 +289,134 @@ void TestMainWindow::editingThroughTheMenus() {
     QVERIFY2(rtf.contains("\\b the\\b0"), rtf.constData());
     QCOMPARE(frm.Item(u"mnuFileMRU1"_s)->text(), u"&1 "_s + path);
     QVERIFY(frm.Item(u"mnuFileBarMRU"_s)->isVisible());
+}
+
+void TestMainWindow::searchDialog() {
+    using namespace modSearch;
+    CreateHistories();
+    InitialiseHistories();
+    g_hisFind.Store("apple");
+    g_hisFind.Save();
+    g_sFindText = "cat";
+    g_sReplaceText.clear();
+    g_sSearchWhereText.clear();
+
+    // Opened for finding: no replace controls, and no scope kept yet.
+    g_iSearchMode = 1;
+    {
+        frmSearch dialog;
+        QCOMPARE(dialog.windowTitle(), "Search");
+        QVERIFY(dialog.cmbInput[1]->isHidden() && dialog.cmdInput[1]->isHidden() &&
+                dialog.cmdInput[2]->isHidden() && dialog.lblInput[1]->isHidden());
+        QCOMPARE(dialog.cmbInput[2]->count(), 3);
+        QCOMPARE(dialog.cmbInput[2]->itemText(2), "All entry names");
+        // The history loads behind an empty entry; the kept expression is in the box.
+        QCOMPARE(dialog.cmbInput[0]->count(), 2);
+        QCOMPARE(dialog.cmbInput[0]->itemText(1), "apple");
+        QCOMPARE(dialog.cmbInput[0]->currentText(), "cat");
+        QVERIFY(!dialog.cmdInput[0]->isEnabled());
+        dialog.cmbInput[2]->setCurrentIndex(1);
+        QVERIFY(dialog.cmdInput[0]->isEnabled());
+        QCOMPARE(g_sSearchWhere, "1");
+        QVERIFY(!dialog.cmdInput[2]->isEnabled());
+    }
+
+    // Opened for replacing: Replace All follows the replace expression.
+    g_iSearchMode = 2;
+    frmSearch dialog;
+    QVERIFY(!dialog.cmbInput[1]->isHidden());
+    QCOMPARE(dialog.cmbInput[2]->currentIndex(), 1); // the kept scope
+    QVERIFY(!dialog.cmdInput[2]->isEnabled());
+    dialog.cmbInput[0]->setEditText(" a ");
+    dialog.cmbInput[1]->setEditText("ba");
+    QCOMPARE(g_sFindText, "a");
+    QVERIFY(!dialog.cmdInput[2]->isEnabled());
+    dialog.cmbInput[1]->setEditText("b");
+    QVERIFY(dialog.cmdInput[2]->isEnabled());
+    QVERIFY(!dialog.cmdInput[1]->isEnabled());
+    // Escape presses "&Close", which saves the histories.
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QCOMPARE(modSettings::GetSetting("FindHistory", "1"), "a");
+    QCOMPARE(modSettings::GetSetting("ReplaceHistory", "1"), "b");
+}
+
+void TestMainWindow::helpContentsAndSearch_data() {
+    QTest::addColumn<QString>("file"); // "guide": the collection built beside the program
+    QTest::addColumn<bool>("search");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<int>("icon");
+    const QString none = u"There is no Help associated with this project."_s;
+    QTest::newRow("no help: contents")
+        << u""_s << false << u"Unable to display Help Contents. "_s + none
+        << int(modMain::vbInformation);
+    QTest::newRow("no help: search") << u""_s << true << u"Unable to display Help Search. "_s + none
+                                     << int(modMain::vbInformation);
+    QTest::newRow("guide: contents") << u"guide"_s << false << u""_s << 0;
+    QTest::newRow("guide: search") << u"guide"_s << true << u""_s << 0;
+    QTest::newRow("missing file") << u"/nowhere/Mavrolen.qhc"_s << false
+                                  << u"The help file /nowhere/Mavrolen.qhc does not exist."_s
+                                  << int(modMain::vbNoIcon);
+    QTest::newRow("not a collection") << u"notes"_s << true << u"*"_s << int(modMain::vbNoIcon);
+}
+
+void TestMainWindow::helpContentsAndSearch() {
+    QFETCH(QString, file);
+    QFETCH(bool, search);
+    QFETCH(QString, message);
+    QFETCH(int, icon);
+    QTemporaryDir dir;
+    if (file == u"guide"_s) {
+        file = modHelp::ShippedFile(QString::fromLatin1(modHelp::kHelpFileName));
+    } else if (file == u"notes"_s) {
+        file = dir.filePath(u"Mavrolen.qhc"_s);
+        WriteFileBytes(file, "not a help collection");
+    }
+    modHelp::SetHelpFile(file);
+    frmMain main;
+    FakeMainWindow frm(&main);
+    search ? modHelp::HelpSearch() : modHelp::HelpContents();
+    const QStringList &asked = frm.Asked;
+    QCOMPARE(frm.AskedIcons, QList<int>(asked.size(), icon));
+    if (message == u"*"_s) { // the engine's own description of the error
+        QCOMPARE(asked.size(), 1);
+        QVERIFY(!asked.first().isEmpty());
+    } else {
+        QCOMPARE(asked, message.isEmpty() ? QStringList() : QStringList{message});
+    }
+    frmHelp *window = frmHelp::Instance();
+    QCOMPARE(window != nullptr, message.isEmpty());
+    if (window) {
+        QCOMPARE(window->windowTitle(), u"Mavrolen Help"_s);
+        QVERIFY(window->isVisible());
+        QCOMPARE(window->Tabs()->count(), 3);
+        // Contents and Search both open the contents page, and the tree lists the guide.
+        QCOMPARE(window->Browser()->source().fileName(), u"index.html"_s);
+        QVERIFY(window->Browser()->toPlainText().contains(u"Keyboard shortcuts"_s));
+        QHelpContentModel *contents = window->Engine()->contentModel();
+        QTRY_VERIFY(!contents->isCreatingContents() && contents->rowCount() == 1);
+        QVERIFY(contents->rowCount(contents->index(0, 0)) >= 10);
+        QHelpIndexModel *index = window->Engine()->indexModel();
+        QTRY_VERIFY(!index->isCreatingIndex() && index->stringList().contains(u"backup"_s));
+        // Asking again reuses the window.
+        modHelp::HelpContents();
+        QCOMPARE(frmHelp::Instance(), window);
+    }
+}
+
+void TestMainWindow::helpDocumentOpensOnce() {
+    modHelp::g_bUseHelpDocument = true;
+    modHelp::SetHelpFile({});
+    modHelp::HelpContents();
+    modHelp::HelpSearch();
+    QCOMPARE(Documents::All().size(), size_t(1));
+    Document *doc = Documents::All().front();
+    QCOMPARE(doc->m_sFile, modHelp::ShippedFile(QString::fromLatin1(modHelp::kHelpDocumentName)));
+    const auto &top = doc->trvOutline().topNodes();
+    QCOMPARE(top.size(), size_t(1));
+    QCOMPARE(top.front()->Text(), u"Mavrolen Help"_s);
+    QVERIFY(top.front()->childList().size() >= 10);
+    QVERIFY(m_log->content().isEmpty());
 }
 
 QTEST_MAIN(TestMainWindow)

@@ -80,20 +80,17 @@ void TestPreview::choiceDialog() {
     QVERIFY(whileShown);
     modPrint::PrintChoice kept;
     modPrint::PrintChoiceLoad(kept);
-    QStringList now{choice.CurrentEntryOnly ? "entry" : "document"};
-    QStringList next;
-    for (const auto &[on, word] :
-         {std::pair{choice.Children, "children"}, {choice.Texts, "texts"}}) {
-        if (on) {
-            now << word;
+    auto words = [](const modPrint::PrintChoice &c) {
+        QStringList out;
+        for (const auto &[on, word] : {std::pair{c.Children, "children"}, {c.Texts, "texts"}}) {
+            if (on) {
+                out << word;
+            }
         }
-    }
-    for (const auto &[on, word] : {std::pair{kept.Children, "children"}, {kept.Texts, "texts"}}) {
-        if (on) {
-            next << word;
-        }
-    }
-    QCOMPARE(now.join(' ') + '|' + next.join(' '), expected);
+        return out.join(' ');
+    };
+    QCOMPARE((choice.CurrentEntryOnly ? "entry " : "document ") + words(choice) + '|' + words(kept),
+             expected);
 }
 
 void TestPreview::previewAndPrint_data() {
