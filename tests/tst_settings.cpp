@@ -1,11 +1,7 @@
 // The settings store, its text forms, and the options, fonts and window placement kept in it.
 #include "app/modMain.h"
-#include "app/modSession.h"
 #include "app/modSettings.h"
-#include "document/Document.h"
-#include "document/modDoc.h"
 #include "editor/modFont.h"
-#include "support/DocTestSupport.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
 #include "util/ErrorLog.h"
@@ -62,7 +58,6 @@ private Q_SLOTS:
     void roundTrip();
     void valueThatDoesNotConvertStopsReading();
     void placementKeptWithoutPreserveOrMinimised();
-    void workspaceKeepsOpenDocumentsInOrder();
 };
 
 void TestSettings::init() {
@@ -245,32 +240,6 @@ void TestSettings::placementKeptWithoutPreserveOrMinimised() {
     QCOMPARE(GetSetting(u"Settings"_s, u"MainLeft"_s), u"1234"_s);
     QCOMPARE(GetSetting(u"Settings"_s, u"MainTop"_s, u"none"_s), u"none"_s);
     QCOMPARE(GetSetting(u"Settings"_s, u"ViewToolbar"_s), u"True"_s);
-}
-
-void TestSettings::workspaceKeepsOpenDocumentsInOrder() {
-    ScopedSettings store;
-    QTemporaryDir dir;
-    const QString a = dir.filePath(u"a.mvd"_s), b = dir.filePath(u"b.mvd"_s);
-    WriteFileBytes(a, {});
-    WriteFileBytes(b, {});
-    for (int i = 1; i <= 12; ++i) {
-        SaveSetting(u"Workspace"_s, QString::number(i), u"stale"_s);
-    }
-    for (const QString &f : {b, QString(), a}) {
-        modDoc::DocInit()->m_sFile = f;
-    }
-    modMain::SaveWorkingFiles();
-    DocTest::closeAll();
-    QCOMPARE(GetAllSettings(u"Workspace"_s),
-             (QList<QPair<QString, QString>>{{u"1"_s, b}, {u"2"_s, QString()}, {u"3"_s, a}}));
-    // The untitled document is skipped when the workspace is reopened.
-    modMain::LoadWorkingFiles();
-    QStringList opened;
-    for (const Document *doc : Documents::All()) {
-        opened << doc->m_sFile;
-    }
-    QCOMPARE(opened, (QStringList{b, a}));
-    DocTest::closeAll();
 }
 
 QTEST_GUILESS_MAIN(TestSettings)

@@ -317,22 +317,29 @@ void TestApplication::settingsAndWorkspaceCarryOver() {
         app.frm.Item(u"mnuViewOptionsAutoFitSplit"_s)->trigger();
         app.frm.Item(u"mnuViewToolbar"_s)->trigger();
         app.frm.Item(u"mnuViewOptionsBackupOnSave"_s)->trigger();
+        for (int i = 1; i <= 12; ++i) {
+            modSettings::SaveSetting(u"Workspace"_s, QString::number(i), u"stale"_s);
+        }
         modDoc::DocLoad(b);
+        modFile::FileNew();
         modDoc::DocLoad(a);
-        app.fake.Answers << modMain::vbYes; // "Do you really want to exit ...?"
+        // Yes to "Do you really want to exit ...?", No to saving the new document.
+        app.fake.Answers << modMain::vbYes << modMain::vbNo;
         QVERIFY(app.frm.close());
     }
-    QCOMPARE(modSettings::GetSetting(u"Workspace"_s, u"1"_s), b);
-    QCOMPARE(modSettings::GetSetting(u"Workspace"_s, u"2"_s), a);
+    // The workspace replaces the stale one and keeps the untitled document's place.
+    QCOMPARE(modSettings::GetAllSettings(u"Workspace"_s),
+             (QList<QPair<QString, QString>>{{u"1"_s, b}, {u"2"_s, QString()}, {u"3"_s, a}}));
     QCOMPARE(modSettings::GetSetting(u"Settings"_s, u"StartWithNewDocument"_s), u"True"_s);
     QCOMPARE(modSettings::GetSetting(u"Settings"_s, u"AutoSplit"_s), u"False"_s);
 
-    // The next start reopens the workspace in its order, then adds the new document.
+    // The next start reopens the named files in their order, then adds the new document.
     App next;
-    QCOMPARE(next.windows().size(), 3);
-    QCOMPARE(next.windows()[0]->document().m_sFile, b);
-    QCOMPARE(next.windows()[1]->document().m_sFile, a);
-    QCOMPARE(next.windows()[2]->document().m_sFile, QString());
+    QStringList files;
+    for (frmDocument *w : next.windows()) {
+        files << w->document().m_sFile;
+    }
+    QCOMPARE(files, (QStringList{b, a, QString()}));
     QVERIFY(next.frm.Item(u"mnuViewOptionsStartWithNewDoc"_s)->isChecked());
     QVERIFY(!next.frm.Item(u"mnuViewOptionsAutoFitSplit"_s)->isChecked());
     QVERIFY(next.frm.tbToolBar()->isHidden() && !next.frm.statusBar()->isHidden());
