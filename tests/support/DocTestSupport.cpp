@@ -28,23 +28,16 @@ Node *add(Document *doc, Node *parent, const QString &label, const QByteArray &t
 
 QString outline(Document *doc) {
     QString out;
-    std::vector<std::pair<Node *, int>> stack;
-    const auto &top = doc->trvOutline().topNodes();
-    for (auto it = top.rbegin(); it != top.rend(); ++it) {
-        stack.emplace_back(*it, 0);
-    }
-    while (!stack.empty()) {
-        auto [n, depth] = stack.back();
-        stack.pop_back();
-        out += QString(depth * 2, QLatin1Char(' ')) + n->Text() +
-               (modNodes::NodeTagged(n) ? QStringLiteral("*") : QString()) +
-               (n->Expanded() ? QStringLiteral("+") : QString()) + QLatin1Char('=') +
-               QString::fromLatin1(n->Tag().toPercentEncoding(" {}\\,")) + QLatin1Char('\n');
-        const auto &children = n->childList();
-        for (auto it = children.rbegin(); it != children.rend(); ++it) {
-            stack.emplace_back(*it, depth + 1);
+    auto walk = [&](auto &self, const std::vector<Node *> &nodes, int depth) -> void {
+        for (Node *n : nodes) {
+            out += QString(depth * 2, QLatin1Char(' ')) + n->Text() +
+                   (modNodes::NodeTagged(n) ? QStringLiteral("*") : QString()) +
+                   (n->Expanded() ? QStringLiteral("+") : QString()) + QLatin1Char('=') +
+                   QString::fromLatin1(n->Tag().toPercentEncoding(" {}\\,")) + QLatin1Char('\n');
+            self(self, n->childList(), depth + 1);
         }
-    }
+    };
+    walk(walk, doc->trvOutline().topNodes(), 0);
     return out;
 }
 
@@ -64,34 +57,20 @@ Document *exampleDocument() {
 }
 
 QByteArray exampleFile() {
-    return "{\\ttf_formatversion 1}\r\n"
-           "{\\ttf_selecteditemkey KEY0.2}\r\n"
-           "{\\ttf_outlinefontname Arial}\r\n"
-           "{\\ttf_outlinefontsize 10}\r\n"
-           "{\\ttf_outlinefontbold False}\r\n"
-           "{\\ttf_outlinefontitalic False}\r\n"
-           "{\\ttf_outlinefontstrikethrough False}\r\n"
-           "{\\ttf_outlinefontunderline False}\r\n"
-           "{\\ttf_textfontname Times New Roman}\r\n"
-           "{\\ttf_textfontsize 10}\r\n"
-           "{\\ttf_textfontbold False}\r\n"
-           "{\\ttf_textfontitalic False}\r\n"
-           "{\\ttf_textfontstrikethrough False}\r\n"
-           "{\\ttf_textfontunderline False}\r\n"
-           "{\\ttf_nodekey 0}\r\n"
-           "{\\ttf_nodelabel Projects}\r\n"
-           "{\\ttf_nodetagged False}\r\n"
-           "{\\ttf_nodevisible True}\r\n"
+    return "{\\ttf_formatversion 1}\r\n{\\ttf_selecteditemkey KEY0.2}\r\n"
+           "{\\ttf_outlinefontname Arial}\r\n{\\ttf_outlinefontsize 10}\r\n"
+           "{\\ttf_outlinefontbold False}\r\n{\\ttf_outlinefontitalic False}\r\n"
+           "{\\ttf_outlinefontstrikethrough False}\r\n{\\ttf_outlinefontunderline False}\r\n"
+           "{\\ttf_textfontname Times New Roman}\r\n{\\ttf_textfontsize 10}\r\n"
+           "{\\ttf_textfontbold False}\r\n{\\ttf_textfontitalic False}\r\n"
+           "{\\ttf_textfontstrikethrough False}\r\n{\\ttf_textfontunderline False}\r\n"
+           "{\\ttf_nodekey 0}\r\n{\\ttf_nodelabel Projects}\r\n"
+           "{\\ttf_nodetagged False}\r\n{\\ttf_nodevisible True}\r\n"
            "{\\ttf_nodetext {\\rtf1\\ansi Plans for the year\\par }}\r\n"
-           "{\\ttf_nodekey 0.1}\r\n"
-           "{\\ttf_nodelabel Garden}\r\n"
-           "{\\ttf_nodetagged True}\r\n"
-           "{\\ttf_nodevisible True}\r\n"
-           "{\\ttf_nodetext }\r\n"
-           "{\\ttf_nodekey 0.2}\r\n"
-           "{\\ttf_nodelabel House}\r\n"
-           "{\\ttf_nodetagged False}\r\n"
-           "{\\ttf_nodevisible True}\r\n"
+           "{\\ttf_nodekey 0.1}\r\n{\\ttf_nodelabel Garden}\r\n"
+           "{\\ttf_nodetagged True}\r\n{\\ttf_nodevisible True}\r\n{\\ttf_nodetext }\r\n"
+           "{\\ttf_nodekey 0.2}\r\n{\\ttf_nodelabel House}\r\n"
+           "{\\ttf_nodetagged False}\r\n{\\ttf_nodevisible True}\r\n"
            "{\\ttf_nodetext {\\rtf1\\ansi Paint the hall\\par }}\r\n";
 }
 

@@ -26,30 +26,26 @@ modMain::MsgBoxResult FakeMainWindow::ShowMessage(const QString &text,
     AskedButtons << buttons;
     AskedIcons << icon;
     AskedWhileBusy << (Busy > 0);
-    if (!Answers.isEmpty()) {
-        return Answers.takeFirst();
-    }
-    return MainWindowHost::ShowMessage(text, buttons, icon);
+    return Answers.isEmpty() ? MainWindowHost::ShowMessage(text, buttons, icon)
+                             : Answers.takeFirst();
 }
 
 bool FakeMainWindow::ChooseFile(modMain::FileDialogRequest &request) {
     FileRequests << request;
-    const std::optional<QString> name = FileNames.isEmpty() ? std::nullopt : FileNames.takeFirst();
-    if (!name) {
-        return false;
+    const auto name = FileNames.isEmpty() ? std::nullopt : FileNames.takeFirst();
+    if (name) {
+        request.FileName = *name;
     }
-    request.FileName = *name;
-    return true;
+    return name.has_value();
 }
 
 bool FakeMainWindow::ChooseFont(modMain::FontDialogValues &values) {
     FontsShown << values;
     const auto choice = FontChoices.isEmpty() ? std::nullopt : FontChoices.takeFirst();
-    if (!choice) {
-        return false;
+    if (choice) {
+        values = *choice;
     }
-    values = *choice;
-    return true;
+    return choice.has_value();
 }
 
 QString FakeMainWindow::PopupMenu(const QString &menu, const QStringList &available) {
@@ -70,11 +66,7 @@ bool FakeMainWindow::Exit() {
 
 void FakeMainWindow::UpdateMRUFile(const QString &path, bool remove) {
     Calls << (remove ? QStringLiteral("MRU remove ") : QStringLiteral("MRU ")) + path;
-    if (m_real) {
-        m_real->UpdateMRUFile(path, remove);
-    } else {
-        modMRU::UpdateMRUFile(path, remove);
-    }
+    m_real ? m_real->UpdateMRUFile(path, remove) : modMRU::UpdateMRUFile(path, remove);
 }
 
 QString FakeMainWindow::MRUFile(int index) {

@@ -40,19 +40,13 @@ public:
     QRect Geometry{0, 0, 100, 100};
     bool Minimised = false;
     double Dpi = 96.0;
-    QHash<QString, bool> ItemEnabled;
-    QHash<QString, bool> ItemChecked;
-    QHash<QString, QString> ItemCaption;
-    QHash<QString, bool> ButtonEnabled;
-    QHash<QString, bool> ButtonVisible;
-    QHash<QString, QString> ButtonToolTip;
+    QHash<QString, bool> ItemEnabled, ItemChecked, ButtonEnabled, ButtonVisible;
+    QHash<QString, QString> ItemCaption, ButtonToolTip;
     QHash<QString, int> ButtonValue;
     QStringList Calls; // placement setters and window requests, in call order
-    int Refreshes = 0;
-    int Children = 0;
+    int Refreshes = 0, Children = 0;
     int Busy = 0; // nesting of the busy pointer
-    bool ToolbarShown = true;
-    bool StatusBarShown = true;
+    bool ToolbarShown = true, StatusBarShown = true;
     QString StatusText;
 
     QRect Placement() const override { return Geometry; }

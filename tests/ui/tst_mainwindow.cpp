@@ -1,4 +1,4 @@
-// The main window: menus, toolbar, closing, drops, Window arrangements, About box, the find and
+// The main window: menus, toolbar, closing, drops, Window arrangements, the find and
 // replace dialog, and the help commands with and without the guide's help collection.
 #include "app/frmMain.h"
 #include "app/modCommandState.h"
@@ -9,7 +9,6 @@
 #include "document/modDoc.h"
 #include "document/modFile.h"
 #include "editor/frmDocument.h"
-#include "help/frmAbout.h"
 #include "help/frmHelp.h"
 #include "help/modHelp.h"
 #include "outline/modNodes.h"
@@ -39,7 +38,6 @@
 #include <QTemporaryDir>
 #include <QTextBrowser>
 #include <QTextEdit>
-#include <QTimer>
 #include <QToolBar>
 #include <QUrl>
 #include <QtTest>
@@ -55,7 +53,6 @@ private Q_SLOTS:
     void dropsOpenFiles_data();
     void dropsOpenFiles();
     void arrangements();
-    void aboutBox();
     void editingThroughTheMenus();
     void searchDialog();
     void helpContentsAndSearch_data();
@@ -226,25 +223,6 @@ void TestMainWindow::arrangements() {
     // Tiling leaves the row of minimised windows free.
     frm.Item(u"mnuWindowTileHorizontal"_s)->trigger();
     QVERIFY(subs[1]->geometry().bottom() < subs[0]->geometry().top());
-}
-
-void TestMainWindow::aboutBox() {
-    frmAbout splash(true);
-    QCOMPARE(splash.windowTitle(), u"About Mavrolen"_s);
-    QVERIFY(splash.cmdOK->isHidden());
-    QCOMPARE(splash.lblControl[0]->text(), u"Mavrolen"_s);
-    QVERIFY(splash.lblControl[2]->text().startsWith(u"Version "_s));
-    frmAbout box(false);
-    QVERIFY(!box.cmdOK->isHidden());
-    // From the Help menu the box is modal; its OK button closes it.
-    frmMain frm;
-    frm.MDIForm_Load();
-    QTimer::singleShot(0, [] {
-        auto *about = qobject_cast<frmAbout *>(QApplication::activeModalWidget());
-        QVERIFY(about);
-        about->cmdOK->click();
-    });
-    frm.Item(u"mnuHelpAbout"_s)->trigger();
 }
 
 // Text typed into a new document, formatted and changed through the Edit menu, undone with the
