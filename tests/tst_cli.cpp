@@ -15,7 +15,6 @@ class TestCli : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase();
-    void cleanupTestCase();
     void commands_data();
     void commands();
     void compactedTextsReadTheSame();
@@ -25,11 +24,13 @@ private Q_SLOTS:
 private:
     struct Result {
         int code = -1;
-        QByteArray out;
-        QByteArray err;
+        QByteArray out, err;
     };
     Result run(const QStringList &args, const QStringList &env = {});
-    QString write(const QString &name, const QByteArray &bytes);
+    QString write(const QString &name, const QByteArray &bytes) {
+        WriteFileBytes(m_dir.filePath(name), bytes);
+        return m_dir.filePath(name);
+    }
     QTemporaryDir m_dir;
     QString m_program;
 };
@@ -39,13 +40,7 @@ void TestCli::initTestCase() {
     QVERIFY2(QFile::exists(m_program), qPrintable(m_program));
     // A pipe and a read-only file that the rows may name.
     QVERIFY(QProcess::execute("mkfifo", {m_dir.filePath("fifo")}) == 0);
-    const QString ro = write("ro.mvd", "old");
-    QFile::setPermissions(ro, QFileDevice::ReadOwner | QFileDevice::ReadGroup);
-}
-
-void TestCli::cleanupTestCase() {
-    QFile::setPermissions(m_dir.filePath("ro.mvd"),
-                          QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    QFile::setPermissions(write("ro.mvd", "old"), QFileDevice::ReadOwner | QFileDevice::ReadGroup);
 }
 
 TestCli::Result TestCli::run(const QStringList &args, const QStringList &env) {
@@ -67,11 +62,6 @@ TestCli::Result TestCli::run(const QStringList &args, const QStringList &env) {
     }
     return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1, p.readAllStandardOutput(),
             p.readAllStandardError()};
-}
-
-QString TestCli::write(const QString &name, const QByteArray &bytes) {
-    WriteFileBytes(m_dir.filePath(name), bytes);
-    return m_dir.filePath(name);
 }
 
 namespace {
