@@ -293,41 +293,38 @@ void TestDocumentWindow::splitterClamps() {
 }
 
 void TestDocumentWindow::splitterKeyboardMove_data() {
-    QTest::addColumn<QList<int>>("keys");
-    QTest::addColumn<double>("barMove"); // the bar's move, in twips, before the last key
-    QTest::addColumn<bool>("applied");   // the panes follow the bar
-    QTest::addColumn<bool>("stillMoving");
-    QTest::newRow("right twice, enter")
-        << QList<int>{Qt::Key_Right, Qt::Key_Right, Qt::Key_Return} << 200.0 << true << false;
-    QTest::newRow("left, other key")
-        << QList<int>{Qt::Key_Left, Qt::Key_X} << -100.0 << true << false;
-    QTest::newRow("right, escape")
-        << QList<int>{Qt::Key_Right, Qt::Key_Escape} << 100.0 << false << false;
-    QTest::newRow("right only") << QList<int>{Qt::Key_Right} << 100.0 << false << true;
+    QTest::addColumn<QString>("keys"); // l Left, r Right (100 twips each), e Enter, x X, s Escape
+    QTest::addColumn<QString>("outcome"); // the panes follow the bar, stay, or it is still moving
+    AddRows({{"right twice, enter", "rre", "applied"},
+             {"left, other key", "lx", "applied"},
+             {"right, escape", "rs", "cancelled"},
+             {"right only", "r", "moving"}});
 }
 
 void TestDocumentWindow::splitterKeyboardMove() {
-    QFETCH(QList<int>, keys);
-    QFETCH(double, barMove);
-    QFETCH(bool, applied);
-    QFETCH(bool, stillMoving);
+    QFETCH(QString, keys);
+    QFETCH(QString, outcome);
+    const QHash<QChar, Qt::Key> key{{u'l', Qt::Key_Left},
+                                    {u'r', Qt::Key_Right},
+                                    {u'e', Qt::Key_Return},
+                                    {u'x', Qt::Key_X},
+                                    {u's', Qt::Key_Escape}};
     Window t;
     modSplit::SplitSizeControls(t.w, 3000);
-    const double start = t.w.OutlineWidth();
+    const double start = t.w.OutlineWidth(),
+                 moved = start + 100 * (keys.count(u'r') - keys.count(u'l'));
     const int startGrip = t.w.imgSplitter()->x();
     modView::ViewMoveSplit();
-    QVERIFY(t.w.document().m_bMovingSplit);
-    QVERIFY(t.w.picSplitter()->isVisible());
-    for (int i = 0; i < keys.size(); ++i) {
-        if (i == keys.size() - 1 && keys.size() > 1) {
-            QCOMPARE(t.w.BarLeft(), start + barMove);
-        }
-        QTest::keyClick(t.w.picSplitter(), Qt::Key(keys[i]));
+    QVERIFY(t.w.document().m_bMovingSplit && t.w.picSplitter()->isVisible());
+    for (const QChar k : keys) {
+        QTest::keyClick(t.w.picSplitter(), key[k]);
     }
-    QCOMPARE(t.w.document().m_bMovingSplit, stillMoving);
-    QCOMPARE(t.w.picSplitter()->isVisible(), stillMoving);
-    QCOMPARE(t.w.OutlineWidth(), applied ? start + barMove : start);
-    if (!applied) {
+    const bool moving = outcome == u"moving"_s;
+    QCOMPARE(t.w.document().m_bMovingSplit, moving);
+    QCOMPARE(t.w.picSplitter()->isVisible(), moving);
+    QCOMPARE(t.w.BarLeft(), moved);
+    QCOMPARE(t.w.OutlineWidth(), outcome == u"applied"_s ? moved : start);
+    if (outcome != u"applied"_s) {
         QCOMPARE(t.w.imgSplitter()->x(), startGrip);
     }
 }
