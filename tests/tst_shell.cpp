@@ -11,7 +11,6 @@
 #include "support/DocTestSupport.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
-#include "util/MainWindowHost.h"
 #include "util/modGlobals.h"
 
 #include <QTemporaryDir>
@@ -61,33 +60,33 @@ void TestShell::cleanup() {
 
 void TestShell::updateList_data() {
     QTest::addColumn<QString>("before"); // elements joined by "|"
-    QTest::addColumn<int>("max");
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<bool>("remove");
+    QTest::addColumn<QString>("max");
+    QTest::addColumn<QString>("file"); // added, or removed when the row says "remove"
+    QTest::addColumn<QString>("remove");
     QTest::addColumn<QString>("menu"); // the captions shown, joined by "|"
-    QTest::newRow("newest first") << "/a|/b" << 10 << "/c" << false << "&1 /c|&2 /a|&3 /b";
-    QTest::newRow("other spelling replaced")
-        << "/x|C:\\a.mvd |/y" << 10 << " c:\\A.mvd" << false << "&1 c:\\A.mvd|&2 /x|&3 /y";
-    QTest::newRow("trimmed to the maximum")
-        << "/3|/2|/1" << 3 << "/4" << false << "&1 /4|&2 /3|&3 /2";
-    QTest::newRow("maximum 0 keeps the new file") << "/a" << 0 << "/b" << false << "&1 /b";
-    QTest::newRow("empty elements go") << "||/a||/b" << 10 << "/c" << false << "&1 /c|&2 /a|&3 /b";
-    QTest::newRow("removed") << "/a|/B |/c" << 10 << "/b" << true << "&1 /a|&2 /c";
-    QTest::newRow("removing the last one hides the separator") << "/a" << 10 << "/a" << true << "";
-    QTest::newRow("accelerators run 1 to 9, 0, 1")
-        << "/b|/c|/d|/e|/f|/g|/h|/i|/j|/k" << 20 << "/a" << false
-        << "&1 /a|&2 /b|&3 /c|&4 /d|&5 /e|&6 /f|&7 /g|&8 /h|&9 /i|&0 /j|&1 /k";
+    AddRows({
+        {"newest first", "/a|/b", "10", "/c", "", "&1 /c|&2 /a|&3 /b"},
+        {"other spelling replaced", "/x|C:\\a.mvd |/y", "10", " c:\\A.mvd", "",
+         "&1 c:\\A.mvd|&2 /x|&3 /y"},
+        {"trimmed to the maximum", "/3|/2|/1", "3", "/4", "", "&1 /4|&2 /3|&3 /2"},
+        {"maximum 0 keeps the new file", "/a", "0", "/b", "", "&1 /b"},
+        {"empty elements go", "||/a||/b", "10", "/c", "", "&1 /c|&2 /a|&3 /b"},
+        {"removed", "/a|/B |/c", "10", "/b", "remove", "&1 /a|&2 /c"},
+        {"removing the last one hides the separator", "/a", "10", "/a", "remove", ""},
+        {"accelerators run 1 to 9, 0, 1", "/b|/c|/d|/e|/f|/g|/h|/i|/j|/k", "20", "/a", "",
+         "&1 /a|&2 /b|&3 /c|&4 /d|&5 /e|&6 /f|&7 /g|&8 /h|&9 /i|&0 /j|&1 /k"},
+    });
 }
 
 void TestShell::updateList() {
     QFETCH(QString, before);
-    QFETCH(int, max);
+    QFETCH(QString, max);
     QFETCH(QString, file);
-    QFETCH(bool, remove);
+    QFETCH(QString, remove);
     QFETCH(QString, menu);
-    modGlobals::MaxMRUFiles = max;
+    modGlobals::MaxMRUFiles = max.toInt();
     modMRU::SetList(split(before));
-    modMRU::UpdateMRUFile(file, remove);
+    modMRU::UpdateMRUFile(file, !remove.isEmpty());
     QCOMPARE(m_frm->MRUShown, split(menu));
     // Item 0 is never used; each item gives back its file.
     QCOMPARE(modMRU::MenuFile(0), QString());
