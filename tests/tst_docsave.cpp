@@ -82,59 +82,46 @@ private Q_SLOTS:
 };
 
 void TestDocSave::writeReplacesWholeFile_data() {
-    QTest::addColumn<bool>("hadFile");
-    QTest::addColumn<int>("mode"); // of the old file
-    QTest::addColumn<bool>("backup");
-    QTest::addColumn<QByteArray>("hadBackup"); // empty: none
-    QTest::addColumn<bool>("backupReadOnly");
-    QTest::addColumn<QByteArray>("backupAfter");
-    QTest::newRow("new file") << false << 0 << true << QByteArray() << false << QByteArray();
-    QTest::newRow("no backup") << true << 0644 << false << QByteArray() << false << QByteArray();
-    QTest::newRow("first backup") << true << 0644 << true << QByteArray() << false
-                                  << QByteArray("current");
-    QTest::newRow("old backup replaced")
-        << true << 0600 << true << QByteArray("older") << false << QByteArray("current");
-    QTest::newRow("read-only backup kept")
-        << true << 0640 << true << QByteArray("older") << true << QByteArray("older");
-    QTest::newRow("read-only file keeps its mode")
-        << true << 0444 << true << QByteArray() << false << QByteArray("current");
+    QTest::addColumn<QString>("mode");      // of the old file, in octal; empty: there is none
+    QTest::addColumn<QString>("backup");    // the option
+    QTest::addColumn<QString>("hadBackup"); // empty: none; "!" after it: read-only
+    QTest::addColumn<QString>("backupAfter");
+    AddRows({
+        {"new file", "", "yes", "", ""},
+        {"no backup", "644", "", "", ""},
+        {"first backup", "644", "yes", "", "current"},
+        {"old backup replaced", "600", "yes", "older", "current"},
+        {"read-only backup kept", "640", "yes", "older!", "older"},
+        {"read-only file keeps its mode", "444", "yes", "", "current"},
+    });
 }
 
 void TestDocSave::writeReplacesWholeFile() {
-    QFETCH(bool, hadFile);
-    QFETCH(int, mode);
-    QFETCH(bool, backup);
-    QFETCH(QByteArray, hadBackup);
-    QFETCH(bool, backupReadOnly);
-    QFETCH(QByteArray, backupAfter);
+    QFETCH(QString, mode);
+    QFETCH(QString, backup);
+    QFETCH(QString, hadBackup);
+    QFETCH(QString, backupAfter);
     QTemporaryDir dir;
     const QString path = dir.filePath("plan.mvd");
     const QString bak = dir.filePath("plan.bak");
-    if (hadFile) {
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    if (!mode.isEmpty()) {
         WriteFileBytes(path, "current");
-        ::chmod(QFile::encodeName(path).constData(), mode_t(mode));
+        ::chmod(QFile::encodeName(path).constData(), mode_t(mode.toInt(nullptr, 8)));
     }
     if (!hadBackup.isEmpty()) {
-        WriteFileBytes(bak, hadBackup);
-        if (backupReadOnly) {
-            ::chmod(QFile::encodeName(bak).constData(), 0444);
-        }
+        WriteFileBytes(bak, QString(hadBackup).remove('!').toLatin1());
+        ::chmod(QFile::encodeName(bak).constData(), hadBackup.endsWith('!') ? 0444 : 0644);
     }
-    modDoc::WriteWholeFile(path, "new contents", backup);
+    modDoc::WriteWholeFile(path, "new contents", !backup.isEmpty());
     QCOMPARE(ReadFileBytes(path), QByteArray("new contents"));
-    QCOMPARE(ReadFileBytes(bak), backupAfter.isEmpty() ? QByteArray("<missing>") : backupAfter);
-    if (hadFile) {
-        QCOMPARE(int(modeOf(path)), mode);
-    } else {
-        const mode_t mask = ::umask(0);
-        ::umask(mask);
-        QCOMPARE(int(modeOf(path)), int(0666 & ~mask));
-    }
-    QStringList expected{"plan.mvd"};
-    if (!backupAfter.isEmpty()) {
-        expected.prepend("plan.bak");
-    }
-    QCOMPARE(filesIn(dir.path()), expected); // no temporary file is left beside it
+    QCOMPARE(ReadFileBytes(bak),
+             backupAfter.isEmpty() ? QByteArray("<missing>") : backupAfter.toLatin1());
+    QCOMPARE(int(modeOf(path)), mode.isEmpty() ? int(0666 & ~mask) : mode.toInt(nullptr, 8));
+    // No temporary file is left beside it.
+    QCOMPARE(filesIn(dir.path()).join(' '),
+             backupAfter.isEmpty() ? "plan.mvd" : "plan.bak plan.mvd");
     ::chmod(QFile::encodeName(bak).constData(), 0644);
 }
 
@@ -219,9 +206,14 @@ void TestDocSave::failedSaveKeepsDocumentChanged() {
     const QString good = dir.filePath("good.mvd");
     doc->m_sFile = good;
     doc->m_bDataChanged = true;
+    modGlobals::Backup = true; // a second save keeps the first in the backup
     modFile::FileSave();
     QVERIFY(!doc->m_bDataChanged);
-    QVERIFY(QFile::exists(good));
+    const QByteArray first = ReadFileBytes(good);
+    doc->trvOutline().Item(1)->setText("Renamed");
+    modFile::FileSave();
+    QCOMPARE(ReadFileBytes(dir.filePath("good.bak")), first);
+    QVERIFY(ReadFileBytes(good).contains("{\\ttf_nodelabel Renamed}"));
     doc->m_bDataChanged = true;
     {
         ScopedFileSizeLimit limit(64);
@@ -232,6 +224,7 @@ void TestDocSave::failedSaveKeepsDocumentChanged() {
     QVERIFY(log.content().contains("Error 61 - File too large\r\nMavrolen modDoc WriteWholeFile"));
     QVERIFY(!modDoc::DocSaveDocument(*doc, dir.filePath("none/x.mvd"), true));
     QCOMPARE(doc->m_sFile, good);
+    modGlobals::Backup = false;
     DocTest::closeAll();
 }
 

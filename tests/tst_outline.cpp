@@ -65,7 +65,6 @@ private Q_SLOTS:
     void paste_data();
     void paste();
     void pasteRemovedOrMovedEntryDoesNothing();
-    void pasteTaggedEntries();
     void insertsAndMoves_data();
     void insertsAndMoves();
     void movesCarryTextsTagsAndExpansion();
@@ -177,17 +176,27 @@ void TestOutline::deletes() {
 // ---- Tags, copy and paste ------------------------------------------------------------------
 
 void TestOutline::tagging() {
-    OutlineTaggedEntry(); // the root
+    OutlineTaggedEntry(); // the root cannot be tagged
     QVERIFY(!NodeTagged(root()));
     QVERIFY(m_doc->doc.m_bDataChanged);
     select(QStringLiteral("b"));
     const int refreshes = m_doc->view.menuRefreshes;
     OutlineTaggedEntry();
-    QVERIFY(NodeTagged(entry("b")));
-    QVERIFY(!NodeTagged(entry("b1"))); // tags are per entry
+    QVERIFY(NodeTagged(entry("b")) && !NodeTagged(entry("b1"))); // tags are per entry
     QCOMPARE(m_doc->view.menuRefreshes, refreshes + 1);
     OutlineTaggedEntry();
     QVERIFY(!NodeTagged(entry("b")));
+    // Pasted in collection order (a1 before b), an entry inside a tagged one only with it.
+    for (const char *label : {"b", "b11", "a1"}) {
+        NodeTagOn(entry(label));
+    }
+    select(QStringLiteral("c"));
+    m_doc->doc.m_bDataChanged = false;
+    OutlinePasteTaggedEntries();
+    QVERIFY(m_doc->doc.m_bDataChanged);
+    QCOMPARE(TreeShapeTagged(root()),
+             QStringLiteral("root(a(a1* a2) b*(b1(b11*)) c a1* b*(b1(b11*)))"));
+    checkTreeWhole();
 }
 
 void TestOutline::paste_data() {
@@ -254,21 +263,7 @@ void TestOutline::pasteRemovedOrMovedEntryDoesNothing() {
     checkTreeWhole();
 }
 
-void TestOutline::pasteTaggedEntries() {
-    NodeTagOn(entry("b"));
-    NodeTagOn(entry("b11")); // inside b: goes with it
-    NodeTagOn(entry("a1"));
-    select(QStringLiteral("c"));
-    OutlinePasteTaggedEntries();
-    // Collection order: a1 was added before b.
-    QCOMPARE(TreeShapeTagged(root()),
-             QStringLiteral("root(a(a1* a2) b*(b1(b11*)) c a1* b*(b1(b11*)))"));
-    QVERIFY(m_doc->doc.m_bDataChanged);
-    checkTreeWhole();
-}
-
-// ---- Inserts and moves
-// ---------------------------------------------------------------------------------
+// ---- Inserts and moves ---------------------------------------------------------------------
 
 void TestOutline::insertsAndMoves_data() {
     QTest::addColumn<QString>("command");
@@ -382,58 +377,48 @@ void TestOutline::sorting() {
     QCOMPARE(TreeShape(root()), QStringLiteral("root(delta(Zed apple) Beta alpha(C1 c2))"));
     OutlineSortAll();
     QCOMPARE(TreeShape(root()), QStringLiteral("root(alpha(C1 c2) Beta delta(apple Zed))"));
-    for (Node *n : m_doc->nodes()) {
-        QVERIFY(!n->Sorted());
-    }
-    QVERIFY(!m_doc->nodes().Sorted());
     // Sorting is not kept: a new entry stays where it is put.
     select(QStringLiteral("alpha"));
     OutlineInsertAbove();
     QCOMPARE(TreeShape(root()),
              QStringLiteral("root(New Entry alpha(C1 c2) Beta delta(apple Zed))"));
-    QVERIFY(m_doc->doc.m_bDataChanged);
     checkTreeWhole();
 }
 
 void TestOutline::expansion() {
-    auto expanded = [&] {
+    auto check = [&](const char *expanded, int level) {
         QStringList out;
         for (Node *n : m_doc->nodes()) {
             if (n->Expanded()) {
                 out << n->Text();
             }
         }
-        return out.join(QLatin1Char(' '));
+        QCOMPARE(out.join(QLatin1Char(' ')), QString::fromLatin1(expanded));
+        QCOMPARE(m_doc->doc.m_iExpansionLevel, level);
     };
     select(QStringLiteral("b1"));
     OutlineCollapseAll();
-    QCOMPARE(expanded(), QString());
+    check("", 1);
     QCOMPARE(m_doc->nodes().SelectedItem(), root());
-    QCOMPARE(m_doc->doc.m_iExpansionLevel, 1);
     OutlineExpandToLevel(2);
-    QCOMPARE(expanded(), QStringLiteral("root"));
-    QCOMPARE(m_doc->doc.m_iExpansionLevel, 2);
+    check("root", 2);
     OutlineExpandToLevel(3);
-    QCOMPARE(expanded(), QStringLiteral("root a b"));
+    check("root a b", 3);
     OutlineExpandAll();
-    QCOMPARE(expanded(), QStringLiteral("root a b b1"));
-    QCOMPARE(m_doc->doc.m_iExpansionLevel, -1);
+    check("root a b b1", -1);
     OutlineExpandToLevel(1);
-    QCOMPARE(expanded(), QStringLiteral("a b b1")); // collapsed subtrees keep their state
-    QCOMPARE(m_doc->doc.m_iExpansionLevel, 1);
+    check("a b b1", 1); // collapsed subtrees keep their state
     select(QStringLiteral("c"));
     OutlineExpand(); // a leaf, as the command asks
     OutlineCollapse();
     select(QStringLiteral("a"));
     OutlineCollapse();
-    // (selecting an entry shows it, which expands the root again)
-    QCOMPARE(expanded(), QStringLiteral("root b b1"));
-    QCOMPARE(m_doc->doc.m_iExpansionLevel, 1); // single entries leave the level alone
+    // Selecting an entry shows it, which expands the root again; single entries leave the level.
+    check("root b b1", 1);
     QVERIFY(m_doc->view.menuRefreshes > 0);
-    // With an empty tree the level is still recorded.
     m_doc->nodes().Clear();
-    OutlineExpandToLevel(4);
-    QCOMPARE(m_doc->doc.m_iExpansionLevel, 4);
+    OutlineExpandToLevel(4); // with an empty tree the level is still recorded
+    check("", 4);
     QCOMPARE(g_iActionDepth, 0);
 }
 
@@ -519,12 +504,11 @@ void TestOutline::drops() {
     frm.MenuPicks << QStringLiteral("mnuConfirm") + how.section(QLatin1Char(' '), 1);
     Node *src = entry(source);
     Node *dst = itself ? src : entry(target);
-    const int button0 = left ? modDrag::kLeftButton : modDrag::kRightButton;
     const QString before = TreeShape(root());
     // The same drop on a read-only document changes nothing and asks nothing.
     m_doc->doc.bReadOnly = true;
-    modDrag::DragPress(&m_doc->doc, src, button0);
-    modDrag::DragStart(dst, itself ? left && right : true, !left, button0);
+    modDrag::DragPress(&m_doc->doc, src, button);
+    modDrag::DragStart(dst, itself ? left && right : true, !left, button);
     modDrag::DragDrop(&m_doc->doc, dst);
     m_doc->doc.bReadOnly = false;
     QVERIFY(frm.MenusShown.isEmpty() && frm.Asked.isEmpty());
