@@ -131,16 +131,8 @@ void TestDocText::exportThenImport() {
     QCOMPARE(only->Text(), QString("Text"));
     QCOMPARE(only->Tag(), text);
     QCOMPARE(only->Key(), QString("KEY0"));
-    QVERIFY(only->Selected());
-    QVERIFY(!modNodes::g_bDocTransfer);
+    QVERIFY(only->Selected() && !modNodes::g_bDocTransfer);
     QCOMPARE(in->m_sFile, QString()); // an import names nothing
-
-    // Saving under a text name writes the same; loading it reads one entry.
-    QVERIFY(modDoc::DocSaveDocument(*doc, dir.filePath("w.txt"), false));
-    Document *back = modDoc::DocLoad(dir.filePath("w.txt"));
-    QCOMPARE(back->trvOutline().Count(), 1);
-    QCOMPARE(back->trvOutline().Item(1)->Tag(), text);
-    QCOMPARE(back->m_iFileFormatVersion, -1);
 }
 
 void TestDocText::failuresAreReported() {
@@ -212,7 +204,6 @@ void TestDocText::import() {
     QFETCH(QString, text);
     QFETCH(QByteArray, rich);
     QFETCH(bool, own);
-    QFETCH(QByteArray, stored);
     if (own) {
         m_clip.SetRichCopy(rich, "<b>own</b>", text);
         const QMimeData *data = QGuiApplication::clipboard()->mimeData();
@@ -232,7 +223,7 @@ void TestDocText::import() {
     QCOMPARE(doc->trvOutline().Count(), 1);
     Node *root = doc->trvOutline().Item(1);
     QCOMPARE(root->Text(), QString("Text"));
-    QCOMPARE(root->Tag(), stored);
+    QTEST(root->Tag(), "stored");
     QCOMPARE(doc->trvOutline().SelectedItem(), root);
     QVERIFY(!modNodes::g_bDocTransfer);
 }

