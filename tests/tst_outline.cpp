@@ -47,6 +47,8 @@ const std::map<QString, Command> &commands() {
         {QStringLiteral("above"), OutlineInsertAbove},
         {QStringLiteral("below"), OutlineInsertBelow},
         {QStringLiteral("child"), OutlineInsertChild},
+        {QStringLiteral("paste"), OutlinePaste},
+        {QStringLiteral("move"), OutlinePasteAndDelete},
     };
     return table;
 }
@@ -62,8 +64,6 @@ private Q_SLOTS:
     void deletes_data();
     void deletes();
     void tagging();
-    void paste_data();
-    void paste();
     void pasteRemovedOrMovedEntryDoesNothing();
     void insertsAndMoves_data();
     void insertsAndMoves();
@@ -199,43 +199,6 @@ void TestOutline::tagging() {
     checkTreeWhole();
 }
 
-void TestOutline::paste_data() {
-    QTest::addColumn<QString>("copied");
-    QTest::addColumn<QString>("selected");
-    QTest::addColumn<QString>("how");
-    QTest::addColumn<QString>("expected");
-    AddRows({
-        {"after selection", "b1", "a1", "paste", "root(a(a1 b1(b11) a2) b(b1(b11)) c)"},
-        {"root selected: first", "c", "root", "paste", "root(c a(a1 a2) b(b1(b11)) c)"},
-        {"root's first: last", "a", "root", "paste", "root(a(a1 a2) b(b1(b11)) c a(a1 a2))"},
-        {"move after selection", "b1", "a1", "move", "root(a(a1 b1(b11) a2) b c)"},
-        {"move to root's first", "c", "root", "move", "root(c a(a1 a2) b(b1(b11)))"},
-    });
-}
-
-void TestOutline::paste() {
-    QFETCH(QString, copied);
-    QFETCH(QString, selected);
-    QFETCH(QString, how);
-    const bool andDelete = how == QLatin1String("move");
-    select(copied);
-    OutlineCopy();
-    QVERIFY(!m_doc->doc.m_bDataChanged);
-    QCOMPARE(g_nodCopied.get(), entry(copied));
-    select(selected);
-    andDelete ? OutlinePasteAndDelete() : OutlinePaste();
-    QTEST(TreeShape(root()), "expected");
-    QCOMPARE(m_doc->nodes().SelectedItem()->Text(), copied);
-    QVERIFY(m_doc->doc.m_bDataChanged);
-    QCOMPARE(bool(g_nodCopied), !andDelete);
-    checkTreeWhole();
-    if (andDelete) { // a second time does nothing
-        const QString before = TreeShape(root());
-        OutlinePasteAndDelete();
-        QCOMPARE(TreeShape(root()), before);
-    }
-}
-
 void TestOutline::pasteRemovedOrMovedEntryDoesNothing() {
     // The copied entry is the live one: later edits are pasted.
     select(QStringLiteral("a2"));
@@ -295,6 +258,12 @@ void TestOutline::insertsAndMoves_data() {
         {"unindent keeps later siblings", "unindent", "a1", "root(a(a2) a1 b(b1(b11)) c)"},
         {"unindent deep", "unindent", "b11", "root(a(a1 a2) b(b1 b11) c)"},
         {"unindent child of root", "unindent", "a", same},
+        // Copied first (the copied entry, then the selection).
+        {"paste after selection", "paste b1", "a1", "root(a(a1 b1(b11) a2) b(b1(b11)) c)"},
+        {"paste: root selected, first", "paste c", "root", "root(c a(a1 a2) b(b1(b11)) c)"},
+        {"paste root's first: last", "paste a", "root", "root(a(a1 a2) b(b1(b11)) c a(a1 a2))"},
+        {"move after selection", "move b1", "a1", "root(a(a1 b1(b11) a2) b c)"},
+        {"move to root's first", "move c", "root", "root(c a(a1 a2) b(b1(b11)))"},
     });
 }
 
@@ -302,9 +271,16 @@ void TestOutline::insertsAndMoves() {
     QFETCH(QString, command);
     QFETCH(QString, selected);
     QFETCH(QString, expected);
+    const QString copied = command.section(' ', 1);
+    if (!copied.isEmpty()) {
+        select(copied);
+        OutlineCopy();
+        QVERIFY(!m_doc->doc.m_bDataChanged);
+        QCOMPARE(g_nodCopied.get(), entry(copied));
+    }
     select(selected);
     Node *before = entry(selected);
-    commands().at(command)();
+    commands().at(command.section(' ', 0, 0))();
     QCOMPARE(TreeShape(root()), expected);
     QVERIFY(m_doc->doc.m_bDataChanged); // also when nothing moved
     Node *now = m_doc->nodes().SelectedItem();
@@ -313,10 +289,17 @@ void TestOutline::insertsAndMoves() {
         QCOMPARE(m_doc->view.labelEdits, std::vector<Node *>{now});
         QVERIFY(now->Key().isEmpty());
     } else {
-        QCOMPARE(now->Text(), selected);
+        QCOMPARE(now->Text(), copied.isEmpty() ? selected : copied);
         if (expected != kSampleShape) {
             QVERIFY(now != before || selected == QLatin1String("root"));
             QVERIFY(now->Key().isEmpty()); // copies are keyed at the next renumbering
+        }
+    }
+    if (!copied.isEmpty()) { // a moved entry is pasted once
+        QCOMPARE(bool(g_nodCopied), !command.startsWith(QLatin1String("move")));
+        if (!g_nodCopied) {
+            OutlinePasteAndDelete();
+            QCOMPARE(TreeShape(root()), expected);
         }
     }
     checkTreeWhole();
@@ -498,12 +481,11 @@ void TestOutline::drops() {
     const bool left = how.startsWith(QLatin1String("left"));
     const bool right = how.endsWith(QLatin1String("Right")); // onto itself: the direction
     const int button = left ? modDrag::kLeftButton : modDrag::kRightButton;
-    const bool changed = expected != TreeShape(root());
+    const bool changed = expected != kSampleShape;
     FakeMainWindow frm; // the confirmation menu picks the row's choice
     frm.MenuPicks << QStringLiteral("mnuConfirm") + how.section(QLatin1Char(' '), 1);
     Node *src = entry(source);
     Node *dst = itself ? src : entry(target);
-    const QString before = TreeShape(root());
     // The same drop on a read-only document changes nothing and asks nothing.
     m_doc->doc.bReadOnly = true;
     modDrag::DragPress(&m_doc->doc, src, button);
@@ -512,7 +494,7 @@ void TestOutline::drops() {
     m_doc->doc.bReadOnly = false;
     QVERIFY(frm.MenusShown.isEmpty() && frm.Asked.isEmpty());
     QVERIFY(!m_doc->doc.m_bDataChanged);
-    QCOMPARE(TreeShape(root()), before);
+    QCOMPARE(TreeShape(root()), kSampleShape);
     modDrag::g_bDragCopy = itself; // a drop onto itself never copies
     modDrag::DragPress(&m_doc->doc, src, button);
     QCOMPARE(m_doc->nodes().SelectedItem(), src);
