@@ -21,30 +21,28 @@ QStringList g_files; // the arguments the program was started with
 class TestStartup : public QObject {
     Q_OBJECT
 private slots:
-    void commandLineFilesOpenInOrder();
-};
-
-void TestStartup::commandLineFilesOpenInOrder() {
-    ScopedSettings settings;
-    ScopedLog log;
-    // A workspace and the new-document option are both ignored when files are named.
-    modSettings::SaveSetting(u"Workspace"_s, u"1"_s, g_files[0]);
-    modSettings::SaveSetting(u"Settings"_s, u"StartWithNewDocument"_s, u"True"_s);
-    frmMain frm;
-    FakeMainWindow fake(&frm);
-    frm.MDIForm_Load();
-    QStringList opened;
-    for (QMdiSubWindow *s : frm.mdiArea()->subWindowList(QMdiArea::CreationOrder)) {
-        opened << qobject_cast<frmDocument *>(s->widget())->document().m_sFile;
+    void commandLineFilesOpenInOrder() {
+        ScopedSettings settings;
+        ScopedLog log;
+        // A workspace and the new-document option are both ignored when files are named.
+        modSettings::SaveSetting(u"Workspace"_s, u"1"_s, g_files[0]);
+        modSettings::SaveSetting(u"Settings"_s, u"StartWithNewDocument"_s, u"True"_s);
+        frmMain frm;
+        FakeMainWindow fake(&frm);
+        frm.MDIForm_Load();
+        QStringList opened;
+        for (QMdiSubWindow *s : frm.mdiArea()->subWindowList(QMdiArea::CreationOrder)) {
+            opened << qobject_cast<frmDocument *>(s->widget())->document().m_sFile;
+        }
+        QCOMPARE(opened, (QStringList{g_files[0], g_files[1]}));
+        QCOMPARE(Documents::Active()->m_sFile, g_files[1]);
+        QCOMPARE(Documents::Active()->m_sCaption, g_files[1]);
+        // The missing file was passed on, and failed quietly.
+        QVERIFY(!log.content().contains(u"missing.mvd"_s));
+        fake.Answers << modMain::vbYes;
+        QVERIFY(frm.close());
     }
-    QCOMPARE(opened, (QStringList{g_files[0], g_files[1]}));
-    QCOMPARE(Documents::Active()->m_sFile, g_files[1]);
-    QCOMPARE(Documents::Active()->m_sCaption, g_files[1]);
-    // The missing file was passed on, and failed quietly.
-    QVERIFY(!log.content().contains(u"missing.mvd"_s));
-    fake.Answers << modMain::vbYes;
-    QVERIFY(frm.close());
-}
+};
 
 int main(int argc, char *argv[]) {
     QTemporaryDir dir;
