@@ -316,7 +316,6 @@ private Q_SLOTS:
     void hostileFiles() {
         QFETCH(QByteArray, file);
         QFETCH(QStringList, commands);
-        QFETCH(int, code);
         const QString path = write("hostile.mvd", file);
         for (qsizetype i = 0; i < commands.size(); ++i) {
             const QString command = commands.at(i);
@@ -337,7 +336,7 @@ private Q_SLOTS:
                 ReadFileBytes(peakFile).trimmed().split('\n').last().toLongLong() * 1024;
             QVERIFY2(p.exitStatus() == QProcess::NormalExit && status <= 1, qPrintable(command));
             if (i == commands.size() - 1) {
-                QCOMPARE(status, code);
+                QTEST(status, "code");
             }
             // The sanitizers' own memory is the base; the rest is a small multiple of the file.
             const qint64 bound = (qint64(300) << 20) + 20 * qint64(file.size());

@@ -89,9 +89,8 @@ private Q_SLOTS:
     }
     void windowKeys() {
         QFETCH(int, key);
-        QFETCH(QString, item);
         const Command *c = FindWindowKey(QKeyCombination::fromCombined(key));
-        QCOMPARE(c ? c->Name : QString(), item);
+        QTEST(c ? c->Name : QString(), "item");
         if (c && c->Kind == ItemKind::Key) {
             QCOMPARE(c->Argument, 0); // both size keys make the text smaller
         }
@@ -125,7 +124,6 @@ private Q_SLOTS:
     void rules() {
         QFETCH(QString, item);
         QFETCH(QString, state);
-        QFETCH(bool, expected);
         CommandInputs in;
         in.OpenDocuments = state.contains(u'd') ? 1 : 0;
         in.ActiveDocument = state.contains(u'd');
@@ -136,7 +134,7 @@ private Q_SLOTS:
         in.TaggedExist = state.contains(u't');
         const Command *mi = FindItem(item);
         QVERIFY(mi);
-        QCOMPARE(RuleHolds(mi->Needs, in, false), expected);
+        QTEST(RuleHolds(mi->Needs, in, false), "expected");
     }
 
     void itemsWithoutProcedureStayDisabled() {
@@ -192,7 +190,6 @@ private Q_SLOTS:
     }
     void buttonValues() {
         QFETCH(QString, state);
-        QFETCH(QString, expected);
         FakeMainWindow frm;
         CommandInputs in;
         in.OpenDocuments = in.ActiveDocument = state.contains(u'd');
@@ -212,7 +209,7 @@ private Q_SLOTS:
         }
         frm.ButtonValue[u"Expand all levels"_s] = 1;
         UpdateToolbarStatus(in);
-        QCOMPARE(pressed(frm), expected);
+        QTEST(pressed(frm), "expected");
         QCOMPARE(frm.Refreshes, int(in.ActiveDocument));
     }
 };

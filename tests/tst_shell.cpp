@@ -142,7 +142,6 @@ private Q_SLOTS:
         QFETCH(bool, caps);
         QFETCH(bool, num);
         QFETCH(bool, overwrite);
-        QFETCH(QString, shown);
         const QList<StatusPanel> panels =
             StatusPanels::Panels(KeyState{caps, num, overwrite}, QTime(14, 5));
         QStringList texts;
@@ -151,7 +150,7 @@ private Q_SLOTS:
             // The tool-tip tells what a click does.
             QCOMPARE(p.ToolTip.contains(u"click"_s), StatusPanels::VirtualKey(p.Key) != 0);
         }
-        QCOMPARE(texts.join(u' '), shown);
+        QTEST(texts.join(u' '), "shown");
         QCOMPARE(panels.at(3).Key, u"Time"_s);
         QVERIFY(panels.at(3).Text.contains(u"05"_s));
         QCOMPARE(StatusPanels::VirtualKey(u"Time"_s), 0);
