@@ -53,6 +53,10 @@ private:
     Expected m_row;
 };
 
+// The example as a text export.
+const QByteArray kExampleText = "0 Projects\r\nPlans for the year\r\n\r\n0.1 Garden\r\n\r\n"
+                                "0.2 House\r\nPaint the hall\r\n\r\n";
+
 bool matches(const QByteArray &got, const QByteArray &expected) {
     return expected.startsWith('*') ? got.contains(expected.mid(1)) : got == expected;
 }
@@ -170,10 +174,8 @@ private Q_SLOTS:
             .writes("o.mvd", "*{\\ttf_nodekey 0}\r\n{\\ttf_nodelabel House}", "Garden");
         Run("no such subtree", "convert in.mvd o.md --subtree 0.9", 1).writes("o.md", "<missing>");
         // Several entries to a text file: the warning is answered yes.
-        const QByteArray text = "0 Projects\r\nPlans for the year\r\n\r\n0.1 Garden\r\n\r\n"
-                                "0.2 House\r\nPaint the hall\r\n\r\n";
-        Run("export-text", "export-text in.mvd r.txt").writes("r.txt", text);
-        Run("convert to text", "convert in.mvd r.txt").writes("r.txt", text);
+        Run("export-text", "export-text in.mvd r.txt").writes("r.txt", kExampleText);
+        Run("convert to text", "convert in.mvd r.txt").writes("r.txt", kExampleText);
         QByteArray empty = example;
         empty.replace("{\\rtf1\\ansi Plans for the year\\par }", "");
         empty.replace("{\\rtf1\\ansi Paint the hall\\par }", "");
@@ -252,9 +254,7 @@ private Q_SLOTS:
         QCOMPARE(run({"check", "c.mvd"}).code, 0);
         QCOMPARE(run({"cat", "c.mvd", "0.2"}).out, QByteArray("Paint the hall\n"));
         QCOMPARE(run({"export-text", "c.mvd", "c.txt"}).code, 0);
-        QCOMPARE(ReadFileBytes(m_dir.filePath("c.txt")),
-                 QByteArray("0 Projects\r\nPlans for the year\r\n\r\n0.1 Garden\r\n\r\n"
-                            "0.2 House\r\nPaint the hall\r\n\r\n"));
+        QCOMPARE(ReadFileBytes(m_dir.filePath("c.txt")), kExampleText);
     }
 
     void hostileFiles_data() {
