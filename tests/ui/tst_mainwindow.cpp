@@ -436,17 +436,7 @@ private Q_SLOTS:
                  expected);
     }
 
-    void printPreviewAndPrint_data() {
-        QTest::addColumn<int>("from");
-        QTest::addColumn<int>("to");
-        QTest::newRow("every page") << 0 << 0;
-        QTest::newRow("pages 2 to 3") << 2 << 3;
-    }
-    // A long document: the first page shows before the rest is laid out, the page count follows in
-    // the background, the view moves and zooms, and the pages print on a PDF printer.
     void printPreviewAndPrint() {
-        QFETCH(int, from);
-        QFETCH(int, to);
         Document *doc = DocTest::newDocument();
         Node *root = DocTest::add(doc, nullptr, "Root");
         for (int i = 0; i < 400; ++i) {
@@ -478,20 +468,22 @@ private Q_SLOTS:
         preview.setCurrentPage(count + 10);
         QCOMPARE(preview.currentPage(), count - 1);
 
-        QPrinter printer(QPrinter::HighResolution);
-        printer.setOutputFormat(QPrinter::PdfFormat);
+        // Every page, then pages 2 to 3.
         QTemporaryDir dir;
-        const QString pdf = dir.filePath("printed.pdf");
-        printer.setOutputFileName(pdf);
-        modPrint::ApplyPageLayout(printer, preview.pages().pageLayout());
-        if (from > 0) {
-            printer.setPrintRange(QPrinter::PageRange);
-            printer.setFromTo(from, to);
+        for (const int from : {0, 2}) {
+            QPrinter printer(QPrinter::HighResolution);
+            printer.setOutputFormat(QPrinter::PdfFormat);
+            printer.setOutputFileName(dir.filePath("printed.pdf"));
+            modPrint::ApplyPageLayout(printer, preview.pages().pageLayout());
+            if (from > 0) {
+                printer.setPrintRange(QPrinter::PageRange);
+                printer.setFromTo(from, 3);
+            }
+            QVERIFY(modPrint::PrintOn(printer, preview.pages(), nullptr));
+            const QByteArray bytes = ReadFileBytes(dir.filePath("printed.pdf"));
+            QCOMPARE(int(bytes.count("/Type /Page\n")) + int(bytes.count("/Type /Page\r")),
+                     from > 0 ? 2 : count);
         }
-        QVERIFY(modPrint::PrintOn(printer, preview.pages(), nullptr));
-        const QByteArray bytes = ReadFileBytes(pdf);
-        QCOMPARE(int(bytes.count("/Type /Page\n")) + int(bytes.count("/Type /Page\r")),
-                 from > 0 ? to - from + 1 : count);
     }
 
 private:
