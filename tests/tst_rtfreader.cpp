@@ -62,7 +62,6 @@ private slots:
     void lists();
     void table();
     void pictures();
-    void plainTextFallback();
     void corpus();
 };
 
@@ -169,19 +168,25 @@ void TestRtfReader::text_data() {
         "{\\*\\shppict{\\pict\\pngblip 00}}{\\nonshppict{\\pict\\wmetafile8 00}}");
     row("text after the document", "{\\rtf1 a}trailing", "*");
     row("just the header", "{\\rtf", "*");
-    // Plain text that is not RTF.
+    // Plain text that is not RTF: line breaks are paragraphs, bytes are in the file code page.
     row("plain empty", QByteArray(), "");
-    row("plain line ends", "a\r\r\nb\n\rc\r\nd\ne\r", "*");
-    row("plain cp1252", "caf\xe9 \x80\x93\x94\x0b", "*");
-    row("plain nul", QByteArray("a\0b", 3), "*");
-    row("plain rtf-like", "x{\\rtf1 y}", "*");
+    row("plain line ends", "a\r\r\nb\n\rc\r\nd\ne\r", "a\n\nb\n\nc\nd\ne\n");
+    row("plain cp1252", "caf\xe9 \x80\x93\x94\x0b", "café €\u201c\u201d\v");
+    row("plain nul", QByteArray("a\0b", 3), "ab");
+    row("plain rtf-like", "x{\\rtf1 y}", "x{\\rtf1 y}");
+    row("plain after blanks", "\r\n  {rtf1 x}", "\n  {rtf1 x}");
+    row("rtf after blanks", "\r\n  {\\rtf1 x}", "x");
+    row("plain with markup", "line one\r\nline two\nthree\rfour caf\xe9 {\\b x}",
+        "line one\nline two\nthree\nfour café {\\b x}");
 }
 
 void TestRtfReader::text() {
     QFETCH(QByteArray, input);
     QFETCH(QString, expected);
     QTextDocument doc;
-    QVERIFY(RtfReader::read(input, &doc) || !RtfReader::looksLikeRtf(input));
+    QCOMPARE(RtfReader::read(input, &doc), RtfReader::looksLikeRtf(input));
+    QVERIFY(RtfReader::looksLikeRtf(input) || doc.isEmpty());
+    RtfReader::readAny(input, &doc);
     if (expected != "*")
         QCOMPARE(plain(doc), expected);
     // The plain-text path gives exactly what the buffer holds after loading the same bytes.
@@ -394,19 +399,6 @@ void TestRtfReader::pictures() {
     QPainter p(&page);
     doc.drawContents(&p);
     QVERIFY(doc.documentLayout()->handlerForObject(RtfConventions::PlaceholderObjectType));
-}
-
-void TestRtfReader::plainTextFallback() {
-    QVERIFY(RtfReader::looksLikeRtf("\r\n  {\\rtf1 x}"));
-    QVERIFY(!RtfReader::looksLikeRtf("{rtf1 x}"));
-    QVERIFY(!RtfReader::looksLikeRtf(""));
-    QTextDocument doc;
-    QVERIFY(!RtfReader::read("plain", &doc));
-    QVERIFY(doc.isEmpty());
-    RtfReader::readAny("line one\r\nline two\nthree\rfour caf\xe9 {\\b x}", &doc);
-    QCOMPARE(plain(doc), QString::fromUtf8("line one\nline two\nthree\nfour café {\\b x}"));
-    RtfReader::readAny("{\\rtf1 {\\b bold}}", &doc);
-    QCOMPARE(plain(doc), "bold");
 }
 
 // Reads every .rtf below the folder named by MAVROLEN_RTF_CORPUS: each must load with text, no
