@@ -1,8 +1,8 @@
 // The Edit commands on the text pane of a headless document: case rules, attribute toggles,
 // indents, the clipboard (a fake one), the undo history, and the font commands with the dialog
 // answered by the test. Texts are written with "*" around bold runs.
-#include "document/Clipboard.h"
 #include "document/Document.h"
+#include "document/SystemClipboard.h"
 #include "editor/modEdit.h"
 #include "editor/modFont.h"
 #include "outline/modNodes.h"
@@ -12,44 +12,21 @@
 #include "support/FakeMainWindow.h"
 #include "util/MainWindowHost.h"
 
-#include <memory>
-
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QtTest>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class FakeClipboard : public Clipboard {
-public:
-    void Clear() override { *this = FakeClipboard(); }
-    bool GetFormat(int format) const override {
-        return format == PlainText  ? !text.isNull() && !own
-               : format == RichText ? !rich.isNull()
-                                    : format == Html && !html.isNull();
-    }
-    QString GetText() const override { return text; }
-    QByteArray GetRichText() const override { return rich; }
-    QString GetHtml() const override { return html; }
-    void SetText(const QString &t) override { text = t; }
-    void SetRichText(const QByteArray &r) override { rich = r; }
-    void SetRichCopy(const QByteArray &r, const QString &h, const QString &p) override {
-        rich = r;
-        html = h;
-        text = p;
-        own = true;
-    }
-    QString text;
-    QByteArray rich;
-    QString html;
-    bool own = false;
-};
 
 const QByteArray kMixed =
     "{\\rtf1\\ansi{\\fonttbl{\\f0 Serif;}}\\f0\\fs21 small \\fs40 large\\par }";
@@ -119,7 +96,6 @@ private Q_SLOTS:
     }
     void cleanup() {
         modDocClipboard::SetClipboard(nullptr);
-        m_clip.Clear();
         m_frm.reset();
     }
     void textCommands_data();
@@ -133,11 +109,10 @@ private Q_SLOTS:
     void recordThroughDialog();
     void sizeSteps_data();
     void sizeSteps();
-    void currentFontChoosesSelectionOrWholeText();
-    void documentFontKeepsSelection();
+    void textFonts();
 
 private:
-    FakeClipboard m_clip;
+    SystemClipboard m_clip;
     std::unique_ptr<FakeMainWindow> m_frm; // answers the questions, records what was asked
 };
 
@@ -245,45 +220,41 @@ void TestEdit::indents() {
 void TestEdit::clipboard_data() {
     // "BOLD" of "plain *BOLD*" is taken by the command "take", then pasted at the start.
     QTest::addColumn<Command>("take");
-    QTest::addColumn<std::function<void(FakeClipboard &)>>("offer"); // after the take
+    QTest::addColumn<QString>("offer"); // by another program after the take: html, text, nothing
     QTest::addColumn<Command>("paste");
     QTest::addColumn<QString>("offered"); // the formats on the clipboard after the take
     QTest::addColumn<QString>("expected");
-    using Offer = std::function<void(FakeClipboard &)>;
-    const Offer none = [](FakeClipboard &) {};
-    const Offer html = [](FakeClipboard &c) {
-        c.Clear();
-        c.html = "<p><i>x</i><b>Web</b></p>";
-    };
-    const Offer plain = [](FakeClipboard &c) {
-        c.Clear();
-        c.text = "a\nb";
-    };
-    const Offer empty = [](FakeClipboard &c) { c.Clear(); };
     const Command copy = modEdit::EditCopy, cut = modEdit::EditCut, paste = modEdit::EditPaste,
                   special = modEdit::EditPasteSpecial, del = modEdit::EditDelete;
     // clang-format off
-    QTest::newRow("copy, paste keeps bold") << copy << none << paste << "rich html" << "*BOLD*plain *BOLD*";
-    QTest::newRow("cut, paste loses bold") << cut << none << paste << "plain" << "BOLDplain ";
-    QTest::newRow("copy, paste special") << copy << none << special << "rich html" << "BOLDplain *BOLD*";
-    QTest::newRow("html of others") << copy << html << paste << "html" << "x*Web*plain *BOLD*";
-    QTest::newRow("plain of others") << copy << plain << paste << "plain" << "a\r\nbplain *BOLD*";
-    QTest::newRow("nothing to paste") << copy << empty << paste << "" << "plain *BOLD*";
-    QTest::newRow("delete, clipboard kept") << del << none << paste << "plain" << "left overplain ";
+    QTest::newRow("copy, paste keeps bold") << copy << "" << paste << "rich html" << "*BOLD*plain *BOLD*";
+    QTest::newRow("cut, paste loses bold") << cut << "" << paste << "plain" << "BOLDplain ";
+    QTest::newRow("copy, paste special") << copy << "" << special << "rich html" << "BOLDplain *BOLD*";
+    QTest::newRow("html of others") << copy << "html" << paste << "html" << "x*Web*plain *BOLD*";
+    QTest::newRow("plain of others") << copy << "text" << paste << "plain" << "a\r\nbplain *BOLD*";
+    QTest::newRow("nothing to paste") << copy << "nothing" << paste << "" << "plain *BOLD*";
+    QTest::newRow("delete, clipboard kept") << del << "" << paste << "plain" << "left overplain ";
     // clang-format on
 }
 
 void TestEdit::clipboard() {
     QFETCH(Command, take);
-    QFETCH(std::function<void(FakeClipboard &)>, offer);
+    QFETCH(QString, offer);
     QFETCH(Command, paste);
-    QFETCH(QString, offered);
     QFETCH(QString, expected);
     Fixture f("plain *BOLD*");
-    m_clip.text = "left over";
+    m_clip.SetText("left over");
     f.select(6, 4);
     take();
-    offer(m_clip);
+    if (!offer.isEmpty()) {
+        auto *data = new QMimeData;
+        if (offer == "html") {
+            data->setHtml("<p><i>x</i><b>Web</b></p>");
+        } else if (offer == "text") {
+            data->setText("a\nb");
+        }
+        QGuiApplication::clipboard()->setMimeData(data);
+    }
     QStringList formats;
     const std::pair<int, const char *> kinds[] = {
         {Clipboard::PlainText, "plain"}, {Clipboard::RichText, "rich"}, {Clipboard::Html, "html"}};
@@ -292,11 +263,11 @@ void TestEdit::clipboard() {
             formats << name;
         }
     }
-    QCOMPARE(formats.join(' '), offered);
-    if (m_clip.own) {
+    QTEST(formats.join(' '), "offered");
+    if (formats.contains("rich")) {
         // What other programs get beside the RTF.
-        QCOMPARE(m_clip.text, QString("BOLD"));
-        QVERIFY(m_clip.html.contains("BOLD"));
+        QCOMPARE(m_clip.GetText(), QString("BOLD"));
+        QVERIFY(m_clip.GetHtml().contains("BOLD"));
     }
     f.select(0, 0);
     paste();
@@ -379,7 +350,7 @@ void TestEdit::undoSteps() {
 // ---- The font commands, with the dialog answered by the test ----
 
 void TestEdit::recordThroughDialog() {
-    FakeMainWindow frm; // its font dialog cancels unless a choice is queued
+    FakeMainWindow &frm = *m_frm; // its font dialog cancels unless a choice is queued
     clsFont font;
     font.setName(u"Serif"_s);
     font.setSize(10.5);
@@ -433,21 +404,22 @@ void TestEdit::sizeSteps() {
     }
 }
 
-void TestEdit::currentFontChoosesSelectionOrWholeText() {
+// The text's font changes a selection's characters, else the pane's base font; the document's
+// font keeps the selection.
+void TestEdit::textFonts() {
     Document doc;
-    auto pane = std::make_unique<RichTextBuffer>();
-    RichTextBuffer *buffer = pane.get();
-    doc.setTextPane(std::move(pane));
+    doc.setTextPane(std::make_unique<RichTextBuffer>());
+    auto *buffer = static_cast<RichTextBuffer *>(doc.txtRTF());
     Documents::SetActive(&doc);
     buffer->SetTextRTF(kMixed);
-    FakeMainWindow frm;
     const modFont::FontDialogValues mono{u"Mono"_s, 14, true, false, false, false, {}};
-    frm.FontChoices = {mono, mono};
+    m_frm->FontChoices = {mono, mono,
+                          modFont::FontDialogValues{u"Sans"_s, 9, false, true, false, false, {}}};
 
     // A selection: only its characters change, and the dialog starts from them.
     buffer->Select(0, 5);
     modFont::EditCurrentFont();
-    QCOMPARE(frm.FontsShown.last().FontSize, 10.5);
+    QCOMPARE(m_frm->FontsShown.last().FontSize, 10.5);
     QCOMPARE(buffer->SelFontName(), std::optional<QString>(u"Mono"_s));
     buffer->Select(6, 11);
     QCOMPARE(buffer->SelFontSize(), std::optional<double>(20));
@@ -460,23 +432,13 @@ void TestEdit::currentFontChoosesSelectionOrWholeText() {
     QVERIFY(buffer->Font().bold());
     buffer->Select(6, 11);
     QCOMPARE(buffer->SelFontSize(), std::optional<double>(20));
-    Documents::SetActive(nullptr);
-}
 
-void TestEdit::documentFontKeepsSelection() {
-    Document doc;
-    doc.setTextPane(std::make_unique<RichTextBuffer>());
-    auto *buffer = static_cast<RichTextBuffer *>(doc.txtRTF());
-    Documents::SetActive(&doc);
-    buffer->SetTextRTF(kMixed);
     buffer->Select(2, 4);
-    FakeMainWindow frm;
-    frm.FontChoices << modFont::FontDialogValues{u"Mono"_s, 9, false, true, false, false, {}};
     modFont::EditDocumentFont();
-    QCOMPARE(doc.m_fntTextFont.Name(), u"Mono"_s);
+    QCOMPARE(doc.m_fntTextFont.Name(), u"Sans"_s);
     QCOMPARE(doc.m_fntTextFont.Size(), 9.0);
-    QCOMPARE(buffer->Font().family(), u"Mono"_s);
-    QVERIFY(buffer->Font().italic());
+    QCOMPARE(buffer->Font().family(), u"Sans"_s);
+    QVERIFY(buffer->Font().italic() && !buffer->Font().bold());
     QCOMPARE(buffer->SelStart(), 2);
     QCOMPARE(buffer->SelLength(), 2);
     QVERIFY(buffer->Visible());
