@@ -1,6 +1,6 @@
 // The Edit commands on the text pane of a headless document: case rules, attribute toggles,
-// indents, the clipboard (a fake one), the undo history, and the font commands with the dialog
-// answered by the test. Texts are written with "*" around bold runs.
+// indents, the clipboard (the test platform's), the undo history, and the font commands with the
+// dialog answered by the test. Texts are written with "*" around bold runs.
 #include "document/Document.h"
 #include "document/SystemClipboard.h"
 #include "editor/modEdit.h"

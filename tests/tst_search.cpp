@@ -24,26 +24,12 @@ using namespace modSearch;
 
 namespace {
 
-// RTF of a plain text: "|" is a paragraph break, characters outside ASCII are \u escapes.
-QByteArray rtfOf(const QString &plain) {
-    QByteArray rtf = "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}}\\f0\\fs20 ";
-    for (QChar c : plain) {
-        if (c == QLatin1Char('|')) {
-            rtf += "\\par ";
-        } else if (c == QLatin1Char('\\') || c == QLatin1Char('{') || c == QLatin1Char('}')) {
-            rtf += '\\' + QByteArray(1, char(c.unicode()));
-        } else if (c.unicode() > 0x7F) {
-            rtf += "\\u" + QByteArray::number(qint16(c.unicode())) + "?";
-        } else {
-            rtf += char(c.unicode());
-        }
-    }
-    return rtf + "}";
-}
-
+// The stored text of a plain text in which "|" is a paragraph break.
 QByteArray storedOf(const QString &plain) {
+    RichTextBuffer b;
+    b.SetSelText(QString(plain).replace(u'|', QLatin1String("\r\n")));
     QByteArray stored;
-    modNodes::NodeTextCompressIfRequired(rtfOf(plain), stored);
+    modNodes::NodeTextCompressIfRequired(b.TextRTF(), stored);
     return stored;
 }
 
@@ -309,17 +295,9 @@ void TestSearch::dialogRules() {
     g_bMatchCase = flags.contains(QLatin1Char('c'));
     g_iSearchMode = flags.contains(QLatin1Char('2')) ? 2 : 1;
     g_sSearchWhereText = flags.contains(QLatin1Char('-')) ? QString() : "All entry texts";
-    QStringList on;
-    if (FindEnabled()) {
-        on << "find";
-    }
-    if (ReplaceAllEnabled()) {
-        on << "all";
-    }
-    if (ReplaceEnabledAfterFind(true)) {
-        on << "replace";
-    }
-    QCOMPARE(on.join(' '), expect);
+    const QStringList on = {FindEnabled() ? "find" : "", ReplaceAllEnabled() ? "all" : "",
+                            ReplaceEnabledAfterFind(true) ? "replace" : ""};
+    QCOMPARE(on.join(' ').simplified(), expect);
     QVERIFY(!ReplaceEnabledAfterFind(false));
 }
 
@@ -348,9 +326,9 @@ void TestSearch::history() {
     clsHistory small;
     small.setMaxEntries(10);
     small.setSection("ReplaceHistory");
-    small.Store("c");
-    small.Store("b");
-    small.Store("a");
+    for (const char *entry : {"c", "b", "a"}) {
+        small.Store(entry);
+    }
     small.Save();
     QCOMPARE(modSettings::GetAllSettings("ReplaceHistory").size(), 3);
     QCOMPARE(modSettings::GetSetting("ReplaceHistory", "1"), "a");
