@@ -12,12 +12,7 @@
 #include "support/FakeMainWindow.h"
 #include "util/MainWindowHost.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
-#include <QMimeData>
-#include <QTextBlock>
-#include <QTextCursor>
-#include <QTextDocument>
+#include <QtGui>
 #include <QtTest>
 
 #include <functional>

@@ -4,9 +4,6 @@
 #include "util/CodePage.h"
 #include "util/modString.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
 
 using namespace modString;

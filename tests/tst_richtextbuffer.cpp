@@ -7,12 +7,7 @@
 #include "richtext/clsFont.h"
 #include "support/TestSupport.h"
 
-#include <QImage>
-#include <QSignalSpy>
-#include <QTextCursor>
-#include <QTextDocument>
-#include <QTextList>
-#include <QTextTable>
+#include <QtGui>
 #include <QtTest>
 
 #include <functional>

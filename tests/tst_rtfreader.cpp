@@ -5,17 +5,8 @@
 #include "richtext/RtfPlaceholder.h"
 #include "richtext/RtfReader.h"
 
-#include <QAbstractTextDocumentLayout>
-#include <QBuffer>
-#include <QDirIterator>
-#include <QImage>
-#include <QPainter>
-#include <QRegularExpression>
-#include <QTest>
-#include <QTextBlock>
-#include <QTextDocument>
-#include <QTextList>
-#include <QTextTable>
+#include <QtGui>
+#include <QtTest>
 
 namespace {
 

@@ -3,10 +3,7 @@
 #include "richtext/RtfConventions.h"
 #include "richtext/RtfWriter.h"
 
-#include <QImage>
-#include <QTextCursor>
-#include <QTextDocument>
-#include <QTextTable>
+#include <QtGui>
 #include <QtTest>
 
 #include <functional>

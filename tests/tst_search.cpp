@@ -15,7 +15,6 @@
 
 #include <memory>
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <random>
