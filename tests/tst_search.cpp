@@ -23,10 +23,21 @@ using namespace modSearch;
 
 namespace {
 
+// The tables here have string columns only, added and read by name.
+void columns(std::initializer_list<const char *> names) {
+    for (const char *name : names) {
+        QTest::addColumn<QString>(name);
+    }
+}
+
+QString column(const char *name) {
+    return *static_cast<QString *>(QTest::qData(name, QMetaType::QString));
+}
+
 // The stored text of a plain text in which "|" is a paragraph break.
 QByteArray storedOf(const QString &plain) {
     RichTextBuffer b;
-    b.SetSelText(QString(plain).replace(u'|', QLatin1String("\r\n")));
+    b.SetSelText(QString(plain).replace(u'|', "\r\n"));
     QByteArray stored;
     modNodes::NodeTextCompressIfRequired(b.TextRTF(), stored);
     return stored;
@@ -37,10 +48,10 @@ Document *build(const QString &outline) {
     Document *doc = DocTest::newDocument();
     doc->setTextPane(std::make_unique<RichTextBuffer>());
     std::vector<Node *> parents;
-    for (const QString &line : outline.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+    for (const QString &line : outline.split(u'\n', Qt::SkipEmptyParts)) {
         const qsizetype depth = (line.size() - line.trimmed().size()) / 2;
         const QString item = line.trimmed();
-        const qsizetype eq = item.indexOf(QLatin1Char('='));
+        const qsizetype eq = item.indexOf(u'=');
         parents.resize(size_t(depth));
         Node *n = DocTest::add(doc, depth ? parents.back() : nullptr, item.left(eq),
                                eq < 0 ? QByteArray() : storedOf(item.mid(eq + 1)));
@@ -55,36 +66,34 @@ RichTextBuffer *pane(Document *doc) {
 
 // Selects "label@start,length" (the entry, then the pane's selection).
 void selectAt(Document *doc, const QString &where) {
-    const qsizetype at = where.indexOf(QLatin1Char('@'));
+    const qsizetype at = where.indexOf(u'@');
     modNodes::NodeSelect(doc, FindEntry(doc->trvOutline(), where.left(at)));
-    const QStringList sel = where.mid(at + 1).split(QLatin1Char(','));
+    const QStringList sel = where.mid(at + 1).split(u',');
     pane(doc)->SetSelStart(sel.at(0).toInt());
     pane(doc)->SetSelLength(sel.at(1).toInt());
 }
 
+// "label@start,length" of the selected entry and the pane's selection.
 QString state(Document *doc) {
     Node *s = doc->trvOutline().SelectedItem();
-    return QStringLiteral("%1@%2,%3")
-        .arg(s ? s->Text() : QString())
-        .arg(pane(doc)->SelStart())
-        .arg(pane(doc)->SelLength());
+    return (s ? s->Text() : QString()) +
+           QString("@%1,%2").arg(pane(doc)->SelStart()).arg(pane(doc)->SelLength());
 }
 
 // Every entry as label=text, in collection order.
 QString texts(Document *doc) {
     QStringList out;
     for (Node *n : doc->trvOutline()) {
-        out << n->Text() + QLatin1Char('=') +
-                   modDocText::PlainTextStripped(n->Tag()).replace(QLatin1String("\r\n"), "|");
+        out << n->Text() + u'=' + modDocText::PlainTextStripped(n->Tag()).replace("\r\n", "|");
     }
-    return out.join(QLatin1Char(';'));
+    return out.join(u';');
 }
 
 void setState(const QString &find, const QString &flags, const QString &where) {
-    g_sFindText = QString(find).replace(QLatin1Char('|'), QLatin1String("\r\n"));
-    g_bMatchCase = flags.contains(QLatin1Char('c'));
-    g_bWholeWord = flags.contains(QLatin1Char('w'));
-    g_bBackwards = flags.contains(QLatin1Char('b'));
+    g_sFindText = QString(find).replace(u'|', "\r\n");
+    g_bMatchCase = flags.contains(u'c');
+    g_bWholeWord = flags.contains(u'w');
+    g_bBackwards = flags.contains(u'b');
     g_sSearchWhere = where;
 }
 
@@ -153,12 +162,7 @@ void TestSearch::cleanup() {
 }
 
 void TestSearch::find_data() {
-    QTest::addColumn<QString>("outline");
-    QTest::addColumn<QString>("select");
-    QTest::addColumn<QString>("find");
-    QTest::addColumn<QString>("flags");
-    QTest::addColumn<QString>("where");
-    QTest::addColumn<QString>("expect");
+    columns({"outline", "select", "find", "flags", "where", "expect"});
     const char *one = "A=cat dog cat";
     const char *all = "R=alpha\n  A=cat one\n  B=dog\n  C=cat two|cat three";
     const char *names = "Root\n  the cat\n  catsup\n  Cats";
@@ -198,29 +202,18 @@ void TestSearch::find_data() {
 }
 
 void TestSearch::find() {
-    QFETCH(QString, outline);
-    QFETCH(QString, select);
-    QFETCH(QString, find);
-    QFETCH(QString, flags);
-    QFETCH(QString, where);
-    QFETCH(QString, expect);
-    Document *doc = build(outline);
-    selectAt(doc, select);
-    setState(find, flags, where);
+    Document *doc = build(column("outline"));
+    selectAt(doc, column("select"));
+    setState(column("find"), column("flags"), column("where"));
     const bool found = SearchPerform();
-    QCOMPARE((found ? "yes " : "no ") + state(doc), expect);
+    QTEST((found ? "yes " : "no ") + state(doc), "expect");
     // "Search completed" is the one message, and only when nothing was found.
     QCOMPARE(m_frm->Asked, found ? QStringList() : QStringList{QStringLiteral("Search completed")});
     QVERIFY(pane(doc)->Visible());
 }
 
 void TestSearch::replace_data() {
-    QTest::addColumn<QString>("outline");
-    QTest::addColumn<QString>("select");
-    QTest::addColumn<QString>("find");
-    QTest::addColumn<QString>("replace");
-    QTest::addColumn<QString>("flags");
-    QTest::addColumn<QString>("expect");
+    columns({"outline", "select", "find", "replace", "flags", "expect"});
     const char *fruit = "A=Apple pie";
     const char *all = "R=a cat\n  A=cat and cat\n  B=dog\n  C=Cat|cat";
     AddRows({
@@ -241,37 +234,30 @@ void TestSearch::replace_data() {
 }
 
 void TestSearch::replace() {
-    QFETCH(QString, outline);
-    QFETCH(QString, select);
-    QFETCH(QString, find);
-    QFETCH(QString, replace);
-    QFETCH(QString, flags);
-    QFETCH(QString, expect);
+    const QString outline = column("outline"), flags = column("flags");
     Document *doc = build(outline);
-    doc->bReadOnly = flags.contains(QLatin1Char('-'));
-    selectAt(doc, select);
+    doc->bReadOnly = flags.contains(u'-');
+    selectAt(doc, column("select"));
     doc->m_bDataChanged = false;
-    const bool once = QString(QTest::currentDataTag()).startsWith(QLatin1String("once"));
-    setState(find, flags, flags.contains(QLatin1Char('n')) ? "2" : once ? "0" : "1");
-    g_sReplaceText = replace;
+    const bool once = QString(QTest::currentDataTag()).startsWith("once");
+    setState(column("find"), flags, flags.contains(u'n') ? "2" : once ? "0" : "1");
+    g_sReplaceText = column("replace");
     g_iSearchMode = 2;
     if (once) {
         SearchPerformReplace();
-        QCOMPARE(texts(doc) + QLatin1Char(' ') + state(doc).mid(1), expect);
+        QTEST(texts(doc) + u' ' + state(doc).mid(1), "expect");
     } else {
         SearchPerform();
         SearchReplaceAll();
-        QCOMPARE(texts(doc), expect);
+        QTEST(texts(doc), "expect");
         QCOMPARE(m_frm->Asked.size(), doc->bReadOnly ? 0 : 1);
     }
     QCOMPARE(doc->m_bDataChanged, texts(doc) != texts(build(outline)));
 }
 
 void TestSearch::dialogRules_data() {
-    QTest::addColumn<QString>("find");
-    QTest::addColumn<QString>("replace");
-    QTest::addColumn<QString>("flags");
-    QTest::addColumn<QString>("expect"); // Find, Replace All, Replace after a successful find
+    columns(
+        {"find", "replace", "flags", "expect"}); // expect: Find, Replace All, Replace after a find
     AddRows({
         {"replacement holds the expression", "a", "ba", "2", "find"},
         {"empty replacement", "a", "", "2", "find replace"},
@@ -285,18 +271,15 @@ void TestSearch::dialogRules_data() {
 }
 
 void TestSearch::dialogRules() {
-    QFETCH(QString, find);
-    QFETCH(QString, replace);
-    QFETCH(QString, flags);
-    QFETCH(QString, expect);
-    g_sFindText = find;
-    g_sReplaceText = replace;
-    g_bMatchCase = flags.contains(QLatin1Char('c'));
-    g_iSearchMode = flags.contains(QLatin1Char('2')) ? 2 : 1;
-    g_sSearchWhereText = flags.contains(QLatin1Char('-')) ? QString() : "All entry texts";
+    const QString flags = column("flags");
+    g_sFindText = column("find");
+    g_sReplaceText = column("replace");
+    g_bMatchCase = flags.contains(u'c');
+    g_iSearchMode = flags.contains(u'2') ? 2 : 1;
+    g_sSearchWhereText = flags.contains(u'-') ? QString() : "All entry texts";
     const QStringList on = {FindEnabled() ? "find" : "", ReplaceAllEnabled() ? "all" : "",
                             ReplaceEnabledAfterFind(true) ? "replace" : ""};
-    QCOMPARE(on.join(' ').simplified(), expect);
+    QTEST(on.join(' ').simplified(), "expect");
     QVERIFY(!ReplaceEnabledAfterFind(false));
 }
 
@@ -390,7 +373,7 @@ void TestSearch::scanEqualsPaneSearch() {
             }
             DocTest::closeAll();
         }
-        hits += int(seen[0].filter(QLatin1String("+")).size());
+        hits += int(seen[0].filter("+").size());
         QVERIFY2(seen[0] == seen[1], qPrintable(find + " " + flags + "\n" + outline + "\n" +
                                                 seen[0].join(' ') + "\n" + seen[1].join(' ')));
     }
