@@ -277,47 +277,47 @@ void TestRtfReader::lists_data() {
     QTest::addColumn<QStringList>("items");
     QTest::addColumn<int>("style");
     QTest::addColumn<QString>("outside");
-
-    QTest::newRow("richedit bullets")
-        << rtf("\\pard{\\pntext\\f1\\'B7\\tab}{\\*\\pn\\pnlvlblt\\pnf1\\pnindent0{\\pntxtb\\'B7}}"
-               "\\fi-360\\li720 Bullet\\par{\\pntext\\f1\\'B7\\tab}Bullet 2\\par\\pard plain\\par",
-               "{\\f0 Arial;}{\\f1\\fnil\\fcharset2 Symbol;}")
-        << QStringList{"Bullet", "Bullet 2"} << int(QTextListFormat::ListDisc) << "plain";
-    QTest::newRow("richedit numbering")
-        << rtf("\\pard{\\pntext\\f0 1.\\tab}{\\*\\pn\\pnlvlbody\\pnf0\\pnindent0\\pnstart1\\pndec"
-               "{\\pntxta.}}\\fi-360\\li720 List 1\\par{\\pntext\\f0 2.\\tab}List 2\\par\\pard end")
-        << QStringList{"List 1", "List 2"} << int(QTextListFormat::ListDecimal) << "end";
-    QTest::newRow("richedit letters")
-        << rtf("\\pard{\\*\\pn\\pnlvlbody\\pnlcltr{\\pntxta)}}a1\\par b1\\par\\pard end")
-        << QStringList{"a1", "b1"} << int(QTextListFormat::ListLowerAlpha) << "end";
-    QByteArray word =
+    const auto row = [](const char *name, const QByteArray &input, const QStringList &items,
+                        QTextListFormat::Style style, const char *outside) {
+        QTest::newRow(name) << input << items << int(style) << QString(outside);
+    };
+    row("richedit bullets",
+        rtf("\\pard{\\pntext\\f1\\'B7\\tab}{\\*\\pn\\pnlvlblt\\pnf1\\pnindent0{\\pntxtb\\'B7}}"
+            "\\fi-360\\li720 Bullet\\par{\\pntext\\f1\\'B7\\tab}Bullet 2\\par\\pard plain\\par",
+            "{\\f0 Arial;}{\\f1\\fnil\\fcharset2 Symbol;}"),
+        {"Bullet", "Bullet 2"}, QTextListFormat::ListDisc, "plain");
+    row("richedit numbering",
+        rtf("\\pard{\\pntext\\f0 1.\\tab}{\\*\\pn\\pnlvlbody\\pnf0\\pnindent0\\pnstart1\\pndec"
+            "{\\pntxta.}}\\fi-360\\li720 List 1\\par{\\pntext\\f0 2.\\tab}List 2\\par\\pard end"),
+        {"List 1", "List 2"}, QTextListFormat::ListDecimal, "end");
+    row("richedit letters",
+        rtf("\\pard{\\*\\pn\\pnlvlbody\\pnlcltr{\\pntxta)}}a1\\par b1\\par\\pard end"),
+        {"a1", "b1"}, QTextListFormat::ListLowerAlpha, "end");
+    const QByteArray word =
         "{\\*\\listtable{\\list\\listtemplateid1{\\listlevel\\levelnfc0{\\leveltext\\'02\\'00.;}"
-        "{\\levelnumbers\\'01;}}\\listid77}{\\list{\\listlevel\\levelnfc23{\\leveltext\\'01\\u-"
-        "3913 ?;}"
-        "}\\listid88}}{\\*\\listoverridetable{\\listoverride\\listid77\\listoverridecount0\\ls1}"
-        "{\\listoverride\\listid88\\ls2}}";
-    QTest::newRow("word numbered")
-        << rtf(word +
-               "\\pard\\ls1{\\listtext 1.\\tab}one\\par{\\listtext 2.\\tab}two\\par\\pard no")
-        << QStringList{"one", "two"} << int(QTextListFormat::ListDecimal) << "no";
-    QTest::newRow("word bullets")
-        << rtf(word + "\\pard\\ls2{\\listtext\\'b7\\tab}one\\par\\ls2 two\\par\\pard no")
-        << QStringList{"one", "two"} << int(QTextListFormat::ListDisc) << "no";
+        "{\\levelnumbers\\'01;}}\\listid77}{\\list{\\listlevel\\levelnfc23{\\leveltext\\'01"
+        "\\u-3913 ?;}}\\listid88}}{\\*\\listoverridetable{\\listoverride\\listid77"
+        "\\listoverridecount0\\ls1}{\\listoverride\\listid88\\ls2}}";
+    row("word numbered",
+        rtf(word + "\\pard\\ls1{\\listtext 1.\\tab}one\\par{\\listtext 2.\\tab}two\\par\\pard no"),
+        {"one", "two"}, QTextListFormat::ListDecimal, "no");
+    row("word bullets",
+        rtf(word + "\\pard\\ls2{\\listtext\\'b7\\tab}one\\par\\ls2 two\\par\\pard no"),
+        {"one", "two"}, QTextListFormat::ListDisc, "no");
 }
 
 void TestRtfReader::lists() {
     QFETCH(QByteArray, input);
     QFETCH(QStringList, items);
-    QFETCH(int, style);
-    QFETCH(QString, outside);
     QTextDocument doc;
     QVERIFY(RtfReader::read(input, &doc));
     QTextList *list = blockWith(doc, items.first()).textList();
     QVERIFY2(list, qPrintable(plain(doc)));
-    QCOMPARE(int(list->format().style()), style);
+    QTEST(int(list->format().style()), "style");
     QCOMPARE(list->count(), items.size());
     for (int i = 0; i < items.size(); ++i)
         QCOMPARE(list->item(i).text(), items[i]);
+    QFETCH(QString, outside);
     QVERIFY(!blockWith(doc, outside).textList());
 }
 
