@@ -102,7 +102,6 @@ private Q_SLOTS:
     void undoSteps_data();
     void undoSteps();
     void recordThroughDialog();
-    void sizeSteps_data();
     void sizeSteps();
     void textFonts();
 
@@ -371,31 +370,20 @@ void TestEdit::recordThroughDialog() {
     QVERIFY(!frm.FontsShown.last().FontBold);
 }
 
-void TestEdit::sizeSteps_data() {
-    QTest::addColumn<QByteArray>("rtf");
-    QTest::addColumn<bool>("larger");
-    QTest::addColumn<double>("expected"); // -1: unchanged (mixed sizes)
-    QTest::newRow("10.5 larger") << QByteArray("{\\rtf1\\ansi\\fs21 text\\par }") << true << 11.5;
-    QTest::newRow("12 smaller") << QByteArray("{\\rtf1\\ansi\\fs24 text\\par }") << false << 11.0;
-    QTest::newRow("mixed sizes") << kMixed << true << -1.0;
-}
-
+// A size step on a uniform size goes to the next size; mixed sizes are left alone.
 void TestEdit::sizeSteps() {
-    QFETCH(QByteArray, rtf);
-    QFETCH(bool, larger);
-    QFETCH(double, expected);
-    RichTextBuffer pane;
-    pane.SetTextRTF(rtf);
-    pane.Select(0, int(pane.Text().size()));
-    const auto before = pane.SelFontSize();
-    modFont::ChangeSelectedFontSize(pane, larger);
-    if (expected < 0) {
-        QVERIFY(!pane.SelFontSize());
+    const std::tuple<QByteArray, bool, std::optional<double>> steps[] = {
+        {"{\\rtf1\\ansi\\fs21 text\\par }", true, 11.5},
+        {"{\\rtf1\\ansi\\fs24 text\\par }", false, 11.0},
+        {kMixed, true, std::nullopt}};
+    for (const auto &[rtf, larger, expected] : steps) {
+        RichTextBuffer pane;
+        pane.SetTextRTF(rtf);
+        pane.Select(0, int(pane.Text().size()));
+        modFont::ChangeSelectedFontSize(pane, larger);
+        QCOMPARE(pane.SelFontSize(), expected);
         pane.Select(0, 1);
-        QCOMPARE(pane.SelFontSize(), std::optional<double>(10.5));
-    } else {
-        QVERIFY(before);
-        QCOMPARE(pane.SelFontSize(), std::optional<double>(expected));
+        QCOMPARE(pane.SelFontSize(), expected ? expected : 10.5);
     }
 }
 
