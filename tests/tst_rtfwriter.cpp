@@ -160,54 +160,27 @@ void TestRtfWriter::contents_data() {
     paragraph("left writes nothing", Qt::AlignLeft,
               "\\pard\\f0\\fs20 one\\par\r\ntwo\\par\r\nthree\\par\r\n}");
 
-    QTest::newRow("lists")
-        << Build([](QTextCursor &c) {
-               c.insertText("Bullet");
-               c.createList(QTextListFormat::ListDisc);
-               c.insertBlock();
-               c.insertText("Bullet 2");
-               c.insertBlock(QTextBlockFormat());
-               c.insertText("List 1");
-               c.createList(QTextListFormat::ListDecimal);
-               c.insertBlock();
-               c.insertText("List 2");
-               c.insertBlock(QTextBlockFormat());
-               c.insertText("end");
-           })
-        << QByteArray(
-               "\\pard{\\pntext\\f1\\'B7\\tab}{\\*\\pn\\pnlvlblt\\pnf1\\pnindent0{\\pntxtb\\'B7}}"
-               "\\f0\\fs20 Bullet\\par\r\n{\\pntext\\f1\\'B7\\tab}Bullet 2\\par\r\n"
-               "\\pard{\\pntext\\f0 1.\\tab}{\\*\\pn\\pnlvlbody\\pnf0\\pnindent0\\pnstart1"
-               "\\pndec{\\pntxta.}}List 1\\par\r\n{\\pntext\\f0 2.\\tab}List 2\\par\r\n"
-               "\\pard end\\par");
-    QTest::newRow("link")
-        << Build([](QTextCursor &c) {
-               c.insertText("see ");
-               QTextCharFormat link;
-               link.setAnchor(true);
-               link.setAnchorHref("http://example.com/a\"b");
-               link.setFontUnderline(true);
-               link.setForeground(QColor(0, 0, 255));
-               c.insertText("here", link);
-               c.insertText(" now", QTextCharFormat());
-           })
-        << QByteArray("see {\\field{\\*\\fldinst{HYPERLINK \"http://example.com/a%22b\"}}"
-                      "{\\fldrslt{\\ul\\cf1 here}}} now\\par");
+    const auto html = [](const char *name, const char *html, const QByteArray &expected) {
+        QTest::newRow(name) << Build([=](QTextCursor &c) { c.insertHtml(html); }) << expected;
+    };
+    html("lists",
+         "<ul style=\"margin:0\"><li>Bullet</li><li>Bullet 2</li></ul>"
+         "<ol style=\"margin:0\"><li>List 1</li><li>List 2</li></ol>end",
+         "\\pard{\\pntext\\f1\\'B7\\tab}{\\*\\pn\\pnlvlblt\\pnf1\\pnindent0{\\pntxtb\\'B7}}"
+         "\\f0\\fs20 Bullet\\par\r\n{\\pntext\\f1\\'B7\\tab}Bullet 2\\par\r\n"
+         "\\pard{\\pntext\\f0 1.\\tab}{\\*\\pn\\pnlvlbody\\pnf0\\pnindent0\\pnstart1"
+         "\\pndec{\\pntxta.}}List 1\\par\r\n{\\pntext\\f0 2.\\tab}List 2\\par\r\n"
+         "\\pard end\\par");
+    html("link", "see <a href=\"http://example.com/a&quot;b\">here</a> now",
+         "see {\\field{\\*\\fldinst{HYPERLINK \"http://example.com/a%22b\"}}"
+         "{\\fldrslt{\\ul\\cf1 here}}} now\\par");
     // A table always has a paragraph behind it.
     const QByteArray row = "\\trowd\\trgaph108\\trleft-108\\cellx4680\\cellx9360";
-    QTest::newRow("table") << Build([](QTextCursor &c) {
-        c.insertText("before");
-        QTextTable *t = c.insertTable(2, 2);
-        t->cellAt(0, 0).firstCursorPosition().insertText("a");
-        t->cellAt(0, 1).firstCursorPosition().insertText("b{");
-        t->cellAt(1, 0).firstCursorPosition().insertText("c");
-        QTextCursor cell = t->cellAt(1, 1).firstCursorPosition();
-        cell.insertText("d1");
-        cell.insertBlock();
-        cell.insertText("d2");
-    })
-                           << row + "\\pard\\intbl a\\cell b\\{\\cell\\row\r\n" + row +
-                                  "\\pard\\intbl c\\cell d1\\par d2\\cell\\row\r\n\\pard\\par\r\n}";
+    html("table",
+         "before<table><tr><td>a</td><td>b{</td></tr><tr><td>c</td>"
+         "<td><p style=\"margin:0\">d1</p><p style=\"margin:0\">d2</p></td></tr></table>",
+         row + "\\pard\\intbl a\\cell b\\{\\cell\\row\r\n" + row +
+             "\\pard\\intbl c\\cell d1\\par d2\\cell\\row\r\n\\pard\\par\r\n}");
     // A kept group goes out as it came in; a pasted image as PNG.
     const QByteArray rawGroup = "{\\pict\\wmetafile8\\picw10\\pich10 0102}";
     QTest::newRow("pictures") << Build([=](QTextCursor &c) {
