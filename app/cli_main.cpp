@@ -313,14 +313,18 @@ int cmdFind(Document *doc, const QString &text, bool matchCase, bool wholeWord, 
     modSearch::g_sFindText = text;
     modSearch::g_bMatchCase = matchCase;
     modSearch::g_bWholeWord = wholeWord;
+    std::vector<Node *> nodes;
+    modDocText::ForEachPreOrder(modDocText::DocRoot(*doc), [&](Node *n) { nodes.push_back(n); });
+    if (labels) {
+        std::erase_if(
+            nodes, [&](Node *n) { return !modSearch::SearchLabel(n->Text(), matchCase ? 0 : 1); });
+    } else {
+        nodes = modSearch::EntriesHolding(doc, nodes);
+    }
     QString lines;
-    modDocText::ForEachPreOrder(modDocText::DocRoot(*doc), [&](Node *n) {
-        const bool holds = labels ? modSearch::SearchLabel(n->Text(), matchCase ? 0 : 1)
-                                  : modSearch::EntryTextHolds(doc, n, false);
-        if (holds) {
-            lines += shortKey(n->Key()) + QLatin1Char('\t') + n->Text() + QLatin1Char('\n');
-        }
-    });
+    for (const Node *n : nodes) {
+        lines += shortKey(n->Key()) + QLatin1Char('\t') + n->Text() + QLatin1Char('\n');
+    }
     out(lines);
     return lines.isEmpty() ? kFailed : kOk;
 }

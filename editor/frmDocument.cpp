@@ -384,17 +384,35 @@ double frmDocument::RequiredOutlineWidth() const {
         const int row = m_pTree->itemDelegate()->sizeHint(option, first).width();
         overhead = std::max(overhead, row - fm.horizontalAdvance(first.data().toString()));
     }
-    // Labels keep their measured width until they change.
+    // Labels keep their measured width. Long outlines hold many labels that differ only in their
+    // numbers ("Entry 12", "2024-05-01"); in a font whose digits are all as wide, they are as wide.
+    const QFontMetricsF exact(m_pTree->font());
+    bool evenDigits = true;
+    for (char16_t d = u'1'; d <= u'9'; ++d) {
+        evenDigits = evenDigits &&
+                     exact.horizontalAdvance(QChar(d)) == exact.horizontalAdvance(QLatin1Char('0'));
+    }
+    QString digitless;
     auto labelWidth = [&](const Node *node) {
-        auto it = m_labelWidths.find(node);
-        if (it == m_labelWidths.end() || it->second.first != node->Text()) {
-            it = m_labelWidths.insert_or_assign(node, std::pair(node->Text(), 0)).first;
-            it->second.second = fm.horizontalAdvance(node->Text());
+        const QString *key = &node->Text();
+        if (evenDigits && std::any_of(key->cbegin(), key->cend(),
+                                      [](QChar c) { return c >= u'1' && c <= u'9'; })) {
+            digitless = *key;
+            for (QChar &c : digitless) {
+                if (c >= u'1' && c <= u'9') {
+                    c = u'0';
+                }
+            }
+            key = &digitless;
         }
-        return it->second.second;
+        auto it = m_labelWidths.constFind(*key);
+        if (it == m_labelWidths.cend()) {
+            it = m_labelWidths.insert(*key, fm.horizontalAdvance(*key));
+        }
+        return *it;
     };
-    if (m_labelWidths.size() > 2 * size_t(m_doc.trvOutline().Count()) + 1024) {
-        m_labelWidths.clear(); // mostly entries that have gone
+    if (m_labelWidths.size() > 2 * qsizetype(m_doc.trvOutline().Count()) + 1024) {
+        m_labelWidths.clear(); // mostly labels that have gone
     }
     int widest = 0;
     // Walks the showing rows only: the children of expanded entries.

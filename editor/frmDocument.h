@@ -2,12 +2,11 @@
 
 #include "editor/modSplit.h"
 
+#include <QFont>
+#include <QHash>
 #include <QPointer>
 #include <QWidget>
 
-#include <QFont>
-
-#include <unordered_map>
 #include <utility>
 
 class OutlineDragHandler;
@@ -133,5 +132,6 @@ private:
         double width = 0;
     };
     mutable FitCache m_fitCache;
-    mutable std::unordered_map<const Node *, std::pair<QString, int>> m_labelWidths;
+    // Measured label widths, by label (digits as "0" when the font's digits are all as wide).
+    mutable QHash<QString, int> m_labelWidths;
 };

@@ -3,11 +3,14 @@
 #include "document/Document.h"
 #include "document/modDocText.h"
 #include "outline/Node.h"
+#include "outline/modNodes.h"
 
 #include <QByteArrayView>
 #include <QLatin1StringView>
 
 #include <algorithm>
+#include <atomic>
+#include <thread>
 #include <unordered_map>
 
 namespace {
@@ -131,6 +134,38 @@ void decode(KeptText &t, const QByteArray &tag, bool folded) {
     }
 }
 
+bool needsDecoding(const KeptText &t, const QByteArray &tag, bool folded) {
+    return !t.valid || t.folded != folded || !sameBytes(t.tag, tag);
+}
+
+// Decodes the texts on worker threads beside this one. A text that fails to decode there (or
+// would be refused as too large, which is reported) stays undecoded for the scan to decode in
+// the usual way on this thread.
+void decodeInParallel(const std::vector<std::pair<KeptText *, QByteArray>> &jobs, bool folded) {
+    constexpr size_t kPerThread = 16; // fewer texts are not worth a thread
+    const size_t threads = std::min<size_t>({std::max(1U, std::thread::hardware_concurrency()), 8,
+                                             (jobs.size() + kPerThread - 1) / kPerThread});
+    std::atomic<size_t> next{0};
+    const auto work = [&] {
+        for (size_t i = next++; i < jobs.size(); i = next++) {
+            KeptText &t = *jobs[i].first;
+            if (modNodes::NodeTextRefused(jobs[i].second)) {
+                continue;
+            }
+            try {
+                decode(t, jobs[i].second, folded);
+            } catch (...) {
+                t.valid = false;
+            }
+        }
+    };
+    std::vector<std::jthread> pool;
+    for (size_t k = 1; k < threads; ++k) {
+        pool.emplace_back(work);
+    }
+    work();
+}
+
 } // namespace
 
 EntryTextScan::EntryTextScan(const QString &expression, bool matchCase, bool wholeWord, bool keep)
@@ -146,6 +181,16 @@ EntryTextScan::EntryTextScan(const QString &expression, bool matchCase, bool who
     }
 }
 
+EntryTextScan::~EntryTextScan() = default;
+
+EntryTextScan::Kept &EntryTextScan::keptOf(Document *document) {
+    if (document != m_pDocument) {
+        m_pDocument = document;
+        m_pKept = &keptTexts(document);
+    }
+    return *m_pKept;
+}
+
 EntryTextScan::Result EntryTextScan::scan(Document *document, Node *node) {
     if (!document || !node || m_sNeedle.isEmpty()) {
         return No;
@@ -154,13 +199,14 @@ EntryTextScan::Result EntryTextScan::scan(Document *document, Node *node) {
     KeptText once;
     KeptText *kept = &once;
     if (m_bKeep) {
-        if (document != m_pDocument) {
-            m_pDocument = document;
-            m_pKept = &keptTexts(document);
+        kept = &keptOf(document).texts[node];
+    } else if (m_pAhead) {
+        const auto ahead = m_pAhead->texts.find(node);
+        if (ahead != m_pAhead->texts.end()) {
+            kept = &ahead->second;
         }
-        kept = &m_pKept->texts[node];
     }
-    if (!kept->valid || kept->folded != folded || !sameBytes(kept->tag, node->Tag())) {
+    if (needsDecoding(*kept, node->Tag(), folded)) {
         decode(*kept, node->Tag(), folded);
     }
     const KeptText &t = *kept;
@@ -194,6 +240,32 @@ EntryTextScan::Result EntryTextScan::scan(Document *document, Node *node) {
         from = found + 1;
     }
     return No;
+}
+
+void EntryTextScan::prepare(Document *document, const std::vector<Node *> &nodes) {
+    if (!document || m_sNeedle.isEmpty()) {
+        return;
+    }
+    const bool folded = !m_bMatchCase;
+    Kept *kept = nullptr;
+    if (m_bKeep) {
+        kept = &keptOf(document);
+    } else {
+        if (!m_pAhead) {
+            m_pAhead = std::make_unique<Kept>();
+        }
+        m_pAhead->texts.clear();
+        kept = m_pAhead.get();
+    }
+    std::vector<std::pair<KeptText *, QByteArray>> jobs;
+    jobs.reserve(nodes.size());
+    for (Node *node : nodes) {
+        KeptText &t = kept->texts[node];
+        if (needsDecoding(t, node->Tag(), folded)) {
+            jobs.emplace_back(&t, node->Tag());
+        }
+    }
+    decodeInParallel(jobs, folded);
 }
 
 void EntryTextScan::forget() {

@@ -3,6 +3,9 @@
 #include <QByteArray>
 #include <QString>
 
+#include <memory>
+#include <vector>
+
 class Document;
 class Node;
 
@@ -20,10 +23,17 @@ public:
 
     // keep false: texts are decoded for this scan only (a tool that reads each entry once).
     EntryTextScan(const QString &expression, bool matchCase, bool wholeWord, bool keep = true);
+    ~EntryTextScan();
+    EntryTextScan(const EntryTextScan &) = delete;
+    EntryTextScan &operator=(const EntryTextScan &) = delete;
 
     // No when the entry's text holds no match, Yes when it does; Maybe when a whole-word test
     // cannot be told from the folded text (a character outside ASCII folded to a letter).
     Result scan(Document *document, Node *node);
+
+    // Decodes the texts of these entries of the document ahead of their scans, on every core.
+    // Without keeping, only the texts of the latest call are held.
+    void prepare(Document *document, const std::vector<Node *> &nodes);
 
     // Drops every kept text.
     static void forget();
@@ -31,6 +41,8 @@ public:
     struct Kept; // the kept texts of one document
 
 private:
+    Kept &keptOf(Document *document);
+
     bool m_bMatchCase;
     bool m_bWholeWord;
     bool m_bKeep;
@@ -39,4 +51,5 @@ private:
     bool m_bNeedleFits = false;
     Document *m_pDocument = nullptr;
     Kept *m_pKept = nullptr;
+    std::unique_ptr<Kept> m_pAhead; // without keeping: the texts decoded by prepare()
 };

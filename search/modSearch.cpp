@@ -8,6 +8,9 @@
 #include "util/MainWindowHost.h"
 #include "util/modString.h"
 
+#include <algorithm>
+#include <vector>
+
 using namespace Qt::StringLiterals;
 
 namespace modSearch {
@@ -317,12 +320,26 @@ bool SearchAllTexts() {
                 found = node;
             }
         };
-        for (int index = first; index <= count && !found; ++index) {
-            visit(index);
-        }
-        for (int index = 1; index < first && !found; ++index) {
-            visit(index);
-        }
+        // The texts are decoded ahead, a batch at a time, on every core; the batches grow, so a
+        // match near the start costs little.
+        qint64 batchSize = 64;
+        std::vector<Node *> batch;
+        const auto run = [&](int from, int to) {
+            for (int index = from, ahead = from - 1; index <= to && !found; ++index) {
+                if (!g_bBackwards && index > ahead) {
+                    ahead = int(std::min<qint64>(to, index + batchSize - 1));
+                    batch.clear();
+                    for (int i = index; i <= ahead; ++i) {
+                        batch.push_back(nodes.Item(i));
+                    }
+                    scan.prepare(document, batch);
+                    batchSize = std::min<qint64>(batchSize * 2, 4096);
+                }
+                visit(index);
+            }
+        };
+        run(first, count);
+        run(1, first - 1);
         if (found) {
             SearchNodeSelect(found);
         } else {
@@ -472,25 +489,39 @@ bool ReplaceEnabledAfterFind(bool found) {
     return g_iSearchMode == 2 && found && !ReplaceHoldsFind();
 }
 
-bool EntryTextHolds(Document *document, Node *node, bool keep) {
+namespace {
+
+// Decided by a text pane itself: whether the entry's text holds the find expression.
+bool paneHolds(Node *node) {
+    RichTextBuffer pane;
+    QByteArray rtf;
+    modNodes::NodeTextDecompressIfRequired(node->Tag(), rtf);
+    pane.SetTextRTF(rtf);
+    return pane.Find(g_sFindText, 0, -1, SearchOptions() | RichTextBuffer::FindNoHighlight) >= 0;
+}
+
+} // namespace
+
+std::vector<Node *> EntriesHolding(Document *document, const std::vector<Node *> &nodes) {
     return modMain::Guarded([&] {
-        PROC("modSearch EntryTextHolds");
-        EntryTextScan scan(g_sFindText, g_bMatchCase, g_bWholeWord, keep);
-        switch (scan.scan(document, node)) {
-        case EntryTextScan::No:
-            return false;
-        case EntryTextScan::Yes:
-            return true;
-        case EntryTextScan::Maybe:
-            break;
+        PROC("modSearch EntriesHolding");
+        std::vector<Node *> holding;
+        EntryTextScan scan(g_sFindText, g_bMatchCase, g_bWholeWord, false);
+        constexpr size_t kBatch = 4096;
+        for (size_t from = 0; from < nodes.size(); from += kBatch) {
+            const std::vector<Node *> batch(nodes.begin() + qsizetype(from),
+                                            nodes.begin() +
+                                                qsizetype(std::min(nodes.size(), from + kBatch)));
+            scan.prepare(document, batch);
+            for (Node *node : batch) {
+                const EntryTextScan::Result result = scan.scan(document, node);
+                if (result == EntryTextScan::Yes ||
+                    (result == EntryTextScan::Maybe && paneHolds(node))) {
+                    holding.push_back(node);
+                }
+            }
         }
-        // Decided by the text pane itself.
-        RichTextBuffer pane;
-        QByteArray rtf;
-        modNodes::NodeTextDecompressIfRequired(node->Tag(), rtf);
-        pane.SetTextRTF(rtf);
-        return pane.Find(g_sFindText, 0, -1, SearchOptions() | RichTextBuffer::FindNoHighlight) >=
-               0;
+        return holding;
     });
 }
 

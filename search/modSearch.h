@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <vector>
+
 class Document;
 class Node;
 
@@ -77,10 +79,10 @@ bool ReplaceAllEnabled();
 // "&Replace" after a find.
 bool ReplaceEnabledAfterFind(bool found);
 
-// True when the entry's text holds the find expression, with the state's case and whole-word
-// settings, as the text pane would find it. Decoded texts are kept per document until the
-// entry's stored text changes (unless keep is false).
-bool EntryTextHolds(Document *document, Node *node, bool keep = true);
+// The entries of the list whose text holds the find expression, with the state's case and
+// whole-word settings, as the text pane would find it; in the list's order. The texts are decoded
+// on every core and not kept (a tool that reads each entry once).
+std::vector<Node *> EntriesHolding(Document *document, const std::vector<Node *> &nodes);
 // Drops the decoded texts of every document.
 void ForgetTexts();
 

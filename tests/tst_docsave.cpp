@@ -71,258 +71,235 @@ int saveHelper() {
 class TestDocSave : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void writeReplacesWholeFile_data();
-    void writeReplacesWholeFile();
-    void failedWriteKeepsOldFile_data();
-    void failedWriteKeepsOldFile();
-    void failedSaveKeepsDocumentChanged();
-    void unreadableFilesOpenNothing_data();
-    void unreadableFilesOpenNothing();
-    void killDuringSave();
-};
-
-void TestDocSave::writeReplacesWholeFile_data() {
-    QTest::addColumn<bool>("hadFile");
-    QTest::addColumn<int>("mode"); // of the old file
-    QTest::addColumn<bool>("backup");
-    QTest::addColumn<QByteArray>("hadBackup"); // empty: none
-    QTest::addColumn<bool>("backupReadOnly");
-    QTest::addColumn<QByteArray>("backupAfter");
-    QTest::newRow("new file") << false << 0 << true << QByteArray() << false << QByteArray();
-    QTest::newRow("no backup") << true << 0644 << false << QByteArray() << false << QByteArray();
-    QTest::newRow("first backup") << true << 0644 << true << QByteArray() << false
-                                  << QByteArray("current");
-    QTest::newRow("old backup replaced")
-        << true << 0600 << true << QByteArray("older") << false << QByteArray("current");
-    QTest::newRow("read-only backup kept")
-        << true << 0640 << true << QByteArray("older") << true << QByteArray("older");
-    QTest::newRow("read-only file keeps its mode")
-        << true << 0444 << true << QByteArray() << false << QByteArray("current");
-}
-
-void TestDocSave::writeReplacesWholeFile() {
-    QFETCH(bool, hadFile);
-    QFETCH(int, mode);
-    QFETCH(bool, backup);
-    QFETCH(QByteArray, hadBackup);
-    QFETCH(bool, backupReadOnly);
-    QFETCH(QByteArray, backupAfter);
-    QTemporaryDir dir;
-    const QString path = dir.filePath("plan.mvd");
-    const QString bak = dir.filePath("plan.bak");
-    if (hadFile) {
-        WriteFileBytes(path, "current");
-        ::chmod(QFile::encodeName(path).constData(), mode_t(mode));
+    void writeReplacesWholeFile_data() {
+        QTest::addColumn<QString>("mode");      // of the old file, in octal; empty: there is none
+        QTest::addColumn<QString>("backup");    // the option
+        QTest::addColumn<QString>("hadBackup"); // empty: none; "!" after it: read-only
+        QTest::addColumn<QString>("backupAfter");
+        AddRows({
+            {"new file", "", "yes", "", ""},
+            {"no backup", "644", "", "", ""},
+            {"first backup", "644", "yes", "", "current"},
+            {"old backup replaced", "600", "yes", "older", "current"},
+            {"read-only backup kept", "640", "yes", "older!", "older"},
+            {"read-only file keeps its mode", "444", "yes", "", "current"},
+        });
     }
-    if (!hadBackup.isEmpty()) {
-        WriteFileBytes(bak, hadBackup);
-        if (backupReadOnly) {
-            ::chmod(QFile::encodeName(bak).constData(), 0444);
-        }
-    }
-    modDoc::WriteWholeFile(path, "new contents", backup);
-    QCOMPARE(ReadFileBytes(path), QByteArray("new contents"));
-    QCOMPARE(ReadFileBytes(bak), backupAfter.isEmpty() ? QByteArray("<missing>") : backupAfter);
-    if (hadFile) {
-        QCOMPARE(int(modeOf(path)), mode);
-    } else {
+    void writeReplacesWholeFile() {
+        QFETCH(QString, mode);
+        QFETCH(QString, backup);
+        QFETCH(QString, hadBackup);
+        QFETCH(QString, backupAfter);
+        QTemporaryDir dir;
+        const QString path = dir.filePath("plan.mvd");
+        const QString bak = dir.filePath("plan.bak");
         const mode_t mask = ::umask(0);
         ::umask(mask);
-        QCOMPARE(int(modeOf(path)), int(0666 & ~mask));
-    }
-    QStringList expected{"plan.mvd"};
-    if (!backupAfter.isEmpty()) {
-        expected.prepend("plan.bak");
-    }
-    QCOMPARE(filesIn(dir.path()), expected); // no temporary file is left beside it
-    ::chmod(QFile::encodeName(bak).constData(), 0644);
-}
-
-void TestDocSave::failedWriteKeepsOldFile_data() {
-    QTest::addColumn<QString>("target"); // relative to the temporary folder
-    // "fsize": a file-size limit makes the write fail part way (also for root); "tmpfs": a full
-    // 64 KB file system; "locked": a folder the user may not write.
-    QTest::addColumn<QString>("fault");
-    QTest::addColumn<int>("number");
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("folder missing")
-        << "nowhere/a.mvd"
-        << "" << int(modMain::errPathNotFound) << "No such file or directory";
-    QTest::newRow("folder is a file") << "old.mvd/a.mvd"
-                                      << "" << int(modMain::errPathNotFound) << "Not a directory";
-    QTest::newRow("target is a folder")
-        << "sub"
-        << "" << int(modMain::errPathFileAccess) << "Is a directory";
-    QTest::newRow("file size limit") << "old.mvd"
-                                     << "fsize" << int(modMain::errDiskFull) << "File too large";
-    QTest::newRow("full disk") << "disk/old.mvd"
-                               << "tmpfs" << int(modMain::errDiskFull) << "No space left on device";
-    QTest::newRow("folder not writable")
-        << "locked/old.mvd"
-        << "locked" << int(modMain::errPermissionDenied) << "Permission denied";
-}
-
-void TestDocSave::failedWriteKeepsOldFile() {
-    QFETCH(QString, target);
-    QFETCH(QString, fault);
-    QFETCH(int, number);
-    QFETCH(QString, reason);
-    if (fault == "locked" && ::geteuid() == 0) {
-        QSKIP("the superuser may write any folder");
-    }
-    ScopedLog log;
-    QTemporaryDir dir;
-    std::optional<SmallDisk> disk;
-    if (fault == "tmpfs") {
-        disk.emplace(dir.filePath("disk"));
-        if (disk->at.isEmpty()) {
-            QSKIP("cannot mount a small tmpfs here");
+        if (!mode.isEmpty()) {
+            WriteFileBytes(path, "current");
+            ::chmod(QFile::encodeName(path).constData(), mode_t(mode.toInt(nullptr, 8)));
         }
-    }
-    // The old file beside the target when its folder is there, else in the temporary folder.
-    QDir().mkpath(dir.filePath("locked"));
-    QDir(dir.path()).mkdir("sub");
-    const QString old =
-        fault == "tmpfs" || fault == "locked" ? dir.filePath(target) : dir.filePath("old.mvd");
-    const QString bak = modDoc::BackupName(old);
-    WriteFileBytes(old, "old contents");
-    WriteFileBytes(bak, "older backup");
-    if (fault == "locked") {
-        ::chmod(QFile::encodeName(dir.filePath("locked")).constData(), 0555);
-    }
-    int raised = 0;
-    QString description;
-    try {
-        std::optional<ScopedFileSizeLimit> limit;
-        if (fault == "fsize") {
-            limit.emplace(4096);
+        if (!hadBackup.isEmpty()) {
+            WriteFileBytes(bak, QString(hadBackup).remove('!').toLatin1());
+            ::chmod(QFile::encodeName(bak).constData(), hadBackup.endsWith('!') ? 0444 : 0644);
         }
-        modDoc::WriteWholeFile(dir.filePath(target), QByteArray(1 << 20, 'n'), true);
-    } catch (const modMain::RuntimeError &e) {
-        raised = e.Number;
-        description = e.Description;
+        modDoc::WriteWholeFile(path, "new contents", !backup.isEmpty());
+        QCOMPARE(ReadFileBytes(path), QByteArray("new contents"));
+        QCOMPARE(ReadFileBytes(bak),
+                 backupAfter.isEmpty() ? QByteArray("<missing>") : backupAfter.toLatin1());
+        QCOMPARE(int(modeOf(path)), mode.isEmpty() ? int(0666 & ~mask) : mode.toInt(nullptr, 8));
+        // No temporary file is left beside it.
+        QCOMPARE(filesIn(dir.path()).join(' '),
+                 backupAfter.isEmpty() ? "plan.mvd" : "plan.bak plan.mvd");
+        ::chmod(QFile::encodeName(bak).constData(), 0644);
     }
-    ::chmod(QFile::encodeName(dir.filePath("locked")).constData(), 0755);
-    QCOMPARE(raised, number);
-    QCOMPARE(description, reason);
-    QCOMPARE(ReadFileBytes(old), QByteArray("old contents"));
-    QCOMPARE(ReadFileBytes(bak), QByteArray("older backup"));
-    QCOMPARE(filesIn(QFileInfo(old).path()).size(), 2); // nothing left over
-}
-
-void TestDocSave::failedSaveKeepsDocumentChanged() {
-    // Save clears the changed mark first; a save that fails puts it back, keeps the document's
-    // name, and leaves the system's reason for the window's message.
-    ScopedLog log;
-    QTemporaryDir dir;
-    Document *doc = DocTest::exampleDocument();
-    const QString good = dir.filePath("good.mvd");
-    doc->m_sFile = good;
-    doc->m_bDataChanged = true;
-    modFile::FileSave();
-    QVERIFY(!doc->m_bDataChanged);
-    QVERIFY(QFile::exists(good));
-    doc->m_bDataChanged = true;
-    {
-        ScopedFileSizeLimit limit(64);
-        modFile::FileSave();
+    void failedWriteKeepsOldFile_data() {
+        QTest::addColumn<QString>("target"); // relative to the temporary folder
+        // "fsize": a file-size limit makes the write fail part way (also for root); "tmpfs": a full
+        // 64 KB file system; "locked": a folder the user may not write.
+        QTest::addColumn<QString>("fault");
+        QTest::addColumn<int>("number");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("folder missing")
+            << "nowhere/a.mvd"
+            << "" << int(modMain::errPathNotFound) << "No such file or directory";
+        QTest::newRow("folder is a file")
+            << "old.mvd/a.mvd"
+            << "" << int(modMain::errPathNotFound) << "Not a directory";
+        QTest::newRow("target is a folder")
+            << "sub"
+            << "" << int(modMain::errPathFileAccess) << "Is a directory";
+        QTest::newRow("file size limit")
+            << "old.mvd"
+            << "fsize" << int(modMain::errDiskFull) << "File too large";
+        QTest::newRow("full disk")
+            << "disk/old.mvd"
+            << "tmpfs" << int(modMain::errDiskFull) << "No space left on device";
+        QTest::newRow("folder not writable")
+            << "locked/old.mvd"
+            << "locked" << int(modMain::errPermissionDenied) << "Permission denied";
     }
-    QVERIFY(doc->m_bDataChanged);
-    QCOMPARE(modDoc::LastFailureReason(), QString("File too large"));
-    QVERIFY(log.content().contains("Error 61 - File too large\r\nMavrolen modDoc WriteWholeFile"));
-    QVERIFY(!modDoc::DocSaveDocument(*doc, dir.filePath("none/x.mvd"), true));
-    QCOMPARE(doc->m_sFile, good);
-    DocTest::closeAll();
-}
-
-void TestDocSave::unreadableFilesOpenNothing_data() {
-    QTest::addColumn<QString>("name"); // in the temporary folder, or an absolute path
-    QTest::addColumn<int>("number");   // 0: missing, silently nothing
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("missing") << "none.mvd" << 0 << "";
-    QTest::newRow("folder") << "sub" << int(modMain::errPathFileAccess) << "Is a directory";
-    QTest::newRow("pipe") << "fifo" << int(modMain::errPathFileAccess) << "Not a regular file";
-    QTest::newRow("device") << "/dev/zero" << int(modMain::errPathFileAccess)
-                            << "Not a regular file";
-}
-
-void TestDocSave::unreadableFilesOpenNothing() {
-    // Nothing is read, nothing waits, and no empty document stands in under the name.
-    QFETCH(QString, name);
-    QFETCH(int, number);
-    QFETCH(QString, reason);
-    ScopedLog log;
-    QTemporaryDir dir;
-    QDir(dir.path()).mkdir("sub");
-    ::mkfifo(QFile::encodeName(dir.filePath("fifo")).constData(), 0600);
-    const int before = modDoc::OpenDocumentCount();
-    modMain::Err = {};
-    QCOMPARE(modDoc::DocLoad(QDir(dir.path()).filePath(name)), nullptr);
-    QCOMPARE(modDoc::OpenDocumentCount(), before);
-    QCOMPARE(modMain::Err.Number, number);
-    QCOMPARE(modMain::Err.Description, reason);
-}
-
-void TestDocSave::killDuringSave() {
-    // A save killed at random points leaves either the old file and the older backup, or the new
-    // file with the old one as its backup; never a missing or partial file.
-    const int kills = qEnvironmentVariableIntValue("MAVROLEN_KILLS") > 0
-                          ? qEnvironmentVariableIntValue("MAVROLEN_KILLS")
-                          : 10;
-    QTemporaryDir dir;
-    const QString path = dir.filePath("big.mvd");
-    const QString bak = dir.filePath("big.bak");
-    auto start = [&](QProcess &p) {
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(kHelperVariable, path);
-        p.setProcessEnvironment(env);
-        p.start(QCoreApplication::applicationFilePath(), {});
-        QVERIFY(p.waitForReadyRead(120000));
-    };
-    // One whole save gives the new contents and how long the save takes.
-    WriteFileBytes(path, "old");
-    QElapsedTimer clock;
-    {
-        QProcess p;
-        start(p);
-        clock.start();
-        QVERIFY(p.waitForFinished(120000));
-        QCOMPARE(p.exitCode(), 0);
-    }
-    const qint64 saveMs = qMax<qint64>(clock.elapsed(), 1);
-    const QByteArray fresh = ReadFileBytes(path);
-    QVERIFY(fresh.size() > (1 << 18));
-    std::mt19937 random(11);
-    int oldKept = 0, newWritten = 0, leftovers = 0;
-    for (int i = 0; i < kills; ++i) {
-        WriteFileBytes(path, "old");
-        WriteFileBytes(bak, "older");
-        for (const QString &f : filesIn(dir.path())) {
-            if (f.startsWith('.')) {
-                QFile::remove(dir.filePath(f));
+    void failedWriteKeepsOldFile() {
+        QFETCH(QString, target);
+        QFETCH(QString, fault);
+        if (fault == "locked" && ::geteuid() == 0) {
+            QSKIP("the superuser may write any folder");
+        }
+        ScopedLog log;
+        QTemporaryDir dir;
+        std::optional<SmallDisk> disk;
+        if (fault == "tmpfs") {
+            disk.emplace(dir.filePath("disk"));
+            if (disk->at.isEmpty()) {
+                QSKIP("cannot mount a small tmpfs here");
             }
         }
-        QProcess p;
-        start(p);
-        QThread::msleep(random() % quint64(saveMs * 5 / 4 + 1));
-        ::kill(pid_t(p.processId()), SIGKILL);
-        p.waitForFinished(10000);
-        const QByteArray now = ReadFileBytes(path);
-        const QByteArray backup = ReadFileBytes(bak);
-        if (now == "old") {
-            ++oldKept;
-            QVERIFY(backup == "older" || backup == "old");
-        } else {
-            QCOMPARE(now, fresh);
-            QCOMPARE(backup, QByteArray("old"));
-            ++newWritten;
+        // The old file beside the target when its folder is there, else in the temporary folder.
+        QDir().mkpath(dir.filePath("locked"));
+        QDir(dir.path()).mkdir("sub");
+        const QString old =
+            fault == "tmpfs" || fault == "locked" ? dir.filePath(target) : dir.filePath("old.mvd");
+        const QString bak = modDoc::BackupName(old);
+        WriteFileBytes(old, "old contents");
+        WriteFileBytes(bak, "older backup");
+        if (fault == "locked") {
+            ::chmod(QFile::encodeName(dir.filePath("locked")).constData(), 0555);
         }
-        leftovers += int(filesIn(dir.path()).size()) - 2;
+        int raised = 0;
+        QString description;
+        try {
+            std::optional<ScopedFileSizeLimit> limit;
+            if (fault == "fsize") {
+                limit.emplace(4096);
+            }
+            modDoc::WriteWholeFile(dir.filePath(target), QByteArray(1 << 20, 'n'), true);
+        } catch (const modMain::RuntimeError &e) {
+            raised = e.Number;
+            description = e.Description;
+        }
+        ::chmod(QFile::encodeName(dir.filePath("locked")).constData(), 0755);
+        QTEST(raised, "number");
+        QTEST(description, "reason");
+        QCOMPARE(ReadFileBytes(old), QByteArray("old contents"));
+        QCOMPARE(ReadFileBytes(bak), QByteArray("older backup"));
+        QCOMPARE(filesIn(QFileInfo(old).path()).size(), 2); // nothing left over
     }
-    qInfo("%d kills during a save of %lld ms: old file kept %d, new file written %d, "
-          "temporary files left %d",
-          kills, saveMs, oldKept, newWritten, leftovers);
-}
+    void failedSaveKeepsDocumentChanged() {
+        // Save clears the changed mark first; a save that fails puts it back, keeps the document's
+        // name, and leaves the system's reason for the window's message.
+        ScopedLog log;
+        QTemporaryDir dir;
+        Document *doc = DocTest::exampleDocument();
+        const QString good = dir.filePath("good.mvd");
+        doc->m_sFile = good;
+        doc->m_bDataChanged = true;
+        modGlobals::Backup = true; // a second save keeps the first in the backup
+        modFile::FileSave();
+        QVERIFY(!doc->m_bDataChanged);
+        const QByteArray first = ReadFileBytes(good);
+        doc->trvOutline().Item(1)->setText("Renamed");
+        modFile::FileSave();
+        QCOMPARE(ReadFileBytes(dir.filePath("good.bak")), first);
+        QVERIFY(ReadFileBytes(good).contains("{\\ttf_nodelabel Renamed}"));
+        doc->m_bDataChanged = true;
+        {
+            ScopedFileSizeLimit limit(64);
+            modFile::FileSave();
+        }
+        QVERIFY(doc->m_bDataChanged);
+        QCOMPARE(modDoc::LastFailureReason(), QString("File too large"));
+        QVERIFY(
+            log.content().contains("Error 61 - File too large\r\nMavrolen modDoc WriteWholeFile"));
+        QVERIFY(!modDoc::DocSaveDocument(*doc, dir.filePath("none/x.mvd"), true));
+        QCOMPARE(doc->m_sFile, good);
+        modGlobals::Backup = false;
+        DocTest::closeAll();
+    }
+    void unreadableFilesOpenNothing_data() {
+        QTest::addColumn<QString>("name"); // in the temporary folder, or an absolute path
+        QTest::addColumn<int>("number");   // 0: missing, silently nothing
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("missing") << "none.mvd" << 0 << "";
+        QTest::newRow("folder") << "sub" << int(modMain::errPathFileAccess) << "Is a directory";
+        QTest::newRow("pipe") << "fifo" << int(modMain::errPathFileAccess) << "Not a regular file";
+        QTest::newRow("device") << "/dev/zero" << int(modMain::errPathFileAccess)
+                                << "Not a regular file";
+    }
+    void unreadableFilesOpenNothing() {
+        // Nothing is read, nothing waits, and no empty document stands in under the name.
+        QFETCH(QString, name);
+        ScopedLog log;
+        QTemporaryDir dir;
+        QDir(dir.path()).mkdir("sub");
+        ::mkfifo(QFile::encodeName(dir.filePath("fifo")).constData(), 0600);
+        const int before = modDoc::OpenDocumentCount();
+        modMain::Err = {};
+        QCOMPARE(modDoc::DocLoad(QDir(dir.path()).filePath(name)), nullptr);
+        QCOMPARE(modDoc::OpenDocumentCount(), before);
+        QTEST(int(modMain::Err.Number), "number");
+        QTEST(modMain::Err.Description, "reason");
+    }
+    void killDuringSave() {
+        // A save killed at random points leaves either the old file and the older backup, or the
+        // new file with the old one as its backup; never a missing or partial file.
+        const int kills = qEnvironmentVariableIntValue("MAVROLEN_KILLS") > 0
+                              ? qEnvironmentVariableIntValue("MAVROLEN_KILLS")
+                              : 10;
+        QTemporaryDir dir;
+        const QString path = dir.filePath("big.mvd");
+        const QString bak = dir.filePath("big.bak");
+        auto start = [&](QProcess &p) {
+            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+            env.insert(kHelperVariable, path);
+            p.setProcessEnvironment(env);
+            p.start(QCoreApplication::applicationFilePath(), {});
+            QVERIFY(p.waitForReadyRead(120000));
+        };
+        // One whole save gives the new contents and how long the save takes.
+        WriteFileBytes(path, "old");
+        QElapsedTimer clock;
+        {
+            QProcess p;
+            start(p);
+            clock.start();
+            QVERIFY(p.waitForFinished(120000));
+            QCOMPARE(p.exitCode(), 0);
+        }
+        const qint64 saveMs = qMax<qint64>(clock.elapsed(), 1);
+        const QByteArray fresh = ReadFileBytes(path);
+        QVERIFY(fresh.size() > (1 << 18));
+        std::mt19937 random(11);
+        int oldKept = 0, newWritten = 0, leftovers = 0;
+        for (int i = 0; i < kills; ++i) {
+            WriteFileBytes(path, "old");
+            WriteFileBytes(bak, "older");
+            for (const QString &f : filesIn(dir.path())) {
+                if (f.startsWith('.')) {
+                    QFile::remove(dir.filePath(f));
+                }
+            }
+            QProcess p;
+            start(p);
+            QThread::msleep(random() % quint64(saveMs * 5 / 4 + 1));
+            ::kill(pid_t(p.processId()), SIGKILL);
+            p.waitForFinished(10000);
+            const QByteArray now = ReadFileBytes(path);
+            const QByteArray backup = ReadFileBytes(bak);
+            if (now == "old") {
+                ++oldKept;
+                QVERIFY(backup == "older" || backup == "old");
+            } else {
+                QCOMPARE(now, fresh);
+                QCOMPARE(backup, QByteArray("old"));
+                ++newWritten;
+            }
+            leftovers += int(filesIn(dir.path()).size()) - 2;
+        }
+        qInfo("%d kills during a save of %lld ms: old file kept %d, new file written %d, "
+              "temporary files left %d",
+              kills, saveMs, oldKept, newWritten, leftovers);
+    }
+};
 
 int main(int argc, char **argv) {
     QCoreApplication app(argc, argv);

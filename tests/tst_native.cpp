@@ -19,348 +19,7 @@
 using namespace DocTest;
 using modDocV1::EntryRecord;
 
-class TestNative : public QObject {
-    Q_OBJECT
-private Q_SLOTS:
-    void cleanup() { closeAll(); }
-    void exampleByteForByte();
-    void onlyRootWritesNineteenLines();
-    void generatedRoundTrip_data();
-    void generatedRoundTrip();
-    void relativeKeys_data();
-    void relativeKeys();
-    void damaged_data();
-    void damaged();
-    void fontsAndSelection();
-    void paneAfterLoad();
-    void loadDispatch_data();
-    void loadDispatch();
-    void saveDispatchAndWarning_data();
-    void saveDispatchAndWarning();
-    void backups();
-    void readOnlyFile();
-    void captionsAndCounter();
-    void loadTag_data();
-    void loadTag();
-    void scanEntries_data();
-    void scanEntries();
-    void check_data();
-    void check();
-};
-
-void TestNative::exampleByteForByte() {
-    Document *made = exampleDocument();
-    QCOMPARE(modDocV1::DocSaveVersion(*made), exampleFile());
-    // Saving renumbered the keys of the live tree.
-    QCOMPARE(made->trvOutline().SelectedItem()->Key(), QString("KEY0.2"));
-    // Read back, it is the same document and writes the same bytes.
-    Document *doc = loadBytes(exampleFile(), "example.mvd");
-    QCOMPARE(outline(doc), QString("Projects+={\\rtf1\\ansi Plans for the year\\par }\n"
-                                   "  Garden*=\n"
-                                   "  House={\\rtf1\\ansi Paint the hall\\par }\n"));
-    QCOMPARE(doc->trvOutline().SelectedItem()->Text(), QString("House"));
-    QCOMPARE(doc->m_iFileFormatVersion, 1);
-    QCOMPARE(modDocV1::DocSaveVersion(*doc), exampleFile());
-}
-
-void TestNative::onlyRootWritesNineteenLines() {
-    Document *doc = newDocument();
-    add(doc, nullptr, "Only");
-    const QByteArray file = modDocV1::DocSaveVersion(*doc);
-    QCOMPARE(file.count("\r\n"), 19);
-    QVERIFY(file.endsWith("{\\ttf_nodekey 0}\r\n{\\ttf_nodelabel Only}\r\n{\\ttf_nodetagged "
-                          "False}\r\n{\\ttf_nodevisible True}\r\n{\\ttf_nodetext }\r\n"));
-    QVERIFY(file.contains("{\\ttf_selecteditemkey }\r\n")); // nothing selected
-    Document *empty = newDocument();
-    QCOMPARE(modDocV1::DocSaveVersion(*empty), QByteArray());
-}
-
-void TestNative::generatedRoundTrip_data() {
-    QTest::addColumn<int>("count");
-    QTest::addColumn<unsigned>("seed");
-    QTest::newRow("small") << 5 << 1u;
-    QTest::newRow("medium") << 200 << 2u;
-    QTest::newRow("large") << 3000 << 3u;
-}
-
-void TestNative::generatedRoundTrip() {
-    QFETCH(int, count);
-    QFETCH(unsigned, seed);
-    std::mt19937 random(seed);
-    Document *doc = generatedDocument(count, random);
-    const QByteArray first = modDocV1::DocSaveVersion(*doc);
-    QVERIFY2(!modDocV1::CheckFile(first).damaged(),
-             qPrintable(modDocV1::CheckFile(first).Problems.join('\n')));
-    Document *again = loadBytes(first, "x.mvd");
-    QCOMPARE(again->trvOutline().Count(), count);
-    const QByteArray second = modDocV1::DocSaveVersion(*again);
-    QCOMPARE(second, first);
-    QCOMPARE(again->m_fntTextFont, doc->m_fntTextFont);
-    QCOMPARE(again->m_fntOutlineFont, doc->m_fntOutlineFont);
-}
-
-void TestNative::relativeKeys_data() {
-    // Entries given by key in file order, and the outline they give (labels are the keys).
-    QTest::addColumn<QStringList>("keys");
-    QTest::addColumn<QString>("shape");
-    QStringList ten{"0"};
-    for (int i = 1; i <= 11; ++i) {
-        ten << QString("0.%1").arg(i);
-    }
-    QTest::newRow("tenth and eleventh child")
-        << ten << "0(0.1 0.2 0.3 0.4 0.5 0.6 0.7 0.8 0.9 0.10 0.11)";
-    QTest::newRow("deep first children")
-        << QStringList{"0", "0.1", "0.1.1", "0.1.1.1", "0.2", "0.2.1"}
-        << "0(0.1(0.1.1(0.1.1.1)) 0.2(0.2.1))";
-    QTest::newRow("orphan goes last under the root")
-        << QStringList{"0", "0.1", "0.5", "0.2"} << "0(0.1 0.2 0.5)";
-    QTest::newRow("orphan child") << QStringList{"0", "0.1", "0.7.1", "0.2"} << "0(0.1 0.2 0.7.1)";
-    QTest::newRow("child after its sibling's subtree")
-        << QStringList{"0", "0.1", "0.2", "0.1.1"} << "0(0.1(0.1.1) 0.2)";
-    QTest::newRow("second root") << QStringList{"0", "0.1", "0"} << "0(0.1 0)";
-    QTest::newRow("no root first") << QStringList{"0.1", "0.1.1"} << "0.1(0.1.1)";
-    QTest::newRow("bad number") << QStringList{"0", "0.x", "0.1"} << "0(0.x 0.1)";
-}
-
-void TestNative::relativeKeys() {
-    QFETCH(QStringList, keys);
-    QFETCH(QString, shape);
-    ScopedLog log;
-    QByteArray file;
-    for (const QString &k : keys) {
-        modDocV1::DocSaveNodeTag(file, "nodekey", k.toLatin1());
-        modDocV1::DocSaveNodeTag(file, "nodelabel", k.toLatin1());
-        modDocV1::DocSaveNodeTag(file, "nodetext", "");
-    }
-    Document *doc = loadBytes(file, "k.mvd");
-    QCOMPARE(doc->trvOutline().Count(), int(keys.size()));
-    QCOMPARE(doc->trvOutline().topNodes().size(), size_t(1));
-    QCOMPARE(TreeShape(doc->trvOutline().topNodes().front()), shape);
-}
-
-void TestNative::damaged_data() {
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<QString>("outline");
-    QTest::addColumn<QStringList>("logged");
-    const QByteArray head = exampleFile().left(exampleFile().indexOf("{\\ttf_nodekey"));
-    QTest::newRow("truncated last text")
-        << exampleFile().chopped(10)
-        << QString("Projects+={\\rtf1\\ansi Plans for the year\\par }\n"
-                   "  Garden*=\n  House={\\rtf1\\ansi Paint the \n")
-        << QStringList{"Error 62", "cut short"};
-    QTest::newRow("orphan")
-        << head + "{\\ttf_nodekey 0}{\\ttf_nodelabel R}{\\ttf_nodekey 0.3}{\\ttf_nodelabel O}"
-        << QString("R=\n  O=\n") << QStringList{"Error 9", "no entry \"KEY0.2\""};
-    QTest::newRow("missing header")
-        << QByteArray("{\\ttf_nodekey 0}\r\n{\\ttf_nodelabel R}\r\n") << QString("R=\n")
-        << QStringList{"Error 13", "outlinefontsize", "Error 13", "textfontsize"};
-    QTest::newRow("unknown tags skipped")
-        << head + "{\\ttf_colour blue}\r\n{\\ttf_nodekey 0}\r\n{\\ttf_whatever x}{\\ttf_nodelabel "
-                  "R}\r\n"
-        << QString("R=\n") << QStringList{};
-    QTest::newRow("binary garbage")
-        << QByteArray("\x00\xff{\\ttf_\x01{\\ttf_nodekey\x00}}{{\\ttf_nodetext ", 34) << QString()
-        << QStringList{"Error 13"};
-    QTest::newRow("empty file") << QByteArray() << QString() << QStringList{"Error 13"};
-}
-
-void TestNative::damaged() {
-    QFETCH(QByteArray, file);
-    QFETCH(QString, outline);
-    QFETCH(QStringList, logged);
-    ScopedLog log;
-    Document *doc = loadBytes(file, "d.mvd");
-    QCOMPARE(DocTest::outline(doc), outline);
-    const QString text = log.content();
-    qsizetype at = 0;
-    for (const QString &piece : logged) {
-        at = text.indexOf(piece, at);
-        QVERIFY2(at >= 0, qPrintable(piece + " not in log: " + text));
-    }
-    if (logged.isEmpty()) {
-        QCOMPARE(text, QString());
-    }
-    // Whatever was read can be written and read again.
-    Document *again = loadBytes(modDocV1::DocSaveVersion(*doc), "e.mvd");
-    // (Selecting the saved selection may expand its parent.)
-    QCOMPARE(DocTest::outline(again).remove('+'), QString(outline).remove('+'));
-}
-
-void TestNative::fontsAndSelection() {
-    QByteArray file = exampleFile();
-    file.replace("{\\ttf_outlinefontsize 10}", "{\\ttf_outlinefontsize 8.25}");
-    file.replace("{\\ttf_textfontbold False}", "{\\ttf_textfontbold true}");
-    file.replace("{\\ttf_outlinefontitalic False}", "{\\ttf_outlinefontitalic True}");
-    file.replace("KEY0.2}", "KEY0.1}");
-    file += "{\\ttf_textfontname Ignored}\r\n"; // the first tag of a name wins
-    Document *doc = loadBytes(file, "f.mvd");
-    QCOMPARE(doc->m_fntOutlineFont.Size(), 8.25);
-    QVERIFY(doc->m_fntOutlineFont.Italic());
-    QVERIFY(!doc->m_fntTextFont.Bold()); // only "True" is true
-    QCOMPARE(doc->m_fntTextFont.Name(), QString("Times New Roman"));
-    QCOMPARE(doc->trvOutline().SelectedItem()->Text(), QString("Garden"));
-    QVERIFY(modDocV1::DocSaveVersion(*doc).contains("{\\ttf_outlinefontsize 8.25}\r\n"));
-
-    // No selected key: the root is selected. Header after the entries: still found.
-    QByteArray late = exampleFile();
-    const QByteArray header = late.left(late.indexOf("{\\ttf_nodekey"));
-    late = late.mid(header.size()) + header;
-    late.replace("{\\ttf_selecteditemkey KEY0.2}", "");
-    Document *d2 = loadBytes(late, "g.mvd");
-    QCOMPARE(d2->trvOutline().SelectedItem()->Text(), QString("Projects"));
-    QCOMPARE(d2->m_fntTextFont.Name(), QString("Times New Roman"));
-}
-
-void TestNative::paneAfterLoad() {
-    // The pane's base font after loading is the outline font, not the text font; the selected
-    // entry's text is in the pane and the load's busy flag is off again.
-    TestDocument t;
-    t.doc.m_sFile = "p.mvd";
-    modDoc::DocLoadBytes(t.doc, exampleFile());
-    QCOMPARE(t.pane->baseFont.name, QString("Arial"));
-    QCOMPARE(t.doc.m_fntTextFont.Name(), QString("Times New Roman"));
-    QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1\\ansi Paint the hall\\par }"));
-    QVERIFY(t.view.outlineVisible);
-    QVERIFY(t.pane->Visible());
-    QVERIFY(!modNodes::g_bDocTransfer);
-}
-
-void TestNative::loadDispatch_data() {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<int>("version");
-    QTest::addColumn<int>("entries");
-    QTest::newRow("native by extension") << "a.mvd" << exampleFile() << 1 << 3;
-    QTest::newRow("native upper-case extension") << "a.MVD" << exampleFile() << 1 << 3;
-    QTest::newRow("tag wins over txt") << "a.txt" << exampleFile() << 1 << 3;
-    QTest::newRow("mvd without tag is native") << "a.mvd" << exampleFile().mid(24) << 1 << 3;
-    QByteArray two = exampleFile();
-    two.replace("{\\ttf_formatversion 1}", "{\\ttf_formatversion 2}");
-    QTest::newRow("tag 2 loads as text") << "a.mvd" << two << 2 << 1;
-    QTest::newRow("text file") << "a.txt" << QByteArray("hello\r\nworld") << -1 << 1;
-    QTest::newRow("unnumeric tag ignored")
-        << "a.txt" << QByteArray("{\\ttf_formatversion x}") << -1 << 1;
-}
-
-void TestNative::loadDispatch() {
-    QFETCH(QString, name);
-    QFETCH(QByteArray, content);
-    QFETCH(int, version);
-    QFETCH(int, entries);
-    QTemporaryDir dir;
-    const QString path = dir.filePath(name);
-    WriteFileBytes(path, content);
-    Document *doc = modDoc::DocLoad(path);
-    QVERIFY(doc);
-    QCOMPARE(doc->m_iFileFormatVersion, version);
-    QCOMPARE(doc->trvOutline().Count(), entries);
-    QCOMPARE(doc->m_sCaption, path);
-    QVERIFY(!modNodes::g_bDocTransfer);
-    if (entries == 1) {
-        QCOMPARE(doc->trvOutline().Item(1)->Text(), QString("Text"));
-    }
-    QCOMPARE(modDoc::DocLoad(dir.filePath("missing.mvd")), nullptr);
-}
-
-void TestNative::saveDispatchAndWarning_data() {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("oneEntry");
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<bool>("asked");
-    QTest::addColumn<QByteArray>("starts"); // "" when nothing is written
-    QTest::newRow("native") << "n.mvd" << false << int(modMain::vbNo) << false
-                            << QByteArray("{\\ttf_formatversion 1}");
-    QTest::newRow("native upper case")
-        << "n.MVD" << false << int(modMain::vbNo) << false << QByteArray("{\\ttf_formatversion 1}");
-    QTest::newRow("TXT asks, yes")
-        << "n.TXT" << false << int(modMain::vbYes) << true << QByteArray("0 Projects\r\n");
-    QTest::newRow("no extension asks, no")
-        << "notes" << false << int(modMain::vbNo) << true << QByteArray();
-    QTest::newRow("doc asks, cancel")
-        << "n.doc" << false << int(modMain::vbCancel) << true << QByteArray();
-    QTest::newRow("one entry asks nothing")
-        << "n.txt" << true << int(modMain::vbNo) << false << QByteArray("0 Projects\r\n");
-}
-
-void TestNative::saveDispatchAndWarning() {
-    QFETCH(QString, name);
-    QFETCH(bool, oneEntry);
-    QFETCH(int, answer);
-    QFETCH(bool, asked);
-    QFETCH(QByteArray, starts);
-    QTemporaryDir dir;
-    Document *doc = newDocument();
-    Node *root = add(doc, nullptr, "Projects");
-    if (!oneEntry) {
-        add(doc, root, "Garden");
-    }
-    FakeMainWindow frm;
-    frm.Answers << modMain::MsgBoxResult(answer);
-    const QString path = dir.filePath(name);
-    const bool written = modDoc::DocSave(path);
-    QCOMPARE(frm.Asked, asked ? QStringList{modDoc::TextFormatWarning()} : QStringList());
-    QCOMPARE(written, !starts.isEmpty());
-    QCOMPARE(QFile::exists(path), !starts.isEmpty());
-    if (written && !starts.contains("formatversion") && !oneEntry) {
-        return; // plain text needs the rich-text buffer for entry texts; checked elsewhere
-    }
-    if (written) {
-        QVERIFY(ReadFileBytes(path).startsWith(starts));
-    }
-    // The new name and version took effect even when the save was abandoned.
-    QCOMPARE(doc->m_sFile, path);
-    QCOMPARE(doc->m_iFileFormatVersion, modDoc::DocDefaultVersionFromExt(path).toInt());
-    QVERIFY(!modNodes::g_bDocTransfer);
-}
-
-void TestNative::backups() {
-    // With the option on, a second save keeps the first in the backup.
-    QTemporaryDir dir;
-    const QString path = dir.filePath("a.mvd");
-    Document *doc = exampleDocument();
-    modGlobals::Backup = true;
-    QVERIFY(modDoc::DocSave(path));
-    const QByteArray first = ReadFileBytes(path);
-    doc->trvOutline().Item(1)->setText("Renamed");
-    QVERIFY(modDoc::DocSave(path));
-    QCOMPARE(ReadFileBytes(dir.filePath("a.bak")), first);
-    QVERIFY(ReadFileBytes(path).contains("{\\ttf_nodelabel Renamed}"));
-}
-
-void TestNative::readOnlyFile() {
-    QTemporaryDir dir;
-    const QString path = dir.filePath("ro.mvd");
-    WriteFileBytes(path, exampleFile());
-    QFile::setPermissions(path, QFileDevice::ReadOwner);
-    for (bool autoEdit : {true, false}) {
-        modGlobals::AutoLabelEdit = autoEdit;
-        Document *doc = modDoc::DocLoad(path);
-        QCOMPARE(doc->m_sCaption, path + " (read-only)");
-        QVERIFY(doc->bReadOnly);
-        QVERIFY(doc->m_bTextLocked);
-        QCOMPARE(doc->m_bLabelEditAutomatic, autoEdit); // the setting wins over read-only
-    }
-    QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-}
-
-void TestNative::captionsAndCounter() {
-    const int before = modDoc::OpenDocumentCount();
-    Document *a = modDoc::DocNew();
-    Document *b = modDoc::DocNew();
-    QCOMPARE(a->m_sCaption, QString("Document %1").arg(before + 1));
-    QCOMPARE(b->m_sCaption, QString("Document %1").arg(before + 2));
-    QVERIFY(a->m_bDataChanged);
-    QCOMPARE(a->m_iFileFormatVersion, 1);
-    Document *active = nullptr;
-    QVERIFY(modMain::DocumentActive(active));
-    QCOMPARE(active, b);
-    modDoc::DocClose(b);
-    Document *c = modDoc::DocNew();
-    QCOMPARE(c->m_sCaption, QString("Document %1").arg(before + 2));
-}
-
-// ---- The byte scanner, its tag readers and the damage check, without a document ----
-
+// Tags of one entry and of the header, for the byte scanner and the damage check.
 static QByteArray entryTags(const QByteArray &key, const QByteArray &label, const QByteArray &text,
                             bool tagged = false, bool showing = true) {
     QByteArray out;
@@ -380,123 +39,392 @@ static QByteArray header() {
     return out;
 }
 
-void TestNative::loadTag_data() {
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QByteArray>("name");
-    QTest::addColumn<QByteArray>("value");
-    QTest::newRow("first line") << QByteArray("{\\ttf_formatversion 1}\r\n")
-                                << QByteArray("formatversion") << QByteArray("1");
-    QTest::newRow("after entries") << QByteArray("{\\ttf_nodekey 0}\r\n{\\ttf_textfontsize 12}\r\n")
-                                   << QByteArray("textfontsize") << QByteArray("12");
-    QTest::newRow("first of two") << QByteArray("{\\ttf_a 1}{\\ttf_a 2}") << QByteArray("a")
-                                  << QByteArray("1");
-    QTest::newRow("missing") << QByteArray("{\\ttf_b 1}") << QByteArray("a") << QByteArray();
-    QTest::newRow("no closing brace")
-        << QByteArray("{\\ttf_a 1") << QByteArray("a") << QByteArray();
-    QTest::newRow("longer name does not match")
-        << QByteArray("{\\ttf_ab 1}{\\ttf_a 2}") << QByteArray("a") << QByteArray("2");
-    QTest::newRow("empty value") << QByteArray("{\\ttf_a }") << QByteArray("a") << QByteArray();
-    QTest::newRow("blanks kept") << QByteArray("{\\ttf_a  Times New Roman }") << QByteArray("a")
-                                 << QByteArray(" Times New Roman ");
-}
-
-void TestNative::loadTag() {
-    QFETCH(QByteArray, text);
-    QFETCH(QByteArray, name);
-    QFETCH(QByteArray, value);
-    QCOMPARE(modDoc::DocLoadTag(text, name), value);
-}
-
-void TestNative::scanEntries_data() {
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<QList<QByteArray>>("fields"); // key|label|tagged|showing|text per entry
-    QTest::newRow("two entries") << header() + entryTags("0", "Projects", "{\\rtf1 x\\par }") +
-                                        entryTags("0.1", "Garden", "", true)
-                                 << QList<QByteArray>{"0|Projects|0|1|{\\rtf1 x\\par }",
-                                                      "0.1|Garden|1|1|"};
-    QTest::newRow("text with braces, line breaks and stray bytes")
-        << entryTags("0", "R", QByteArray("12,\x01}\r\n{\x00\xff}", 12), false, false)
-        << QList<QByteArray>{QByteArray("0|R|0|0|12,\x01}\r\n{\x00\xff}", 20)};
-    QTest::newRow("label cut at brace")
-        << entryTags("0", "a}b", "t") << QList<QByteArray>{"0|a|0|1|t"};
-    QTest::newRow("lower-case true is false")
-        << QByteArray("{\\ttf_nodekey 0}{\\ttf_nodetagged true}{\\ttf_nodevisible True}")
-        << QList<QByteArray>{"0||0|1|"};
-    QTest::newRow("text stops at an opener inside it")
-        << entryTags("0", "R", "ab{\\ttf_zz}cd") << QList<QByteArray>{"0|R|0|1|"};
-    QTest::newRow("truncated last text loses three bytes")
-        << QByteArray("{\\ttf_nodekey 0}\r\n{\\ttf_nodetext abcdef")
-        << QList<QByteArray>{"0||0|0|abc"};
-    QTest::newRow("header after entries and unknown tags")
-        << entryTags("0", "R", "t") + "{\\ttf_weird v}\r\n" + header()
-        << QList<QByteArray>{"0|R|0|1|t"};
-    QTest::newRow("no entries") << header() << QList<QByteArray>{};
-    QTest::newRow("unclosed unknown tag ends the scan")
-        << entryTags("0", "R", "t") + "{\\ttf_weird" << QList<QByteArray>{"0|R|0|1|t"};
-    QTest::newRow("garbage") << QByteArray("\x00\x01{\\ttf{\\ttf_}}}{{", 16) << QList<QByteArray>{};
-}
-
-void TestNative::scanEntries() {
-    QFETCH(QByteArray, file);
-    QFETCH(QList<QByteArray>, fields);
-    QList<QByteArray> got;
-    modDocV1::ScanEntries(file, [&](EntryRecord &r) {
-        got.append(r.Key + '|' + r.Label + '|' + (r.Tagged ? '1' : '0') + '|' +
-                   (r.Showing ? '1' : '0') + '|' + r.Text);
-    });
-    QCOMPARE(got, fields);
-}
-
-void TestNative::check_data() {
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<QStringList>("problems"); // substrings, one per expected problem, in order
-    const QByteArray good = header() + entryTags("0", "R", "") + entryTags("0.1", "A", "") +
-                            entryTags("0.1.1", "C", "") + entryTags("0.2", "B", "") +
-                            entryTags("0.10", "J", "");
-    QTest::newRow("clean") << header() + entryTags("0", "R", "") + entryTags("0.1", "A", "") +
-                                  entryTags("0.1.1", "C", "") + entryTags("0.2", "B", "")
-                           << QStringList{};
-    QTest::newRow("orphan") << good.left(good.indexOf("{\\ttf_nodekey 0.10}")) +
-                                   entryTags("0.4", "X", "")
-                            << QStringList{"key \"0.4\"): orphan"};
-    QTest::newRow("missing parent")
-        << header() + entryTags("0", "R", "") + entryTags("0.3.1", "X", "")
-        << QStringList{"orphan, no entry \"0.3\""};
-    QTest::newRow("child not after parent")
-        << header() + entryTags("0", "R", "") + entryTags("0.1", "A", "") +
-               entryTags("0.2", "B", "") + entryTags("0.1.1", "C", "")
-        << QStringList{"key \"0.1.1\"): out of order"};
-    QTest::newRow("duplicate key") << header() + entryTags("0", "R", "") +
-                                          entryTags("0.1", "A", "") + entryTags("0.1", "B", "")
-                                   << QStringList{"out of order"};
-    QTest::newRow("root twice") << header() + entryTags("0", "R", "") + entryTags("0", "S", "")
-                                << QStringList{"out of order"};
-    QTest::newRow("undecodable text")
-        << header() + entryTags("0", "R", "25,x\x9cgarbage") << QStringList{"cannot be decoded"};
-    QTest::newRow("text stored as is, digits and comma first")
-        << header() + entryTags("0", "R", "3, apples") + entryTags("0.1", "A", "12,x")
-        << QStringList{};
-    QStringList missing; // every header tag, in order
-    for (const QByteArray &name : modDocV1::HeaderTagNames()) {
-        missing << "missing header tag \"" + QString::fromLatin1(name) + '"';
+class TestNative : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void cleanup() { closeAll(); }
+    void exampleByteForByte() {
+        Document *made = exampleDocument();
+        QCOMPARE(modDocV1::DocSaveVersion(*made), exampleFile());
+        // Saving renumbered the keys of the live tree.
+        QCOMPARE(made->trvOutline().SelectedItem()->Key(), QString("KEY0.2"));
+        // Read back, it is the same document and writes the same bytes.
+        Document *doc = loadBytes(exampleFile(), "example.mvd");
+        QCOMPARE(outline(doc), QString("Projects+={\\rtf1\\ansi Plans for the year\\par }\n"
+                                       "  Garden*=\n"
+                                       "  House={\\rtf1\\ansi Paint the hall\\par }\n"));
+        QCOMPARE(doc->trvOutline().SelectedItem()->Text(), QString("House"));
+        QCOMPARE(doc->m_iFileFormatVersion, 1);
+        QCOMPARE(modDocV1::DocSaveVersion(*doc), exampleFile());
     }
-    QTest::newRow("missing header") << entryTags("0", "R", "") << missing;
-    QTest::newRow("unknown tag") << header() + "{\\ttf_colour red}\r\n" + entryTags("0", "R", "")
-                                 << QStringList{"unknown tag \"colour\""};
-    QTest::newRow("truncated") << header() + entryTags("0", "R", "").chopped(3)
-                               << QStringList{"cut short"};
-}
-
-void TestNative::check() {
-    QFETCH(QByteArray, file);
-    QFETCH(QStringList, problems);
-    const modDocV1::CheckReport report = modDocV1::CheckFile(file);
-    QCOMPARE(report.Problems.size(), problems.size());
-    for (qsizetype i = 0; i < problems.size(); ++i) {
-        QVERIFY2(report.Problems.at(i).contains(problems.at(i)), qPrintable(report.Problems.at(i)));
+    void onlyRootWritesNineteenLines() {
+        Document *doc = newDocument();
+        add(doc, nullptr, "Only");
+        const QByteArray file = modDocV1::DocSaveVersion(*doc);
+        QCOMPARE(file.count("\r\n"), 19);
+        QVERIFY(file.endsWith("{\\ttf_nodekey 0}\r\n{\\ttf_nodelabel Only}\r\n{\\ttf_nodetagged "
+                              "False}\r\n{\\ttf_nodevisible True}\r\n{\\ttf_nodetext }\r\n"));
+        QVERIFY(file.contains("{\\ttf_selecteditemkey }\r\n")); // nothing selected
+        Document *empty = newDocument();
+        QCOMPARE(modDocV1::DocSaveVersion(*empty), QByteArray());
     }
-    QCOMPARE(report.damaged(), !problems.isEmpty());
-}
+    void generatedRoundTrip_data() {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<unsigned>("seed");
+        QTest::newRow("small") << 5 << 1u;
+        QTest::newRow("medium") << 200 << 2u;
+        QTest::newRow("large") << 3000 << 3u;
+    }
+    void generatedRoundTrip() {
+        QFETCH(int, count);
+        QFETCH(unsigned, seed);
+        std::mt19937 random(seed);
+        Document *doc = generatedDocument(count, random);
+        const QByteArray first = modDocV1::DocSaveVersion(*doc);
+        QVERIFY2(!modDocV1::CheckFile(first).damaged(),
+                 qPrintable(modDocV1::CheckFile(first).Problems.join('\n')));
+        Document *again = loadBytes(first, "x.mvd");
+        QCOMPARE(again->trvOutline().Count(), count);
+        const QByteArray second = modDocV1::DocSaveVersion(*again);
+        QCOMPARE(second, first);
+        QCOMPARE(again->m_fntTextFont, doc->m_fntTextFont);
+        QCOMPARE(again->m_fntOutlineFont, doc->m_fntOutlineFont);
+    }
+    void relativeKeys_data() {
+        // Entries given by key in file order, and the outline they give (labels are the keys).
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<QString>("shape");
+        AddRows({
+            {"tenth and eleventh child", "0 0.1 0.2 0.3 0.4 0.5 0.6 0.7 0.8 0.9 0.10 0.11",
+             "0(0.1 0.2 0.3 0.4 0.5 0.6 0.7 0.8 0.9 0.10 0.11)"},
+            {"deep first children", "0 0.1 0.1.1 0.1.1.1 0.2 0.2.1",
+             "0(0.1(0.1.1(0.1.1.1)) 0.2(0.2.1))"},
+            {"orphan goes last under the root", "0 0.1 0.5 0.2", "0(0.1 0.2 0.5)"},
+            {"orphan child", "0 0.1 0.7.1 0.2", "0(0.1 0.2 0.7.1)"},
+            {"child after its sibling's subtree", "0 0.1 0.2 0.1.1", "0(0.1(0.1.1) 0.2)"},
+            {"second root", "0 0.1 0", "0(0.1 0)"},
+            {"no root first", "0.1 0.1.1", "0.1(0.1.1)"},
+            {"bad number", "0 0.x 0.1", "0(0.x 0.1)"},
+        });
+    }
+    void relativeKeys() {
+        QFETCH(QString, keys);
+        ScopedLog log;
+        QByteArray file;
+        const QStringList list = keys.split(' ');
+        for (const QString &k : list) {
+            modDocV1::DocSaveNodeTag(file, "nodekey", k.toLatin1());
+            modDocV1::DocSaveNodeTag(file, "nodelabel", k.toLatin1());
+            modDocV1::DocSaveNodeTag(file, "nodetext", "");
+        }
+        Document *doc = loadBytes(file, "k.mvd");
+        QCOMPARE(doc->trvOutline().Count(), int(list.size()));
+        QCOMPARE(doc->trvOutline().topNodes().size(), size_t(1));
+        QTEST(TreeShape(doc->trvOutline().topNodes().front()), "shape");
+    }
+    void damaged_data() {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QString>("outline");
+        QTest::addColumn<QStringList>("logged");
+        const QByteArray head = exampleFile().left(exampleFile().indexOf("{\\ttf_nodekey"));
+        QTest::newRow("truncated last text")
+            << exampleFile().chopped(10)
+            << QString("Projects+={\\rtf1\\ansi Plans for the year\\par }\n"
+                       "  Garden*=\n  House={\\rtf1\\ansi Paint the \n")
+            << QStringList{"Error 62", "cut short"};
+        QTest::newRow("orphan")
+            << head + "{\\ttf_nodekey 0}{\\ttf_nodelabel R}{\\ttf_nodekey 0.3}{\\ttf_nodelabel O}"
+            << QString("R=\n  O=\n") << QStringList{"Error 9", "no entry \"KEY0.2\""};
+        QTest::newRow("missing header")
+            << QByteArray("{\\ttf_nodekey 0}\r\n{\\ttf_nodelabel R}\r\n") << QString("R=\n")
+            << QStringList{"Error 13", "outlinefontsize", "Error 13", "textfontsize"};
+        QTest::newRow("unknown tags skipped")
+            << head +
+                   "{\\ttf_colour blue}\r\n{\\ttf_nodekey 0}\r\n{\\ttf_whatever x}{\\ttf_nodelabel "
+                   "R}\r\n"
+            << QString("R=\n") << QStringList{};
+        QTest::newRow("binary garbage")
+            << QByteArray("\x00\xff{\\ttf_\x01{\\ttf_nodekey\x00}}{{\\ttf_nodetext ", 34)
+            << QString() << QStringList{"Error 13"};
+        QTest::newRow("empty file") << QByteArray() << QString() << QStringList{"Error 13"};
+    }
+    void damaged() {
+        QFETCH(QByteArray, file);
+        QFETCH(QString, outline);
+        QFETCH(QStringList, logged);
+        ScopedLog log;
+        Document *doc = loadBytes(file, "d.mvd");
+        QCOMPARE(DocTest::outline(doc), outline);
+        const QString text = log.content();
+        qsizetype at = 0;
+        for (const QString &piece : logged) {
+            at = text.indexOf(piece, at);
+            QVERIFY2(at >= 0, qPrintable(piece + " not in log: " + text));
+        }
+        if (logged.isEmpty()) {
+            QCOMPARE(text, QString());
+        }
+        // Whatever was read can be written and read again.
+        Document *again = loadBytes(modDocV1::DocSaveVersion(*doc), "e.mvd");
+        // (Selecting the saved selection may expand its parent.)
+        QCOMPARE(DocTest::outline(again).remove('+'), QString(outline).remove('+'));
+    }
+    void fontsAndSelection() {
+        QByteArray file = exampleFile();
+        file.replace("{\\ttf_outlinefontsize 10}", "{\\ttf_outlinefontsize 8.25}");
+        file.replace("{\\ttf_textfontbold False}", "{\\ttf_textfontbold true}");
+        file.replace("{\\ttf_outlinefontitalic False}", "{\\ttf_outlinefontitalic True}");
+        file.replace("KEY0.2}", "KEY0.1}");
+        file += "{\\ttf_textfontname Ignored}\r\n"; // the first tag of a name wins
+        Document *doc = loadBytes(file, "f.mvd");
+        QCOMPARE(doc->m_fntOutlineFont.Size(), 8.25);
+        QVERIFY(doc->m_fntOutlineFont.Italic());
+        QVERIFY(!doc->m_fntTextFont.Bold()); // only "True" is true
+        QCOMPARE(doc->m_fntTextFont.Name(), QString("Times New Roman"));
+        QCOMPARE(doc->trvOutline().SelectedItem()->Text(), QString("Garden"));
+        QVERIFY(modDocV1::DocSaveVersion(*doc).contains("{\\ttf_outlinefontsize 8.25}\r\n"));
+
+        // No selected key: the root is selected. Header after the entries: still found.
+        QByteArray late = exampleFile();
+        const QByteArray header = late.left(late.indexOf("{\\ttf_nodekey"));
+        late = late.mid(header.size()) + header;
+        late.replace("{\\ttf_selecteditemkey KEY0.2}", "");
+        Document *d2 = loadBytes(late, "g.mvd");
+        QCOMPARE(d2->trvOutline().SelectedItem()->Text(), QString("Projects"));
+        QCOMPARE(d2->m_fntTextFont.Name(), QString("Times New Roman"));
+    }
+    void paneAfterLoad() {
+        // The pane's base font after loading is the outline font, not the text font; the selected
+        // entry's text is in the pane and the load's busy flag is off again.
+        TestDocument t;
+        t.doc.m_sFile = "p.mvd";
+        modDoc::DocLoadBytes(t.doc, exampleFile());
+        QCOMPARE(t.pane->baseFont.name, QString("Arial"));
+        QCOMPARE(t.doc.m_fntTextFont.Name(), QString("Times New Roman"));
+        QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1\\ansi Paint the hall\\par }"));
+        QVERIFY(t.view.outlineVisible && t.pane->Visible());
+    }
+    void loadDispatch_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<int>("version");
+        QTest::addColumn<int>("entries");
+        QTest::newRow("native by extension") << "a.mvd" << exampleFile() << 1 << 3;
+        QTest::newRow("native upper-case extension") << "a.MVD" << exampleFile() << 1 << 3;
+        QTest::newRow("tag wins over txt") << "a.txt" << exampleFile() << 1 << 3;
+        QTest::newRow("mvd without tag is native") << "a.mvd" << exampleFile().mid(24) << 1 << 3;
+        QByteArray two = exampleFile();
+        two.replace("{\\ttf_formatversion 1}", "{\\ttf_formatversion 2}");
+        QTest::newRow("tag 2 loads as text") << "a.mvd" << two << 2 << 1;
+        QTest::newRow("text file") << "a.txt" << QByteArray("hello\r\nworld") << -1 << 1;
+        QTest::newRow("unnumeric tag ignored")
+            << "a.txt" << QByteArray("{\\ttf_formatversion x}") << -1 << 1;
+    }
+    void loadDispatch() {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, content);
+        QFETCH(int, entries);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(name);
+        WriteFileBytes(path, content);
+        Document *doc = modDoc::DocLoad(path);
+        QVERIFY(doc);
+        QTEST(doc->m_iFileFormatVersion, "version");
+        QCOMPARE(doc->trvOutline().Count(), entries);
+        QCOMPARE(doc->m_sCaption, path);
+        QVERIFY(!modNodes::g_bDocTransfer);
+        if (entries == 1) {
+            QCOMPARE(doc->trvOutline().Item(1)->Text(), QString("Text"));
+        }
+        QCOMPARE(modDoc::DocLoad(dir.filePath("missing.mvd")), nullptr);
+    }
+    void saveDispatchAndWarning_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("oneEntry");
+        QTest::addColumn<int>("answer");
+        QTest::addColumn<bool>("asked");
+        QTest::addColumn<QByteArray>("starts"); // "" when nothing is written
+        QTest::newRow("native") << "n.mvd" << false << int(modMain::vbNo) << false
+                                << QByteArray("{\\ttf_formatversion 1}");
+        QTest::newRow("native upper case") << "n.MVD" << false << int(modMain::vbNo) << false
+                                           << QByteArray("{\\ttf_formatversion 1}");
+        QTest::newRow("TXT asks, yes")
+            << "n.TXT" << false << int(modMain::vbYes) << true << QByteArray("0 Projects\r\n");
+        QTest::newRow("no extension asks, no")
+            << "notes" << false << int(modMain::vbNo) << true << QByteArray();
+        QTest::newRow("doc asks, cancel")
+            << "n.doc" << false << int(modMain::vbCancel) << true << QByteArray();
+        QTest::newRow("one entry asks nothing")
+            << "n.txt" << true << int(modMain::vbNo) << false << QByteArray("0 Projects\r\n");
+    }
+    void saveDispatchAndWarning() {
+        QFETCH(QString, name);
+        QFETCH(bool, oneEntry);
+        QFETCH(int, answer);
+        QFETCH(bool, asked);
+        QFETCH(QByteArray, starts);
+        QTemporaryDir dir;
+        Document *doc = newDocument();
+        Node *root = add(doc, nullptr, "Projects");
+        if (!oneEntry) {
+            add(doc, root, "Garden");
+        }
+        FakeMainWindow frm;
+        frm.Answers << modMain::MsgBoxResult(answer);
+        const QString path = dir.filePath(name);
+        const bool written = modDoc::DocSave(path);
+        QCOMPARE(frm.Asked, asked ? QStringList{modDoc::TextFormatWarning()} : QStringList());
+        QCOMPARE(written, !starts.isEmpty());
+        QCOMPARE(QFile::exists(path), !starts.isEmpty());
+        if (written && !starts.contains("formatversion") && !oneEntry) {
+            return; // plain text needs the rich-text buffer for entry texts; checked elsewhere
+        }
+        if (written) {
+            QVERIFY(ReadFileBytes(path).startsWith(starts));
+        }
+        // The new name and version took effect even when the save was abandoned.
+        QCOMPARE(doc->m_sFile, path);
+        QCOMPARE(doc->m_iFileFormatVersion, modDoc::DocDefaultVersionFromExt(path).toInt());
+        QVERIFY(!modNodes::g_bDocTransfer);
+    }
+    void readOnlyFile() {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("ro.mvd");
+        WriteFileBytes(path, exampleFile());
+        QFile::setPermissions(path, QFileDevice::ReadOwner);
+        for (bool autoEdit : {true, false}) {
+            modGlobals::AutoLabelEdit = autoEdit;
+            Document *doc = modDoc::DocLoad(path);
+            QCOMPARE(doc->m_sCaption, path + " (read-only)");
+            QVERIFY(doc->bReadOnly);
+            QVERIFY(doc->m_bTextLocked);
+            QCOMPARE(doc->m_bLabelEditAutomatic, autoEdit); // the setting wins over read-only
+        }
+        QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    }
+    void captionsAndCounter() {
+        const int before = modDoc::OpenDocumentCount();
+        Document *a = modDoc::DocNew();
+        Document *b = modDoc::DocNew();
+        QCOMPARE(a->m_sCaption, QString("Document %1").arg(before + 1));
+        QCOMPARE(b->m_sCaption, QString("Document %1").arg(before + 2));
+        QVERIFY(a->m_bDataChanged);
+        QCOMPARE(a->m_iFileFormatVersion, 1);
+        modDoc::DocClose(b);
+        Document *c = modDoc::DocNew();
+        QCOMPARE(c->m_sCaption, QString("Document %1").arg(before + 2));
+    }
+    void loadTag_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("value");
+        AddRows({
+            {"first line", "{\\ttf_formatversion 1}\r\n", "formatversion", "1"},
+            {"after entries", "{\\ttf_nodekey 0}\r\n{\\ttf_textfontsize 12}\r\n", "textfontsize",
+             "12"},
+            {"first of two", "{\\ttf_a 1}{\\ttf_a 2}", "a", "1"},
+            {"missing", "{\\ttf_b 1}", "a", ""},
+            {"no closing brace", "{\\ttf_a 1", "a", ""},
+            {"longer name does not match", "{\\ttf_ab 1}{\\ttf_a 2}", "a", "2"},
+            {"empty value", "{\\ttf_a }", "a", ""},
+            {"blanks kept", "{\\ttf_a  Times New Roman }", "a", " Times New Roman "},
+        });
+    }
+    void loadTag() {
+        QFETCH(QString, text);
+        QFETCH(QString, name);
+        QTEST(QString::fromLatin1(modDoc::DocLoadTag(text.toLatin1(), name.toLatin1())), "value");
+    }
+    void scanEntries_data() {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QList<QByteArray>>("fields"); // key|label|tagged|showing|text per entry
+        QTest::newRow("two entries")
+            << header() + entryTags("0", "Projects", "{\\rtf1 x\\par }") +
+                   entryTags("0.1", "Garden", "", true)
+            << QList<QByteArray>{"0|Projects|0|1|{\\rtf1 x\\par }", "0.1|Garden|1|1|"};
+        QTest::newRow("text with braces, line breaks and stray bytes")
+            << entryTags("0", "R", QByteArray("12,\x01}\r\n{\x00\xff}", 12), false, false)
+            << QList<QByteArray>{QByteArray("0|R|0|0|12,\x01}\r\n{\x00\xff}", 20)};
+        QTest::newRow("label cut at brace")
+            << entryTags("0", "a}b", "t") << QList<QByteArray>{"0|a|0|1|t"};
+        QTest::newRow("lower-case true is false")
+            << QByteArray("{\\ttf_nodekey 0}{\\ttf_nodetagged true}{\\ttf_nodevisible True}")
+            << QList<QByteArray>{"0||0|1|"};
+        QTest::newRow("text stops at an opener inside it")
+            << entryTags("0", "R", "ab{\\ttf_zz}cd") << QList<QByteArray>{"0|R|0|1|"};
+        QTest::newRow("truncated last text loses three bytes")
+            << QByteArray("{\\ttf_nodekey 0}\r\n{\\ttf_nodetext abcdef")
+            << QList<QByteArray>{"0||0|0|abc"};
+        QTest::newRow("header after entries and unknown tags")
+            << entryTags("0", "R", "t") + "{\\ttf_weird v}\r\n" + header()
+            << QList<QByteArray>{"0|R|0|1|t"};
+        QTest::newRow("no entries") << header() << QList<QByteArray>{};
+        QTest::newRow("unclosed unknown tag ends the scan")
+            << entryTags("0", "R", "t") + "{\\ttf_weird" << QList<QByteArray>{"0|R|0|1|t"};
+        QTest::newRow("garbage") << QByteArray("\x00\x01{\\ttf{\\ttf_}}}{{", 16)
+                                 << QList<QByteArray>{};
+    }
+    void scanEntries() {
+        QFETCH(QByteArray, file);
+        QList<QByteArray> got;
+        modDocV1::ScanEntries(file, [&](EntryRecord &r) {
+            got.append(r.Key + '|' + r.Label + '|' + (r.Tagged ? '1' : '0') + '|' +
+                       (r.Showing ? '1' : '0') + '|' + r.Text);
+        });
+        QTEST(got, "fields");
+    }
+    void check_data() {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QStringList>("problems"); // substrings, one per expected problem, in order
+        const QByteArray good = header() + entryTags("0", "R", "") + entryTags("0.1", "A", "") +
+                                entryTags("0.1.1", "C", "") + entryTags("0.2", "B", "") +
+                                entryTags("0.10", "J", "");
+        QTest::newRow("clean") << header() + entryTags("0", "R", "") + entryTags("0.1", "A", "") +
+                                      entryTags("0.1.1", "C", "") + entryTags("0.2", "B", "")
+                               << QStringList{};
+        QTest::newRow("orphan") << good.left(good.indexOf("{\\ttf_nodekey 0.10}")) +
+                                       entryTags("0.4", "X", "")
+                                << QStringList{"key \"0.4\"): orphan"};
+        QTest::newRow("missing parent")
+            << header() + entryTags("0", "R", "") + entryTags("0.3.1", "X", "")
+            << QStringList{"orphan, no entry \"0.3\""};
+        QTest::newRow("child not after parent")
+            << header() + entryTags("0", "R", "") + entryTags("0.1", "A", "") +
+                   entryTags("0.2", "B", "") + entryTags("0.1.1", "C", "")
+            << QStringList{"key \"0.1.1\"): out of order"};
+        QTest::newRow("duplicate key") << header() + entryTags("0", "R", "") +
+                                              entryTags("0.1", "A", "") + entryTags("0.1", "B", "")
+                                       << QStringList{"out of order"};
+        QTest::newRow("root twice") << header() + entryTags("0", "R", "") + entryTags("0", "S", "")
+                                    << QStringList{"out of order"};
+        QTest::newRow("undecodable text") << header() + entryTags("0", "R", "25,x\x9cgarbage")
+                                          << QStringList{"cannot be decoded"};
+        QTest::newRow("text stored as is, digits and comma first")
+            << header() + entryTags("0", "R", "3, apples") + entryTags("0.1", "A", "12,x")
+            << QStringList{};
+        QStringList missing; // every header tag, in order
+        for (const QByteArray &name : modDocV1::HeaderTagNames()) {
+            missing << "missing header tag \"" + QString::fromLatin1(name) + '"';
+        }
+        QTest::newRow("missing header") << entryTags("0", "R", "") << missing;
+        QTest::newRow("unknown tag")
+            << header() + "{\\ttf_colour red}\r\n" + entryTags("0", "R", "")
+            << QStringList{"unknown tag \"colour\""};
+        QTest::newRow("truncated")
+            << header() + entryTags("0", "R", "").chopped(3) << QStringList{"cut short"};
+    }
+    void check() {
+        QFETCH(QByteArray, file);
+        QFETCH(QStringList, problems);
+        const modDocV1::CheckReport report = modDocV1::CheckFile(file);
+        QCOMPARE(report.Problems.size(), problems.size());
+        for (qsizetype i = 0; i < problems.size(); ++i) {
+            QVERIFY2(report.Problems.at(i).contains(problems.at(i)),
+                     qPrintable(report.Problems.at(i)));
+        }
+        QCOMPARE(report.damaged(), !problems.isEmpty());
+    }
+};
 
 QTEST_GUILESS_MAIN(TestNative)
 #include "tst_native.moc"

@@ -1,5 +1,5 @@
 // The entry tree model and the tree primitives: inserts, keys, copies, deletion, selection,
-// expansion, sorting, tags, batching, collection indexes, weak references and notifications.
+// sorting, tags, batching, collection indexes, weak references and deep trees.
 #include "document/Document.h"
 #include "editor/OutlineModel.h"
 #include "outline/Node.h"
@@ -9,7 +9,6 @@
 #include "support/TreeText.h"
 #include "util/ErrorLog.h"
 
-#include <QAbstractItemModelTester>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QtTest>
@@ -43,518 +42,398 @@ struct Sample : TestDocument {
 class TestNodes : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() {
+        m_log = std::make_unique<ScopedLog>();
+        g_iActionDepth = 0;
+        g_bDocTransfer = false;
+        g_bLoadingText = false;
+        g_nodCurrent.reset();
+        Documents::SetActive(nullptr);
+    }
+    void cleanup() {
+        g_nodCurrent.reset();
+        m_log.reset();
+    }
 
-    void insertRedirections_data();
-    void insertRedirections();
-    void firstInsertIsRootWithKey();
-    void setKeys_data();
-    void setKeys();
-    void keysDuringTransferMatchRenumbering();
-    void manyChildrenAreKeyed();
-    void duplicateCopiesSubtreeAndTags();
-    void pasteCopiesAndMoves();
-    void selectFullAndTransferSelect();
-    void goDown_data();
-    void goDown();
-    void sorting();
-    void tags();
-    void batchingCounter();
-    void indexClosesGapsAfterRemovals();
-    void weakReferencesAndRemovedNodes();
-    void observerFollowsTheTree();
-    void deepTreeWalks();
+    void insertRedirections_data() {
+        QTest::addColumn<QString>("relative");
+        QTest::addColumn<int>("relationship");
+        QTest::addColumn<QString>("expected");
+        // Without a relative, and for any sibling relationship of the root, a new entry is a last
+        // child of the root: there is only one top entry.
+        const QString atEnd = QStringLiteral("root(a(a1 a2) b(b1(b11)) c new)");
+        QTest::newRow("no relative") << "" << int(relFirst) << atEnd;
+        QTest::newRow("next of root") << "root" << int(relNext) << atEnd;
+        QTest::newRow("first of root") << "root" << int(relFirst) << atEnd;
+        QTest::newRow("first") << "a2" << int(relFirst) << "root(a(new a1 a2) b(b1(b11)) c)";
+        QTest::newRow("last") << "a1" << int(relLast) << "root(a(a1 a2 new) b(b1(b11)) c)";
+    }
+    void insertRedirections() {
+        QFETCH(QString, relative);
+        QFETCH(int, relationship);
+        Sample s;
+        Node *added = NodeInsert(&s.doc, relationship, relative.isEmpty() ? nullptr : s[relative]);
+        QVERIFY(added);
+        QVERIFY(added->Key().isEmpty()); // no bulk transfer: keyed at the next renumbering
+        added->setText(QStringLiteral("new"));
+        QTEST(s.shape(), "expected");
+        QCOMPARE(s.nodes().topNodes().size(), size_t(1));
+    }
+    void firstInsertIsRootWithKey() {
+        for (int rel : {relFirst, relLast, relNext, relPrevious, relChild}) {
+            TestDocument t;
+            Node *root = NodeInsert(&t.doc, rel, nullptr);
+            QCOMPARE(root->Key(), QStringLiteral("KEY0"));
+            QVERIFY(root->Root() == root && !root->Parent());
+        }
+    }
+    void setKeys_data() {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("expected");
+        AddRows({
+            {"KEY0", "KEY0",
+             "root=KEY0 a=KEY0.1 a1=KEY0.1.1 a2=KEY0.1.2 b=KEY0.2 b1=KEY0.2.1 b11=KEY0.2.1.1 "
+             "c=KEY0.3"},
+            {"KEY", "KEY",
+             "root=KEY a=KEY1 a1=KEY1.1 a2=KEY1.2 b=KEY2 b1=KEY2.1 b11=KEY2.1.1 c=KEY3"},
+            {"empty", "", "root= a= a1= a2= b= b1= b11= c="},
+            {"other", "X", "root=X a=X.1 a1=X.1.1 a2=X.1.2 b=X.2 b1=X.2.1 b11=X.2.1.1 c=X.3"},
+        });
+    }
+    void setKeys() {
+        QFETCH(QString, key);
+        Sample s;
+        NodeSetKeys(s.made[0], key);
+        QTEST(TreeKeys(s.made[0]), "expected");
+        NodeSetKeys(nullptr, key); // nothing happens
+    }
+    void keysDuringTransferMatchRenumbering() {
+        // Keys assigned while inserting in bulk must equal a whole renumbering from the root, also
+        // for inserts in the middle and under a sorted parent.
+        Sample s;
+        g_bDocTransfer = true;
+        Node *mid = NodeInsert(&s.doc, relPrevious, s["a"]);
+        mid->setText(QStringLiteral("m"));
+        NodeInsert(&s.doc, relFirst, s["b11"])->setText(QStringLiteral("b10"));
+        NodeSortAll(s["b"], true);
+        Node *sortedIn = NodeInsert(&s.doc, relChild, s["b"]);
+        g_bDocTransfer = false;
+        QCOMPARE(sortedIn->row(), 0); // an empty label sorts first
+        const QString incremental = TreeKeys(s.made[0]);
+        NodeSetKeys(s.made[0], QStringLiteral("KEY0"));
+        QCOMPARE(incremental, TreeKeys(s.made[0]));
+        QCOMPARE(mid->Key(), QStringLiteral("KEY0.1"));
+        QCOMPARE(s["c"]->Key(), QStringLiteral("KEY0.4"));
+    }
+    void manyChildrenAreKeyed() {
+        TestDocument t(false);
+        g_bDocTransfer = true;
+        Node *root = NodeInsert(&t.doc, relChild, nullptr);
+        Node *last = nullptr;
+        for (int i = 0; i < 40000; ++i) {
+            last = NodeInsert(&t.doc, relChild, root);
+        }
+        g_bDocTransfer = false;
+        QCOMPARE(root->Children(), 40000);
+        QCOMPARE(last->Key(), QStringLiteral("KEY0.40000"));
+        QCOMPARE(last->row(), 39999);
+        NodeSetKeys(root, QStringLiteral("KEY0"));
+        QCOMPARE(root->childAt(32767)->Key(), QStringLiteral("KEY0.32768"));
+        QCOMPARE(last->Key(), QStringLiteral("KEY0.40000"));
+        QVERIFY(m_log->content().isEmpty());
+    }
+    void duplicateCopiesSubtreeAndTags() {
+        Sample s;
+        Node *b = s["b"];
+        b->setTag(QByteArray("5,stored"));
+        b->setExpanded(true);
+        NodeTagOn(b);
+        NodeTagOn(s["b11"]);
+        Node *copy = NodeDuplicate(&s.doc, b, s["c"], relNext);
+        QCOMPARE(s.shape(), QStringLiteral("root(a(a1 a2) b(b1(b11)) c b(b1(b11)))"));
+        QCOMPARE(copy->Tag(), QByteArray("5,stored"));
+        QVERIFY(copy->Tag().isSharedWith(b->Tag())); // copied without re-encoding
+        QVERIFY(copy->Expanded());
+        QCOMPARE(TreeShapeTagged(copy), QStringLiteral("b*(b1(b11*))"));
+
+        // A null target copies only with relationship 0, as a last child of the root.
+        QVERIFY(!NodeDuplicate(&s.doc, b, nullptr, relNext));
+        Node *appended = NodeDuplicate(&s.doc, s["c"], nullptr, relFirst);
+        QCOMPARE(appended->Parent(), s.nodes().Item(1));
+        QCOMPARE(appended, s.nodes().Item(1)->Child()->LastSibling());
+        QVERIFY(!NodeDuplicate(&s.doc, nullptr, b, relNext));
+
+        // Copying into the entry's own subtree copies the subtree as it was.
+        Node *a = s["a"];
+        QVERIFY(NodeDuplicate(&s.doc, a, a, relChild));
+        QCOMPARE(TreeShape(a), QStringLiteral("a(a1 a2 a(a1 a2))"));
+
+        // A text shared with a file's bytes outlives the reader's buffer and reaches copies; a
+        // buffer that does not own its bytes is copied at once.
+        auto file = std::make_shared<const QByteArray>(QByteArray("xx5,textyy"));
+        Node *c = s["c"];
+        c->setTagShared(file, 2, 6);
+        file.reset();
+        Node *cc = NodeDuplicate(&s.doc, c, c, relNext);
+        QCOMPARE(cc->TagView(), QByteArrayView("5,text"));
+        QCOMPARE(c->Tag(), QByteArray("5,text"));
+        static const char raw[] = "ab5,rawcd";
+        c->setTagShared(std::make_shared<const QByteArray>(QByteArray::fromRawData(raw, 9)), 2, 5);
+        QCOMPARE(c->TagView(), QByteArrayView("5,raw"));
+        QVERIFY(c->TagView().data() != raw + 2);
+    }
+    void pasteCopiesAndMoves() {
+        Sample s;
+        NodeRef copied = s["a1"];
+        NodePaste(&s.doc, copied, false); // nothing selected: a last child of the root
+        QCOMPARE(s.shape(), QStringLiteral("root(a(a1 a2) b(b1(b11)) c a1)"));
+        QVERIFY(copied && s.nodes().SelectedItem() != copied.get());
+        QCOMPARE(s.nodes().SelectedItem()->Text(), QStringLiteral("a1"));
+
+        // Moving a node into its own subtree removes the copy with it; nothing dangles.
+        s.nodes().setSelectedItem(s["b11"]);
+        NodeRef ref = s["b"];
+        NodePaste(&s.doc, ref, true);
+        QCOMPARE(s.shape(), QStringLiteral("root(a(a1 a2) c a1)"));
+        NodeRef none;
+        NodePaste(&s.doc, none, true); // nothing to paste
+        QCOMPARE(g_iActionDepth, 0);
+    }
+    void selectFullAndTransferSelect() {
+        Sample s;
+        Node *b11 = s["b11"];
+        b11->setTag(QByteArray("{\\rtf1 plain}"));
+        s.nodes().setDropHighlight(s.made[1]);
+        OutlineModel model(s.nodes());
+        QSignalSpy scrolled(&model, &OutlineModel::ensureVisibleRequested);
+
+        g_bDocTransfer = true;
+        NodeSelect(&s.doc, b11);
+        QVERIFY(b11->Selected());
+        QCOMPARE(s.pane->loads, 0); // light form: pane and status bar untouched
+        QVERIFY(s.view.statusNodes.empty());
+        QVERIFY(!g_nodCurrent);
+        g_bDocTransfer = false;
+
+        NodeSelect(&s.doc, s.made[1]);
+        QCOMPARE(g_nodCurrent.get(), s.made[1]);
+        QVERIFY(s.made[1]->Selected() && !b11->Selected());
+        QVERIFY(!s.nodes().DropHighlight());
+        QCOMPARE(s.view.statusNodes, std::vector<Node *>{s.made[1]});
+        QCOMPARE(s.view.menuRefreshes, 1);
+
+        NodeSelectFull(&s.doc, b11);
+        QCOMPARE(s.pane->TextRTF(), QByteArray("{\\rtf1 plain}"));
+        QVERIFY(s["b"]->Expanded() && s["b1"]->Expanded()); // shown: ancestors expanded
+        QCOMPARE(scrolled.last().at(0).value<QModelIndex>(), model.indexFromNode(b11));
+
+        NodeSelectFull(&s.doc, nullptr); // commands are still re-evaluated
+        QCOMPARE(s.view.menuRefreshes, 3);
+        QCOMPARE(g_nodCurrent.get(), b11);
+    }
+    void goDown_data() {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        AddRows({
+            {"next sibling", "a", "b"},
+            {"last child climbs", "a2", "b"},
+            {"deep last child climbs twice", "b11", "c"},
+            {"last of all stays", "c", "c"},
+            {"root goes to first child", "root", "a"},
+            {"nothing selected", "", ""},
+        });
+    }
+    void goDown() {
+        QFETCH(QString, from);
+        Sample s;
+        s.nodes().setSelectedItem(from.isEmpty() ? nullptr : s[from]);
+        NodeGoDown(&s.doc);
+        Node *sel = s.nodes().SelectedItem();
+        QTEST(sel ? sel->Text() : QString(), "to");
+        Node *root = nullptr; // untouched when nothing is selected
+        NodeGetRoot(&s.doc, root);
+        QCOMPARE(root, sel ? s.nodes().Item(1) : nullptr);
+    }
+    void sorting() {
+        // A sorted parent places inserts and renamed children, ignoring case.
+        Sample s("root\n  b\n  d\n");
+        NodeSortAll(s.made[0], true);
+        Node *n = NodeInsert(&s.doc, relNext, s.made[2]);
+        n->setText(QStringLiteral("C"));
+        QCOMPARE(s.shape(), QStringLiteral("root(b C d)"));
+        n->setText(QStringLiteral("a"));
+        QCOMPARE(s.shape(), QStringLiteral("root(a b d)"));
+        s.made[2]->setText(QStringLiteral("E"));
+        s.made[1]->setText(QStringLiteral("F"));
+        QCOMPARE(s.shape(), QStringLiteral("root(a E F)"));
+        QCOMPARE(s.made[1]->row(), 2);
+        QCOMPARE(s.made[1]->Previous(), s.made[2]);
+    }
+    void tags() {
+        Sample t;
+        QVERIFY(!NodesTaggedExist());
+        NodeTagToggle(t["b"]);
+        QVERIFY(NodesTaggedExist());
+        Documents::SetActive(nullptr);
+        QVERIFY(!NodesTaggedExist()); // no active document
+        Documents::SetActive(&t.doc);
+        NodeTagToggle(t["b"]);
+        QVERIFY(!NodesTaggedExist());
+        t["b11"]->setImage(QStringLiteral("FolderTagged")); // the icon key alone carries the tag
+        QVERIFY(NodeTagged(t["b11"]) && NodesTaggedExist() && !NodeTagged(nullptr));
+        modMain::Guarded([&] { t["root"]->setImage(QStringLiteral("Nonsense")); });
+        QVERIFY(m_log->content().startsWith(QStringLiteral("Error 5 - ")));
+        QCOMPARE(t["root"]->Image(), QStringLiteral("Folder"));
+    }
+    void batchingCounter() {
+        TestDocument t;
+        NodeActionStart();
+        QVERIFY(!t.view.outlineVisible && !t.nodes().Visible() && !t.pane->Visible());
+        NodeActionStart();
+        QCOMPARE(g_iActionDepth, 2);
+        NodeActionEnd();
+        QVERIFY(!t.view.outlineVisible && !t.pane->Visible());
+        QCOMPARE(t.view.autoFits, 1); // re-fitted at every level
+        NodeActionEnd();
+        QVERIFY(t.view.outlineVisible && t.nodes().Visible() && t.pane->Visible());
+        QCOMPARE(t.view.autoFits, 2);
+        QCOMPARE(g_iActionDepth, 0);
+
+        // Without an active document Start still counts, End does not.
+        Documents::SetActive(nullptr);
+        NodeActionStart();
+        QCOMPARE(g_iActionDepth, 1);
+        QVERIFY(t.view.outlineVisible);
+        NodeActionEnd();
+        QCOMPARE(g_iActionDepth, 1);
+        Documents::SetActive(&t.doc);
+        NodeActionEnd();
+        QCOMPARE(g_iActionDepth, 0);
+
+        // A batch primitive on a removed node reports the error and leaves the panes hidden.
+        auto made = BuildOutline(t.doc, QString::fromLatin1(kSample));
+        NodeRef gone = made[1];
+        t.nodes().Remove(made[1]->Index());
+        QVERIFY(!gone);
+        QVERIFY(!NodeDuplicate(&t.doc, made[1], made[4], relNext));
+        QVERIFY(m_log->content().startsWith(QStringLiteral("Error 35605")));
+        QCOMPARE(g_iActionDepth, 1);
+        QVERIFY(!t.pane->Visible());
+        NodeDelete(&t.doc, made[1]);
+        QCOMPARE(g_iActionDepth, 2);
+        QCOMPARE(m_log->content().count(QStringLiteral("Error 35605")), 2);
+        NodeActionEnd();
+        NodeActionEnd();
+        QVERIFY(t.pane->Visible());
+    }
+    void indexClosesGapsAfterRemovals() {
+        TestDocument t(false);
+        Nodes &nodes = t.nodes();
+        QRandomGenerator rng(7);
+        std::vector<Node *> order; // expected collection order
+        Node *root = nodes.Add();
+        order.push_back(root);
+        for (int round = 0; round < 6; ++round) {
+            for (int i = 0; i < 700; ++i) {
+                Node *rel = order[rng.bounded(int(order.size()))];
+                Node *n = nodes.Add(rel, rel == root ? relChild : int(rng.bounded(5)));
+                order.push_back(n);
+            }
+            for (int i = 0; i < 300 && nodes.Count() > 1; ++i) {
+                Node *victim = nodes.Item(2 + int(rng.bounded(nodes.Count() - 1)));
+                // The subtree goes too, in collection order.
+                std::set<Node *> gone;
+                std::vector<Node *> stack{victim};
+                while (!stack.empty()) {
+                    Node *n = stack.back();
+                    stack.pop_back();
+                    gone.insert(n);
+                    stack.insert(stack.end(), n->childList().begin(), n->childList().end());
+                }
+                nodes.Remove(victim->Index());
+                std::erase_if(order, [&](Node *n) { return gone.count(n) > 0; });
+            }
+            QCOMPARE(nodes.Count(), int(order.size()));
+            int i = 1;
+            for (Node *n : nodes) {
+                QCOMPARE(n, order[size_t(i - 1)]);
+                QCOMPARE(n->Index(), i);
+                QCOMPARE(nodes.Item(i), n);
+                ++i;
+            }
+            for (Node *n : order) {
+                for (int r = 0; r < n->Children(); ++r) {
+                    QCOMPARE(n->childAt(r)->row(), r);
+                    QCOMPARE(n->childAt(r)->Parent(), n);
+                }
+            }
+        }
+        modMain::Guarded([&] { nodes.Item(nodes.Count() + 1); });
+        QVERIFY(m_log->content().startsWith(QStringLiteral("Error 9 - ")));
+    }
+    void weakReferencesAndRemovedNodes() {
+        NodeRef survivor;
+        {
+            Sample t;
+            auto &made = t.made;
+            NodeRef b = made[4];
+            NodeRef b11 = made[6];
+            g_nodCurrent = made[6];
+            Node *raw = b11.get();
+            NodeRef copy = b; // copies count as holders too
+            NodeDelete(&t.doc, made[4]);
+            QVERIFY(!b && !b11 && !copy && !g_nodCurrent);
+            QVERIFY(raw->isRemoved());
+            QCOMPARE(raw->Text(), QStringLiteral("b11")); // still readable memory
+
+            // Relations and changes of a removed node are run-time errors.
+            modMain::Guarded([&] { raw->Index(); });
+            QVERIFY(m_log->content().contains(QStringLiteral("Error 35605")));
+            QCOMPARE(NodeInsert(&t.doc, relNext, raw), nullptr);
+            QVERIFY(m_log->content().contains(QStringLiteral("modNodes NodeInsert")));
+            QCOMPARE(t.nodes().Count(), 5);
+            NodeDelete(&t.doc, nullptr); // nothing to delete
+            QCOMPARE(t.nodes().Count(), 5);
+
+            survivor = made[1];
+            QVERIFY(survivor);
+        }
+        QVERIFY(!survivor); // the tree went away with its document
+    }
+    void deepTreeWalks() {
+        // 100,000 levels: every whole-subtree walk finishes without exhausting the call stack, and
+        // each change of content raises the tree's revision.
+        TestDocument t;
+        Document *doc = &t.doc;
+        Node *root = NodeInsert(doc, relFirst, nullptr);
+        Node *n = root;
+        for (int i = 0; i < 100000; ++i) {
+            n = doc->trvOutline().Add(n, relChild);
+        }
+        Node *deepest = n;
+        NodeExpandAll(root);
+        QVERIFY(deepest->Parent()->Expanded());
+        NodeCollapseAll(root);
+        QVERIFY(!deepest->Parent()->Expanded());
+        NodeExpandToLevel(root, 50000);
+        NodeSortAll(root, true);
+        quint64 revision = doc->trvOutline().Revision();
+        Node *copy = NodeDuplicate(doc, root->Child(), root, relChild);
+        QVERIFY(copy);
+        QCOMPARE(doc->trvOutline().Count(), 200001);
+        QVERIFY(doc->trvOutline().Revision() > revision);
+        revision = doc->trvOutline().Revision();
+        deepest->setTag("5,x");
+        QVERIFY(doc->trvOutline().Revision() > revision);
+        NodeDelete(doc, copy);
+        NodeDelete(doc, root->Child());
+        QCOMPARE(doc->trvOutline().Count(), 1);
+        QVERIFY(!m_log->content().contains("Error"));
+    }
 
 private:
     std::unique_ptr<ScopedLog> m_log;
 };
-
-void TestNodes::init() {
-    m_log = std::make_unique<ScopedLog>();
-    g_iActionDepth = 0;
-    g_bDocTransfer = false;
-    g_bLoadingText = false;
-    g_nodCurrent.reset();
-    Documents::SetActive(nullptr);
-}
-
-void TestNodes::cleanup() {
-    g_nodCurrent.reset();
-    m_log.reset();
-}
-
-// ---- Inserts and keys ----------------------------------------------------------------------
-
-void TestNodes::insertRedirections_data() {
-    QTest::addColumn<QString>("relative");
-    QTest::addColumn<int>("relationship");
-    QTest::addColumn<QString>("expected");
-    // Without a relative, and for any sibling relationship of the root, a new entry is a last
-    // child of the root: there is only one top entry.
-    const QString atEnd = QStringLiteral("root(a(a1 a2) b(b1(b11)) c new)");
-    QTest::newRow("no relative") << "" << int(relFirst) << atEnd;
-    QTest::newRow("next of root") << "root" << int(relNext) << atEnd;
-    QTest::newRow("first of root") << "root" << int(relFirst) << atEnd;
-    QTest::newRow("first") << "a2" << int(relFirst) << "root(a(new a1 a2) b(b1(b11)) c)";
-    QTest::newRow("last") << "a1" << int(relLast) << "root(a(a1 a2 new) b(b1(b11)) c)";
-}
-
-void TestNodes::insertRedirections() {
-    QFETCH(QString, relative);
-    QFETCH(int, relationship);
-    QFETCH(QString, expected);
-    Sample s;
-    Node *added = NodeInsert(&s.doc, relationship, relative.isEmpty() ? nullptr : s[relative]);
-    QVERIFY(added);
-    QVERIFY(added->Key().isEmpty()); // no bulk transfer: keyed at the next renumbering
-    added->setText(QStringLiteral("new"));
-    QCOMPARE(s.shape(), expected);
-    QCOMPARE(s.nodes().topNodes().size(), size_t(1));
-}
-
-void TestNodes::firstInsertIsRootWithKey() {
-    for (int rel : {relFirst, relLast, relNext, relPrevious, relChild}) {
-        TestDocument t;
-        Node *root = NodeInsert(&t.doc, rel, nullptr);
-        QCOMPARE(root->Key(), QStringLiteral("KEY0"));
-        QVERIFY(root->Root() == root && !root->Parent());
-    }
-}
-
-void TestNodes::setKeys_data() {
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("expected");
-    AddRows({
-        {"KEY0", "KEY0",
-         "root=KEY0 a=KEY0.1 a1=KEY0.1.1 a2=KEY0.1.2 b=KEY0.2 b1=KEY0.2.1 b11=KEY0.2.1.1 c=KEY0.3"},
-        {"KEY", "KEY", "root=KEY a=KEY1 a1=KEY1.1 a2=KEY1.2 b=KEY2 b1=KEY2.1 b11=KEY2.1.1 c=KEY3"},
-        {"empty", "", "root= a= a1= a2= b= b1= b11= c="},
-        {"other", "X", "root=X a=X.1 a1=X.1.1 a2=X.1.2 b=X.2 b1=X.2.1 b11=X.2.1.1 c=X.3"},
-    });
-}
-
-void TestNodes::setKeys() {
-    QFETCH(QString, key);
-    QFETCH(QString, expected);
-    Sample s;
-    NodeSetKeys(s.made[0], key);
-    QCOMPARE(TreeKeys(s.made[0]), expected);
-    NodeSetKeys(nullptr, key); // nothing happens
-}
-
-void TestNodes::keysDuringTransferMatchRenumbering() {
-    // Keys assigned while inserting in bulk must equal a whole renumbering from the root, also
-    // for inserts in the middle and under a sorted parent.
-    Sample s;
-    g_bDocTransfer = true;
-    Node *mid = NodeInsert(&s.doc, relPrevious, s["a"]);
-    mid->setText(QStringLiteral("m"));
-    NodeInsert(&s.doc, relFirst, s["b11"])->setText(QStringLiteral("b10"));
-    NodeSortAll(s["b"], true);
-    Node *sortedIn = NodeInsert(&s.doc, relChild, s["b"]);
-    g_bDocTransfer = false;
-    QCOMPARE(sortedIn->row(), 0); // an empty label sorts first
-    const QString incremental = TreeKeys(s.made[0]);
-    NodeSetKeys(s.made[0], QStringLiteral("KEY0"));
-    QCOMPARE(incremental, TreeKeys(s.made[0]));
-    QCOMPARE(mid->Key(), QStringLiteral("KEY0.1"));
-    QCOMPARE(s["c"]->Key(), QStringLiteral("KEY0.4"));
-}
-
-void TestNodes::manyChildrenAreKeyed() {
-    TestDocument t(false);
-    g_bDocTransfer = true;
-    Node *root = NodeInsert(&t.doc, relChild, nullptr);
-    Node *last = nullptr;
-    for (int i = 0; i < 40000; ++i) {
-        last = NodeInsert(&t.doc, relChild, root);
-    }
-    g_bDocTransfer = false;
-    QCOMPARE(root->Children(), 40000);
-    QCOMPARE(last->Key(), QStringLiteral("KEY0.40000"));
-    QCOMPARE(last->row(), 39999);
-    NodeSetKeys(root, QStringLiteral("KEY0"));
-    QCOMPARE(root->childAt(32767)->Key(), QStringLiteral("KEY0.32768"));
-    QCOMPARE(last->Key(), QStringLiteral("KEY0.40000"));
-    QVERIFY(m_log->content().isEmpty());
-}
-
-// ---- Duplicate, paste, delete --------------------------------------------------------------
-
-void TestNodes::duplicateCopiesSubtreeAndTags() {
-    Sample s;
-    Node *b = s["b"];
-    b->setTag(QByteArray("5,stored"));
-    b->setExpanded(true);
-    NodeTagOn(b);
-    NodeTagOn(s["b11"]);
-    Node *copy = NodeDuplicate(&s.doc, b, s["c"], relNext);
-    QVERIFY(copy && copy != b);
-    QCOMPARE(s.shape(), QStringLiteral("root(a(a1 a2) b(b1(b11)) c b(b1(b11)))"));
-    QCOMPARE(copy->Tag(), QByteArray("5,stored"));
-    QVERIFY(copy->Tag().isSharedWith(b->Tag())); // copied without re-encoding
-    QVERIFY(copy->Expanded());
-    QVERIFY(NodeTagged(copy));
-    QVERIFY(!NodeTagged(copy->Child()));
-    QVERIFY(NodeTagged(copy->Child()->Child()));
-    QVERIFY(s.view.outlineVisible && s.pane->Visible());
-
-    // A null target copies only with relationship 0, as a last child of the root.
-    QVERIFY(!NodeDuplicate(&s.doc, b, nullptr, relNext));
-    Node *appended = NodeDuplicate(&s.doc, s["c"], nullptr, relFirst);
-    QCOMPARE(appended->Parent(), s.nodes().Item(1));
-    QCOMPARE(appended, s.nodes().Item(1)->Child()->LastSibling());
-    QVERIFY(!NodeDuplicate(&s.doc, nullptr, b, relNext));
-
-    // Copying into the entry's own subtree copies the subtree as it was.
-    Node *a = s["a"];
-    QVERIFY(NodeDuplicate(&s.doc, a, a, relChild));
-    QCOMPARE(TreeShape(a), QStringLiteral("a(a1 a2 a(a1 a2))"));
-
-    // A text shared with a file's bytes outlives the reader's buffer and reaches copies; a buffer
-    // that does not own its bytes is copied at once.
-    auto file = std::make_shared<const QByteArray>(QByteArray("xx5,textyy"));
-    Node *c = s["c"];
-    c->setTagShared(file, 2, 6);
-    file.reset();
-    Node *cc = NodeDuplicate(&s.doc, c, c, relNext);
-    QCOMPARE(cc->TagView(), QByteArrayView("5,text"));
-    QCOMPARE(c->Tag(), QByteArray("5,text"));
-    static const char raw[] = "ab5,rawcd";
-    c->setTagShared(std::make_shared<const QByteArray>(QByteArray::fromRawData(raw, 9)), 2, 5);
-    QCOMPARE(c->TagView(), QByteArrayView("5,raw"));
-    QVERIFY(c->TagView().data() != raw + 2);
-}
-
-void TestNodes::pasteCopiesAndMoves() {
-    Sample s;
-    NodeRef copied = s["a1"];
-    NodePaste(&s.doc, copied, false); // nothing selected: a last child of the root
-    QCOMPARE(s.shape(), QStringLiteral("root(a(a1 a2) b(b1(b11)) c a1)"));
-    QVERIFY(copied && s.nodes().SelectedItem() != copied.get());
-    QCOMPARE(s.nodes().SelectedItem()->Text(), QStringLiteral("a1"));
-
-    s.nodes().setSelectedItem(s["c"]);
-    NodeRef ref = s["a"];
-    NodePaste(&s.doc, ref, true);
-    QCOMPARE(s.shape(), QStringLiteral("root(b(b1(b11)) c a(a1 a2) a1)"));
-    QVERIFY(!ref);
-    QCOMPARE(s.nodes().SelectedItem()->Text(), QStringLiteral("a"));
-    QCOMPARE(s.nodes().Count(), 9);
-
-    // Moving a node into its own subtree removes the copy with it; nothing dangles.
-    s.nodes().setSelectedItem(s["b11"]);
-    ref = s["b"];
-    NodePaste(&s.doc, ref, true);
-    QCOMPARE(s.shape(), QStringLiteral("root(c a(a1 a2) a1)"));
-    NodeRef none;
-    NodePaste(&s.doc, none, true); // nothing to paste
-    QCOMPARE(g_iActionDepth, 0);
-}
-
-// ---- Selection -----------------------------------------------------------------------------
-
-void TestNodes::selectFullAndTransferSelect() {
-    Sample s;
-    Node *b11 = s["b11"];
-    b11->setTag(QByteArray("{\\rtf1 plain}"));
-    s.nodes().setDropHighlight(s.made[1]);
-    OutlineModel model(s.nodes());
-    QSignalSpy scrolled(&model, &OutlineModel::ensureVisibleRequested);
-
-    g_bDocTransfer = true;
-    NodeSelect(&s.doc, b11);
-    QVERIFY(b11->Selected());
-    QCOMPARE(s.pane->loads, 0); // light form: pane and status bar untouched
-    QVERIFY(s.view.statusNodes.empty());
-    QVERIFY(!g_nodCurrent);
-    g_bDocTransfer = false;
-
-    NodeSelect(&s.doc, s.made[1]);
-    QCOMPARE(g_nodCurrent.get(), s.made[1]);
-    QVERIFY(s.made[1]->Selected() && !b11->Selected());
-    QVERIFY(!s.nodes().DropHighlight());
-    QCOMPARE(s.view.statusNodes, std::vector<Node *>{s.made[1]});
-    QCOMPARE(s.view.menuRefreshes, 1);
-
-    NodeSelectFull(&s.doc, b11);
-    QCOMPARE(s.pane->TextRTF(), QByteArray("{\\rtf1 plain}"));
-    QVERIFY(s["b"]->Expanded() && s["b1"]->Expanded()); // shown: ancestors expanded
-    QCOMPARE(scrolled.last().at(0).value<QModelIndex>(), model.indexFromNode(b11));
-
-    NodeSelectFull(&s.doc, nullptr); // commands are still re-evaluated
-    QCOMPARE(s.view.menuRefreshes, 3);
-    QCOMPARE(g_nodCurrent.get(), b11);
-}
-
-void TestNodes::goDown_data() {
-    QTest::addColumn<QString>("from");
-    QTest::addColumn<QString>("to");
-    AddRows({
-        {"next sibling", "a", "b"},
-        {"last child climbs", "a2", "b"},
-        {"deep last child climbs twice", "b11", "c"},
-        {"last of all stays", "c", "c"},
-        {"root goes to first child", "root", "a"},
-        {"nothing selected", "", ""},
-    });
-}
-
-void TestNodes::goDown() {
-    QFETCH(QString, from);
-    QFETCH(QString, to);
-    Sample s;
-    s.nodes().setSelectedItem(from.isEmpty() ? nullptr : s[from]);
-    NodeGoDown(&s.doc);
-    Node *sel = s.nodes().SelectedItem();
-    QCOMPARE(sel ? sel->Text() : QString(), to);
-    Node *root = nullptr; // untouched when nothing is selected
-    NodeGetRoot(&s.doc, root);
-    QCOMPARE(root, sel ? s.nodes().Item(1) : nullptr);
-}
-
-// ---- Sorting -----------------------------------------------------------------
-
-void TestNodes::sorting() {
-    // A sorted parent places inserts and renamed children, ignoring case.
-    Sample s("root\n  b\n  d\n");
-    NodeSortAll(s.made[0], true);
-    Node *n = NodeInsert(&s.doc, relNext, s.made[2]);
-    n->setText(QStringLiteral("C"));
-    QCOMPARE(s.shape(), QStringLiteral("root(b C d)"));
-    n->setText(QStringLiteral("a"));
-    QCOMPARE(s.shape(), QStringLiteral("root(a b d)"));
-    s.made[2]->setText(QStringLiteral("E"));
-    s.made[1]->setText(QStringLiteral("F"));
-    QCOMPARE(s.shape(), QStringLiteral("root(a E F)"));
-    QCOMPARE(s.made[1]->row(), 2);
-    QCOMPARE(s.made[1]->Previous(), s.made[2]);
-}
-// ---- Tags ----------------------------------------------------------------------------------
-
-void TestNodes::tags() {
-    Sample t;
-    auto &made = t.made;
-    QVERIFY(!NodesTaggedExist());
-    NodeTagToggle(made[1]);
-    QVERIFY(NodeTagged(made[1]));
-    QVERIFY(!NodeTagged(made[2])); // children are not tagged with their parent
-    QVERIFY(NodesTaggedExist());
-    Documents::SetActive(nullptr);
-    QVERIFY(!NodesTaggedExist()); // no active document
-    Documents::SetActive(&t.doc);
-    NodeTagToggle(made[1]);
-    QCOMPARE(made[1]->SelectedImage(), QStringLiteral("FolderSelected"));
-    QVERIFY(!NodesTaggedExist());
-    // The icon key alone carries the tag.
-    made[6]->setImage(QStringLiteral("FolderTagged"));
-    QVERIFY(NodeTagged(made[6]) && NodesTaggedExist());
-    QVERIFY(!NodeTagged(nullptr));
-    modMain::Guarded([&] { made[0]->setImage(QStringLiteral("Nonsense")); });
-    QVERIFY(m_log->content().startsWith(QStringLiteral("Error 5 - ")));
-    QCOMPARE(made[0]->Image(), QStringLiteral("Folder"));
-}
-
-// ---- Batching ------------------------------------------------------------------------------
-
-void TestNodes::batchingCounter() {
-    TestDocument t;
-    NodeActionStart();
-    QVERIFY(!t.view.outlineVisible && !t.nodes().Visible() && !t.pane->Visible());
-    NodeActionStart();
-    QCOMPARE(g_iActionDepth, 2);
-    NodeActionEnd();
-    QVERIFY(!t.view.outlineVisible && !t.pane->Visible());
-    QCOMPARE(t.view.autoFits, 1); // re-fitted at every level
-    NodeActionEnd();
-    QVERIFY(t.view.outlineVisible && t.nodes().Visible() && t.pane->Visible());
-    QCOMPARE(t.view.autoFits, 2);
-    QCOMPARE(g_iActionDepth, 0);
-
-    // Without an active document Start still counts, End does not.
-    Documents::SetActive(nullptr);
-    NodeActionStart();
-    QCOMPARE(g_iActionDepth, 1);
-    QVERIFY(t.view.outlineVisible);
-    NodeActionEnd();
-    QCOMPARE(g_iActionDepth, 1);
-    Documents::SetActive(&t.doc);
-    NodeActionEnd();
-    QCOMPARE(g_iActionDepth, 0);
-
-    // A batch primitive on a removed node reports the error and leaves the panes hidden.
-    auto made = BuildOutline(t.doc, QString::fromLatin1(kSample));
-    NodeRef gone = made[1];
-    t.nodes().Remove(made[1]->Index());
-    QVERIFY(!gone);
-    QVERIFY(!NodeDuplicate(&t.doc, made[1], made[4], relNext));
-    QVERIFY(m_log->content().startsWith(QStringLiteral("Error 35605")));
-    QCOMPARE(g_iActionDepth, 1);
-    QVERIFY(!t.pane->Visible());
-    NodeDelete(&t.doc, made[1]);
-    QCOMPARE(g_iActionDepth, 2);
-    QCOMPARE(m_log->content().count(QStringLiteral("Error 35605")), 2);
-    NodeActionEnd();
-    NodeActionEnd();
-    QVERIFY(t.pane->Visible());
-}
-
-// ---- Collection indexes and references -----------------------------------------------------
-
-void TestNodes::indexClosesGapsAfterRemovals() {
-    TestDocument t(false);
-    Nodes &nodes = t.nodes();
-    QRandomGenerator rng(7);
-    std::vector<Node *> order; // expected collection order
-    Node *root = nodes.Add();
-    order.push_back(root);
-    for (int round = 0; round < 6; ++round) {
-        for (int i = 0; i < 700; ++i) {
-            Node *rel = order[rng.bounded(int(order.size()))];
-            Node *n = nodes.Add(rel, rel == root ? relChild : int(rng.bounded(5)));
-            order.push_back(n);
-        }
-        for (int i = 0; i < 300 && nodes.Count() > 1; ++i) {
-            Node *victim = nodes.Item(2 + int(rng.bounded(nodes.Count() - 1)));
-            // The subtree goes too, in collection order.
-            std::set<Node *> gone;
-            std::vector<Node *> stack{victim};
-            while (!stack.empty()) {
-                Node *n = stack.back();
-                stack.pop_back();
-                gone.insert(n);
-                stack.insert(stack.end(), n->childList().begin(), n->childList().end());
-            }
-            nodes.Remove(victim->Index());
-            std::erase_if(order, [&](Node *n) { return gone.count(n) > 0; });
-        }
-        QCOMPARE(nodes.Count(), int(order.size()));
-        int i = 1;
-        for (Node *n : nodes) {
-            QCOMPARE(n, order[size_t(i - 1)]);
-            QCOMPARE(n->Index(), i);
-            QCOMPARE(nodes.Item(i), n);
-            ++i;
-        }
-        for (Node *n : order) {
-            for (int r = 0; r < n->Children(); ++r) {
-                QCOMPARE(n->childAt(r)->row(), r);
-                QCOMPARE(n->childAt(r)->Parent(), n);
-            }
-        }
-    }
-    modMain::Guarded([&] { nodes.Item(nodes.Count() + 1); });
-    QVERIFY(m_log->content().startsWith(QStringLiteral("Error 9 - ")));
-}
-
-void TestNodes::weakReferencesAndRemovedNodes() {
-    NodeRef survivor;
-    {
-        Sample t;
-        auto &made = t.made;
-        NodeRef b = made[4];
-        NodeRef b11 = made[6];
-        g_nodCurrent = made[6];
-        Node *raw = b11.get();
-        NodeRef copy = b; // copies count as holders too
-        NodeDelete(&t.doc, made[4]);
-        QVERIFY(!b && !b11 && !copy && !g_nodCurrent);
-        QVERIFY(b11 == nullptr);
-        QVERIFY(raw->isRemoved());
-        QCOMPARE(raw->Text(), QStringLiteral("b11")); // still readable memory
-
-        // Relations and changes of a removed node are run-time errors.
-        modMain::Guarded([&] { raw->Index(); });
-        QVERIFY(m_log->content().contains(QStringLiteral("Error 35605")));
-        QCOMPARE(NodeInsert(&t.doc, relNext, raw), nullptr);
-        QVERIFY(m_log->content().contains(QStringLiteral("modNodes NodeInsert")));
-        QCOMPARE(t.nodes().Count(), 5);
-        NodeDelete(&t.doc, nullptr); // nothing to delete
-        QCOMPARE(t.nodes().Count(), 5);
-
-        survivor = made[1];
-        QVERIFY(survivor);
-    }
-    QVERIFY(!survivor); // the tree went away with its document
-}
-
-// ---- Notifications -------------------------------------------------------------------------
-
-// The item model follows the tree from its notifications alone, checked by Qt's model tester.
-void TestNodes::observerFollowsTheTree() {
-    Sample t;
-    OutlineModel model(t.nodes());
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
-    QRandomGenerator rng(11);
-    for (int step = 0; step < 400; ++step) {
-        const int count = t.nodes().Count();
-        Node *n = t.nodes().Item(1 + int(rng.bounded(count)));
-        switch (rng.bounded(7)) {
-        case 0:
-        case 1:
-            NodeInsert(&t.doc, int(rng.bounded(5)), n)->setText(QString::number(rng.bounded(50)));
-            break;
-        case 2:
-            if (n->Parent() && count > 20) {
-                NodeDelete(&t.doc, n);
-            }
-            break;
-        case 3:
-            if (n->Parent() && count < 200) {
-                NodeDuplicate(&t.doc, n, t.nodes().Item(1 + int(rng.bounded(count))), relNext);
-            }
-            break;
-        case 4:
-            n->setSorted(rng.bounded(2) == 0);
-            break;
-        case 5:
-            n->setText(QString::number(rng.bounded(50)));
-            break;
-        default:
-            NodeSelectFull(&t.doc, n);
-            NodeTagToggle(n);
-            break;
-        }
-        QVERIFY(!QTest::currentTestFailed());
-        QCOMPARE(ModelShape(model), TreeShape(t.nodes().Item(1)->Root()));
-    }
-    QVERIFY(changes.count() > 100);
-    t.nodes().Clear();
-    QCOMPARE(model.rowCount(), 0);
-}
-
-void TestNodes::deepTreeWalks() {
-    // 100,000 levels: every whole-subtree walk finishes without exhausting the call stack, and
-    // each change of content raises the tree's revision.
-    TestDocument t;
-    Document *doc = &t.doc;
-    Node *root = NodeInsert(doc, relFirst, nullptr);
-    Node *n = root;
-    for (int i = 0; i < 100000; ++i) {
-        n = doc->trvOutline().Add(n, relChild);
-    }
-    Node *deepest = n;
-    NodeExpandAll(root);
-    QVERIFY(deepest->Parent()->Expanded());
-    NodeCollapseAll(root);
-    QVERIFY(!deepest->Parent()->Expanded());
-    NodeExpandToLevel(root, 50000);
-    NodeSortAll(root, true);
-    quint64 revision = doc->trvOutline().Revision();
-    Node *copy = NodeDuplicate(doc, root->Child(), root, relChild);
-    QVERIFY(copy);
-    QCOMPARE(doc->trvOutline().Count(), 200001);
-    QVERIFY(doc->trvOutline().Revision() > revision);
-    revision = doc->trvOutline().Revision();
-    deepest->setTag("5,x");
-    QVERIFY(doc->trvOutline().Revision() > revision);
-    NodeDelete(doc, copy);
-    NodeDelete(doc, root->Child());
-    QCOMPARE(doc->trvOutline().Count(), 1);
-    QVERIFY(!m_log->content().contains("Error"));
-}
 
 QTEST_GUILESS_MAIN(TestNodes)
 #include "tst_nodes.moc"

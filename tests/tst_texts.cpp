@@ -41,221 +41,194 @@ QByteArray decoded(const QByteArray &s) {
 class TestTexts : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() {
+        m_log = std::make_unique<ScopedLog>();
+        g_bLoadingText = false;
+        g_bDocTransfer = false;
+        g_iActionDepth = 0;
+        Documents::SetActive(nullptr);
+    }
+    void cleanup() {
+        g_nodCurrent.reset();
+        m_log.reset();
+    }
 
-    void roundTrip_data();
-    void roundTrip();
-    void decodeEdgeCases_data();
-    void decodeEdgeCases();
-    void loadAndStoreThroughPane();
-    void storeIgnoredWhileLoading();
-    void selectedEntryTexts();
-    void fontAppliedToAllTexts();
+    void roundTrip_data() {
+        QTest::addColumn<QByteArray>("text");
+        QByteArray all;
+        for (int b = 0; b < 256; ++b) {
+            all += char(b);
+        }
+        QByteArray noise(70000, '\0');
+        QRandomGenerator rng(3);
+        for (char &c : noise) {
+            c = char(rng.bounded(256));
+        }
+        QTest::newRow("rich text") << sampleRtf(3);
+        QTest::newRow("every byte value") << all;
+        QTest::newRow("long rich text") << sampleRtf(5000);
+        QTest::newRow("incompressible") << noise; // stored in under n*1.01+12 bytes still
+        QTest::newRow("commas and digits") << QByteArray("12,34,56");
+    }
+    void roundTrip() {
+        QFETCH(QByteArray, text);
+        const QByteArray s = stored(text);
+        QVERIFY(s.startsWith(QByteArray::number(text.size()) + ','));
+        QCOMPARE(decoded(s), text);
+
+        TestDocument t;
+        Node *root = NodeInsert(&t.doc, relChild, nullptr);
+        t.pane->SetTextRTF(text);
+        NodeTextPut(&t.doc, root);
+        QCOMPARE(root->Tag(), s);
+        t.pane->SetTextRTF("other");
+        NodeTextGet(&t.doc, root);
+        QCOMPARE(t.pane->TextRTF(), text);
+        QVERIFY(m_log->content().isEmpty());
+    }
+    void decodeEdgeCases_data() {
+        const auto row = [](const char *name, const QByteArray &in, const QByteArray &out) {
+            QTest::newRow(name) << in << out;
+        };
+        QTest::addColumn<QByteArray>("stored");
+        QTest::addColumn<QByteArray>("text");
+        row("no comma", "{\\rtf1 plain}", "{\\rtf1 plain}");
+        row("empty", {}, {});
+        row("digits and comma: prefix dropped", "3, apples", " apples");
+        row("zero prefix", "0,abc", "0,abc");
+        row("not a number", "abc,def", "abc,def");
+        row("negative", "-5,xyz", "-5,xyz");
+        row("comma first", ",xyz", ",xyz");
+        row("blanks inside the number", " 1 2,xyz", "xyz");
+        row("trailing garbage", "7abc,xyz", "xyz");
+        row("fraction rounds to zero", "0.4,xyz", "0.4,xyz");
+        row("fraction rounds half to even", "0.5,xyz", "0.5,xyz");
+        row("fraction rounds up", "1.5,xyz", "xyz");
+        row("exponent", "1e2,xyz", "xyz");
+        row("hexadecimal", "&H1F,xyz", "xyz");
+        row("second comma kept", "4,a,b", "a,b");
+
+        const QByteArray text = sampleRtf(2);
+        const QByteArray good = stored(text);
+        row("valid", good, text);
+        row("truncated data", good.left(good.size() - 5),
+            good.mid(good.indexOf(',') + 1).chopped(5));
+
+        QByteArray farComma(40000, 'x');
+        farComma += ",tail";
+        row("comma beyond 32767", farComma, farComma);
+
+        // The buffer holds the stated length plus 1% and 12 bytes: a slightly larger text still
+        // decodes, a much larger one fails and keeps its prefix off. Lengths that the compressed
+        // bytes cannot hold fail at once, without a huge buffer.
+        QByteArray thousand;
+        QCOMPARE(modCompress::CompressString(QByteArray(1000, 'a'), thousand), Z_OK);
+        row("stated slightly short", "980," + thousand, QByteArray(1000, 'a'));
+        row("stated much too short", "900," + thousand, thousand);
+        // Lengths beyond what a text may hold are refused: the pane shows a notice, the log says
+        // so.
+        row("huge stated length", "2147483647," + thousand, "refused");
+        row("length overflow", "99999999999,data", "refused");
+    }
+    void decodeEdgeCases() {
+        QFETCH(QByteArray, stored);
+        QFETCH(QByteArray, text);
+        if (text == "refused") {
+            QVERIFY(decoded(stored).contains("is too large to be shown"));
+            QVERIFY(m_log->content().startsWith("Error 7 - "));
+        } else {
+            QCOMPARE(decoded(stored), text);
+            QVERIFY(m_log->content().isEmpty());
+        }
+    }
+    void loadAndStoreThroughPane() {
+        TestDocument t;
+        Node *root = NodeInsert(&t.doc, relChild, nullptr);
+        root->setTag(QByteArray("{\\rtf1 legacy plain text}"));
+        NodeTextGet(&t.doc, root);
+        QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1 legacy plain text}"));
+        QCOMPARE(t.pane->loadsWhileVisible, 0); // filled while hidden ...
+        QVERIFY(t.pane->Visible());             // ... and shown again
+        QVERIFY(!g_bLoadingText);
+
+        t.pane->SetVisible(false);
+        NodeTextGet(&t.doc, nullptr); // a null node empties the pane
+        QVERIFY(t.pane->TextRTF().isEmpty());
+        QVERIFY(!t.pane->Visible()); // a hidden pane stays hidden
+
+        // Storing does not mark the document changed and needs a node and a document.
+        t.pane->SetTextRTF(sampleRtf(1));
+        NodeTextPut(&t.doc, root);
+        QCOMPARE(decoded(root->Tag()), sampleRtf(1));
+        QVERIFY(!t.doc.m_bDataChanged);
+        NodeTextPut(nullptr, root);
+        NodeTextPut(&t.doc, nullptr);
+        NodeTextGet(nullptr, root);
+
+        Document headless; // no pane: nothing to load or store
+        Node *other = NodeInsert(&headless, relChild, nullptr);
+        NodeTextGet(&headless, other);
+        NodeTextPut(&headless, other);
+        QVERIFY(other->Tag().isEmpty());
+        QVERIFY(m_log->content().isEmpty());
+    }
+    void storeIgnoredWhileLoading() {
+        // The pane's change event stores the text back; while a text is loaded that must not
+        // happen.
+        TestDocument t;
+        auto made = BuildOutline(t.doc, QStringLiteral("root\n  a\n"));
+        t.nodes().setSelectedItem(made[1]);
+        made[1]->setTag(stored("{\\rtf1 a}"));
+        const QByteArray before = made[1]->Tag();
+        int events = 0;
+        t.pane->changed = [&] {
+            ++events;
+            NodeTextPutSelected();
+        };
+        NodeTextGet(&t.doc, made[1]);
+        QCOMPARE(events, 1);
+        QVERIFY(made[1]->Tag().isSharedWith(before)); // untouched, not even re-stored
+        t.pane->SetTextRTF("{\\rtf1 typed}");         // a real edit is stored at once
+        QCOMPARE(decoded(made[1]->Tag()), QByteArray("{\\rtf1 typed}"));
+        t.pane->changed = nullptr;
+    }
+    void selectedEntryTexts() {
+        TestDocument t(false);
+        auto made = BuildOutline(t.doc, QStringLiteral("root\n  a\n  b\n"));
+        made[2]->setTag(stored("{\\rtf1 b}"));
+        t.nodes().setSelectedItem(made[2]);
+        NodeTextGetSelected(); // no active document: nothing
+        QCOMPARE(t.pane->loads, 0);
+        Documents::SetActive(&t.doc);
+        NodeTextGetSelected();
+        QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1 b}"));
+        t.pane->SetTextRTF("{\\rtf1 b2}");
+        NodeTextPutSelected();
+        QCOMPARE(decoded(made[2]->Tag()), QByteArray("{\\rtf1 b2}"));
+        t.nodes().setSelectedItem(nullptr);
+        NodeTextGetSelected(); // nothing selected: the pane is emptied
+        QVERIFY(t.pane->TextRTF().isEmpty());
+    }
+    void fontAppliedToAllTexts() {
+        TestDocument t;
+        auto made = BuildOutline(t.doc, QStringLiteral("root\n  a\n    a1\n  b\n"));
+        for (Node *n : made) {
+            n->setTag(stored("{\\rtf1 " + n->Text().toLatin1() + '}'));
+        }
+        clsFont font;
+        font.setName(QStringLiteral("Mono"));
+        font.setSize(9);
+        NodeSetFontAll(&t.doc, made[1], font); // a and its subtree only
+        QCOMPARE(decoded(made[1]->Tag()), QByteArray("{\\rtf1 a}{\\font Mono 9}"));
+        QCOMPARE(decoded(made[2]->Tag()), QByteArray("{\\rtf1 a1}{\\font Mono 9}"));
+        QCOMPARE(decoded(made[0]->Tag()), QByteArray("{\\rtf1 root}"));
+        QCOMPARE(decoded(made[3]->Tag()), QByteArray("{\\rtf1 b}"));
+        QVERIFY(t.pane->Visible());
+    }
 
 private:
     std::unique_ptr<ScopedLog> m_log;
 };
-
-void TestTexts::init() {
-    m_log = std::make_unique<ScopedLog>();
-    g_bLoadingText = false;
-    g_bDocTransfer = false;
-    g_iActionDepth = 0;
-    Documents::SetActive(nullptr);
-}
-
-void TestTexts::cleanup() {
-    g_nodCurrent.reset();
-    m_log.reset();
-}
-
-// ---- Compression ---------------------------------------------------------------------------
-
-void TestTexts::roundTrip_data() {
-    QTest::addColumn<QByteArray>("text");
-    QByteArray all;
-    for (int b = 0; b < 256; ++b) {
-        all += char(b);
-    }
-    QByteArray noise(70000, '\0');
-    QRandomGenerator rng(3);
-    for (char &c : noise) {
-        c = char(rng.bounded(256));
-    }
-    QTest::newRow("rich text") << sampleRtf(3);
-    QTest::newRow("every byte value") << all;
-    QTest::newRow("long rich text") << sampleRtf(5000);
-    QTest::newRow("incompressible") << noise; // stored in under n*1.01+12 bytes still
-    QTest::newRow("commas and digits") << QByteArray("12,34,56");
-}
-
-void TestTexts::roundTrip() {
-    QFETCH(QByteArray, text);
-    const QByteArray s = stored(text);
-    QVERIFY(s.startsWith(QByteArray::number(text.size()) + ','));
-    QCOMPARE(decoded(s), text);
-
-    TestDocument t;
-    Node *root = NodeInsert(&t.doc, relChild, nullptr);
-    t.pane->SetTextRTF(text);
-    NodeTextPut(&t.doc, root);
-    QCOMPARE(root->Tag(), s);
-    t.pane->SetTextRTF("other");
-    NodeTextGet(&t.doc, root);
-    QCOMPARE(t.pane->TextRTF(), text);
-    QVERIFY(m_log->content().isEmpty());
-}
-
-void TestTexts::decodeEdgeCases_data() {
-    QTest::addColumn<QByteArray>("stored");
-    QTest::addColumn<QByteArray>("text");
-    QTest::newRow("no comma") << QByteArray("{\\rtf1 plain}") << QByteArray("{\\rtf1 plain}");
-    QTest::newRow("empty") << QByteArray() << QByteArray();
-    QTest::newRow("digits and comma: prefix dropped")
-        << QByteArray("3, apples") << QByteArray(" apples");
-    QTest::newRow("zero prefix") << QByteArray("0,abc") << QByteArray("0,abc");
-    QTest::newRow("not a number") << QByteArray("abc,def") << QByteArray("abc,def");
-    QTest::newRow("negative") << QByteArray("-5,xyz") << QByteArray("-5,xyz");
-    QTest::newRow("comma first") << QByteArray(",xyz") << QByteArray(",xyz");
-    QTest::newRow("blanks inside the number") << QByteArray(" 1 2,xyz") << QByteArray("xyz");
-    QTest::newRow("trailing garbage") << QByteArray("7abc,xyz") << QByteArray("xyz");
-    QTest::newRow("fraction rounds to zero") << QByteArray("0.4,xyz") << QByteArray("0.4,xyz");
-    QTest::newRow("fraction rounds half to even") << QByteArray("0.5,xyz") << QByteArray("0.5,xyz");
-    QTest::newRow("fraction rounds up") << QByteArray("1.5,xyz") << QByteArray("xyz");
-    QTest::newRow("exponent") << QByteArray("1e2,xyz") << QByteArray("xyz");
-    QTest::newRow("hexadecimal") << QByteArray("&H1F,xyz") << QByteArray("xyz");
-    QTest::newRow("second comma kept") << QByteArray("4,a,b") << QByteArray("a,b");
-
-    const QByteArray text = sampleRtf(2);
-    const QByteArray good = stored(text);
-    QTest::newRow("valid") << good << text;
-    QTest::newRow("truncated data")
-        << good.left(good.size() - 5) << good.mid(good.indexOf(',') + 1).chopped(5);
-
-    QByteArray farComma(40000, 'x');
-    farComma += ",tail";
-    QTest::newRow("comma beyond 32767") << farComma << farComma;
-
-    // The buffer holds the stated length plus 1% and 12 bytes: a slightly larger text still
-    // decodes, a much larger one fails and keeps its prefix off. Lengths that the compressed
-    // bytes cannot hold fail at once, without a huge buffer.
-    QByteArray thousand;
-    QCOMPARE(modCompress::CompressString(QByteArray(1000, 'a'), thousand), Z_OK);
-    QTest::newRow("stated slightly short") << "980," + thousand << QByteArray(1000, 'a');
-    QTest::newRow("stated much too short") << "900," + thousand << thousand;
-    // Lengths beyond what a text may hold are refused: the pane shows a notice, the log says so.
-    QTest::newRow("huge stated length") << "2147483647," + thousand << QByteArray("refused");
-    QTest::newRow("length overflow") << QByteArray("99999999999,data") << QByteArray("refused");
-}
-
-void TestTexts::decodeEdgeCases() {
-    QFETCH(QByteArray, stored);
-    QFETCH(QByteArray, text);
-    if (text == "refused") {
-        QVERIFY(decoded(stored).contains("is too large to be shown"));
-        QVERIFY(m_log->content().startsWith("Error 7 - "));
-    } else {
-        QCOMPARE(decoded(stored), text);
-        QVERIFY(m_log->content().isEmpty());
-    }
-}
-
-// ---- Through the text pane -----------------------------------------------------------------
-
-void TestTexts::loadAndStoreThroughPane() {
-    TestDocument t;
-    Node *root = NodeInsert(&t.doc, relChild, nullptr);
-    root->setTag(QByteArray("{\\rtf1 legacy plain text}"));
-    NodeTextGet(&t.doc, root);
-    QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1 legacy plain text}"));
-    QCOMPARE(t.pane->loadsWhileVisible, 0); // filled while hidden ...
-    QVERIFY(t.pane->Visible());             // ... and shown again
-    QVERIFY(!g_bLoadingText);
-
-    t.pane->SetVisible(false);
-    NodeTextGet(&t.doc, nullptr); // a null node empties the pane
-    QVERIFY(t.pane->TextRTF().isEmpty());
-    QVERIFY(!t.pane->Visible()); // a hidden pane stays hidden
-
-    // Storing does not mark the document changed and needs a node and a document.
-    t.pane->SetTextRTF(sampleRtf(1));
-    NodeTextPut(&t.doc, root);
-    QCOMPARE(decoded(root->Tag()), sampleRtf(1));
-    QVERIFY(!t.doc.m_bDataChanged);
-    NodeTextPut(nullptr, root);
-    NodeTextPut(&t.doc, nullptr);
-    NodeTextGet(nullptr, root);
-
-    Document headless; // no pane: nothing to load or store
-    Node *other = NodeInsert(&headless, relChild, nullptr);
-    NodeTextGet(&headless, other);
-    NodeTextPut(&headless, other);
-    QVERIFY(other->Tag().isEmpty());
-    QVERIFY(m_log->content().isEmpty());
-}
-
-void TestTexts::storeIgnoredWhileLoading() {
-    // The pane's change event stores the text back; while a text is loaded that must not happen.
-    TestDocument t;
-    auto made = BuildOutline(t.doc, QStringLiteral("root\n  a\n"));
-    t.nodes().setSelectedItem(made[1]);
-    made[1]->setTag(stored("{\\rtf1 a}"));
-    const QByteArray before = made[1]->Tag();
-    int events = 0;
-    t.pane->changed = [&] {
-        ++events;
-        NodeTextPutSelected();
-    };
-    NodeTextGet(&t.doc, made[1]);
-    QCOMPARE(events, 1);
-    QVERIFY(made[1]->Tag().isSharedWith(before)); // untouched, not even re-stored
-    t.pane->SetTextRTF("{\\rtf1 typed}");         // a real edit is stored at once
-    QCOMPARE(decoded(made[1]->Tag()), QByteArray("{\\rtf1 typed}"));
-    t.pane->changed = nullptr;
-}
-
-void TestTexts::selectedEntryTexts() {
-    TestDocument t(false);
-    auto made = BuildOutline(t.doc, QStringLiteral("root\n  a\n  b\n"));
-    made[2]->setTag(stored("{\\rtf1 b}"));
-    t.nodes().setSelectedItem(made[2]);
-    NodeTextGetSelected(); // no active document: nothing
-    QCOMPARE(t.pane->loads, 0);
-    Documents::SetActive(&t.doc);
-    NodeTextGetSelected();
-    QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1 b}"));
-    t.pane->SetTextRTF("{\\rtf1 b2}");
-    NodeTextPutSelected();
-    QCOMPARE(decoded(made[2]->Tag()), QByteArray("{\\rtf1 b2}"));
-    t.nodes().setSelectedItem(nullptr);
-    NodeTextGetSelected(); // nothing selected: the pane is emptied
-    QVERIFY(t.pane->TextRTF().isEmpty());
-
-    // Selecting an entry loads its text; duplicating loads the copy's.
-    NodeSelectFull(&t.doc, made[2]);
-    QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1 b2}"));
-    Node *copy = NodeDuplicate(&t.doc, made[2], made[1], relNext);
-    QCOMPARE(copy->Tag(), made[2]->Tag());
-    QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1 b2}"));
-}
-
-void TestTexts::fontAppliedToAllTexts() {
-    TestDocument t;
-    auto made = BuildOutline(t.doc, QStringLiteral("root\n  a\n    a1\n  b\n"));
-    for (Node *n : made) {
-        n->setTag(stored("{\\rtf1 " + n->Text().toLatin1() + '}'));
-    }
-    clsFont font;
-    font.setName(QStringLiteral("Mono"));
-    font.setSize(9);
-    NodeSetFontAll(&t.doc, made[1], font); // a and its subtree only
-    QCOMPARE(decoded(made[1]->Tag()), QByteArray("{\\rtf1 a}{\\font Mono 9}"));
-    QCOMPARE(decoded(made[2]->Tag()), QByteArray("{\\rtf1 a1}{\\font Mono 9}"));
-    QCOMPARE(decoded(made[0]->Tag()), QByteArray("{\\rtf1 root}"));
-    QCOMPARE(decoded(made[3]->Tag()), QByteArray("{\\rtf1 b}"));
-    QVERIFY(t.pane->Visible());
-}
 
 QTEST_GUILESS_MAIN(TestTexts)
 #include "tst_texts.moc"

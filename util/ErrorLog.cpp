@@ -9,12 +9,14 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
+#include <QMutex>
 #include <QStandardPaths>
+#include <QThread>
 
 namespace modMain {
 
-QString CurrentProcName;
-PendingError Err;
+thread_local QString CurrentProcName;
+thread_local PendingError Err;
 
 namespace {
 QString g_sLogPathOverride;
@@ -92,9 +94,16 @@ void ReportError() {
     } else {
         first += QString::number(Err.Number);
     }
-    WriteLog(first + QStringLiteral(" - ") + Err.Description + QStringLiteral("\r\n") + Err.Source +
-             QLatin1Char(' ') + CurrentProcName);
-    Host().ResetPointer();
+    static QMutex writing;
+    {
+        const QMutexLocker lock(&writing);
+        WriteLog(first + QStringLiteral(" - ") + Err.Description + QStringLiteral("\r\n") +
+                 Err.Source + QLatin1Char(' ') + CurrentProcName);
+    }
+    const QCoreApplication *app = QCoreApplication::instance();
+    if (!app || QThread::currentThread() == app->thread()) {
+        Host().ResetPointer();
+    }
 }
 
 QString ProgramDirectory() {

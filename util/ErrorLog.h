@@ -12,8 +12,9 @@
 namespace modMain {
 
 // Name of the procedure entered last: module name, one blank, procedure name. Never restored on
-// return, so after a nested call it names the callee.
-extern QString CurrentProcName;
+// return, so after a nested call it names the callee. Each thread has its own (the search decodes
+// texts on worker threads).
+extern thread_local QString CurrentProcName;
 
 // Classic run-time error numbers.
 enum ErrorNumber : qint32 {
@@ -56,15 +57,16 @@ QString ErrorDescription(qint32 number);
 // Raises a run-time error of the program's own code (source: the application title).
 [[noreturn]] void Raise(qint32 number, const QString &description = {});
 
-// The pending error, as ReportError reads it.
+// The pending error, as ReportError reads it (one for each thread).
 struct PendingError {
     qint32 Number = 0;
     QString Description;
     QString Source;
 };
-extern PendingError Err;
+extern thread_local PendingError Err;
 
-// Writes the pending error to the session log (two lines) and resets the mouse pointer.
+// Writes the pending error to the session log (two lines) and, on the main thread, resets the
+// mouse pointer.
 void ReportError();
 
 // Carries any exception of the running procedure to ReportError. Returns the procedure's result,
