@@ -55,10 +55,8 @@ void TestHelpers::fileNameParts_data() {
 
 void TestHelpers::fileNameParts() {
     QFETCH(QString, path);
-    QFETCH(QString, ext);
-    QFETCH(QString, without);
-    QCOMPARE(FileExt(path), ext);
-    QCOMPARE(FileWithoutExt(path), without);
+    QTEST(FileExt(path), "ext");
+    QTEST(FileWithoutExt(path), "without");
 }
 
 void TestHelpers::predicatesPrefixesSuffixes() {

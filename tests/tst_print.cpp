@@ -8,6 +8,7 @@
 #include "support/DocTestSupport.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "support/TreeText.h"
 #include "util/SettingsStore.h"
 
 #include <QtGui>
@@ -68,12 +69,7 @@ void TestPrint::includeChoices() {
     DocTest::add(doc, garden, "Beds");
     DocTest::add(doc, garden, "Tools");
     DocTest::add(doc, root, "House");
-    doc->trvOutline().setSelectedItem(nullptr);
-    for (Node *n : doc->trvOutline()) {
-        if (n->Text() == selected) {
-            doc->trvOutline().setSelectedItem(n);
-        }
-    }
+    doc->trvOutline().setSelectedItem(FindEntry(doc->trvOutline(), selected));
     modPrint::PrintChoice c;
     c.CurrentEntryOnly = choice.startsWith("entry");
     c.Children = !choice.contains("-children");

@@ -284,7 +284,7 @@ void TestSearch::dialogRules() {
 }
 
 void TestSearch::history() {
-    clsHistory h;
+    clsHistory h, small;
     h.setMaxEntries(10);
     h.setSection("FindHistory");
     const auto list = [&] {
@@ -305,7 +305,6 @@ void TestSearch::history() {
     QCOMPARE(list(), "E5/e5/e11/e10/e9/e8/e7/e6/e4/e3");
 
     // Saved as "1".."n"; loaded one place further on, behind an empty entry.
-    clsHistory small;
     small.setMaxEntries(10);
     small.setSection("ReplaceHistory");
     for (const char *entry : {"c", "b", "a"}) {
@@ -322,7 +321,6 @@ void TestSearch::history() {
     h.Save();
     h.Load();
     QCOMPARE(list(), "/d/a/b/c");
-
     // A value name that is not an index leaves the list as it was (and is reported).
     modSettings::SaveSetting("ReplaceHistory", "x", "bad");
     h.Load();
