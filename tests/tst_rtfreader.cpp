@@ -21,16 +21,12 @@ QString plain(const QTextDocument &doc) {
 // The character format at the first occurrence of the text.
 QTextCharFormat formatAt(const QTextDocument &doc, const QString &text) {
     QTextCursor c = doc.find(text, 0, QTextDocument::FindWholeWords);
-    if (c.isNull())
-        return {};
-    QTextCursor at(const_cast<QTextDocument *>(&doc));
-    at.setPosition(c.selectionStart() + 1);
-    return at.charFormat();
+    c.setPosition(c.selectionStart() + 1);
+    return c.charFormat();
 }
 
 QTextBlock blockWith(const QTextDocument &doc, const QString &text) {
-    QTextCursor c = doc.find(text);
-    return c.isNull() ? QTextBlock() : c.block();
+    return doc.find(text).block();
 }
 
 QByteArray rtf(const QByteArray &body, const QByteArray &fonts = "{\\f0\\fnil\\fcharset0 Arial;}") {
