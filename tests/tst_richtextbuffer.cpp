@@ -82,300 +82,283 @@ Q_DECLARE_METATYPE(Build)
 class TestRichTextBuffer : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void positionsAndPlainText_data();
-    void positionsAndPlainText();
-    void characterAttributes_data();
-    void characterAttributes();
-    void paragraphAttributes();
-    void find_data();
-    void find();
-    void changeSignals();
-    void fonts();
-    void roundTrip_data();
-    void roundTrip();
-};
-
-void TestRichTextBuffer::positionsAndPlainText_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("start");
-    QTest::addColumn<QString>("length");
-    QTest::addColumn<QString>("selected");
-    QTest::addColumn<QString>("insert");
-    QTest::addColumn<QString>("result"); // after the selection was replaced by `insert`
-    AddRows({
-        {"first paragraph", "ab\r\ncd", "0", "2", "ab", "X", "X\r\ncd"},
-        {"break counts one", "ab\r\ncd", "1", "3", "b\r\nc", "Y", "aYd"},
-        {"after the break", "ab\r\ncd", "3", "2", "cd", "", "ab\r\n"},
-        {"insert a break", "12\r\n34", "2", "0", "", "a\r\nb", "12a\r\nb\r\n34"},
-        {"append", "12\r\n34", "5", "0", "", "\r\n", "12\r\n34\r\n"},
-        {"empty paragraphs", "a\r\n\r\n\r\nb", "1", "4", "\r\n\r\n\r\nb", "", "a"},
-        {"lone LF and CR are breaks", "a\nb\rc", "2", "3", "b\r\nc", "", "a\r\n"},
-        {"line break is one", "a\vb", "0", "3", "a\vb", "", ""},
-        {"length clamped", "abc", "1", "99", "bc", "", "a"},
-        {"start clamped", "abc", "99", "5", "", "d", "abcd"},
-    });
-}
-
-void TestRichTextBuffer::positionsAndPlainText() {
-    QFETCH(QString, text);
-    QFETCH(QString, start);
-    QFETCH(QString, length);
-    QFETCH(QString, selected);
-    QFETCH(QString, insert);
-    QFETCH(QString, result);
-    RichTextBuffer b;
-    setText(b, text);
-    QString normal = text;
-    normal.replace("\r\n", "\n").replace('\r', '\n').replace("\n", "\r\n");
-    QCOMPARE(b.Text(), normal);
-    select(b, start.toInt(), length.toInt());
-    QCOMPARE(b.SelText(), selected);
-    // Positions count a break once: the plain text minus one per break.
-    const int caret = b.SelStart();
-    QCOMPARE(b.SelLength(), selected.size() - selected.count("\r\n"));
-    QVERIFY(caret <= normal.size() - normal.count("\r\n"));
-    b.SetSelText(insert);
-    QCOMPARE(b.Text(), result);
-    QCOMPARE(b.SelStart(), caret + insert.size() - insert.count("\r\n"));
-    QCOMPARE(b.SelLength(), 0);
-}
-
-void TestRichTextBuffer::characterAttributes_data() {
-    QTest::addColumn<Build>("set"); // on "beta\r\nGamma"
-    QTest::addColumn<int>("field"); // of attributes()
-    QTest::addColumn<QString>("changed");
-    QTest::addColumn<QString>("plain");
-    const auto row = [](const char *name, Build set, int field, const char *changed,
-                        const char *plain) {
-        QTest::newRow(name) << set << field << QString(changed) << QString(plain);
-    };
-    row(
-        "bold", [](RichTextBuffer &b) { b.SetSelBold(true); }, 0, "true", "false");
-    row(
-        "italic", [](RichTextBuffer &b) { b.SetSelItalic(true); }, 1, "true", "false");
-    row(
-        "underline", [](RichTextBuffer &b) { b.SetSelUnderline(true); }, 2, "true", "false");
-    row(
-        "strike", [](RichTextBuffer &b) { b.SetSelStrikeThru(true); }, 3, "true", "false");
-    row(
-        "font name", [](RichTextBuffer &b) { b.SetSelFontName("Courier New"); }, 4, "Courier New",
-        "Arial");
-    row(
-        "font size rounds to half points", [](RichTextBuffer &b) { b.SetSelFontSize(10.3); }, 5,
-        "10.5", "10");
-    row(
-        "colour", [](RichTextBuffer &b) { b.SetSelColor(QColor(200, 0, 0)); }, 6, "#c80000",
-        "#000000");
-}
-
-// The attribute read back on the changed run, on the untouched "Alpha" and on a selection across
-// both; also after the text went through RTF.
-void TestRichTextBuffer::characterAttributes() {
-    QFETCH(Build, set);
-    QFETCH(int, field);
-    QFETCH(QString, changed);
-    QFETCH(QString, plain);
-    RichTextBuffer b;
-    b.SetFont(QFont(QStringLiteral("Arial"), 10));
-    setText(b, "Alpha beta\r\nGamma delta\r\nend");
-    select(b, 6, 10);
-    set(b);
-    RichTextBuffer copy;
-    copy.SetFont(b.Font());
-    copy.SetTextRTF(b.TextRTF());
-    QCOMPARE(copy.TextRTF(), b.TextRTF());
-    for (RichTextBuffer *x : {&b, &copy}) {
-        const auto at = [&](int start, int length) {
-            return attributes(*x, start, length).section(u',', field, field);
+    void positionsAndPlainText_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("start");
+        QTest::addColumn<QString>("length");
+        QTest::addColumn<QString>("selected");
+        QTest::addColumn<QString>("insert");
+        QTest::addColumn<QString>("result"); // after the selection was replaced by `insert`
+        AddRows({
+            {"first paragraph", "ab\r\ncd", "0", "2", "ab", "X", "X\r\ncd"},
+            {"break counts one", "ab\r\ncd", "1", "3", "b\r\nc", "Y", "aYd"},
+            {"after the break", "ab\r\ncd", "3", "2", "cd", "", "ab\r\n"},
+            {"insert a break", "12\r\n34", "2", "0", "", "a\r\nb", "12a\r\nb\r\n34"},
+            {"append", "12\r\n34", "5", "0", "", "\r\n", "12\r\n34\r\n"},
+            {"empty paragraphs", "a\r\n\r\n\r\nb", "1", "4", "\r\n\r\n\r\nb", "", "a"},
+            {"lone LF and CR are breaks", "a\nb\rc", "2", "3", "b\r\nc", "", "a\r\n"},
+            {"line break is one", "a\vb", "0", "3", "a\vb", "", ""},
+            {"length clamped", "abc", "1", "99", "bc", "", "a"},
+            {"start clamped", "abc", "99", "5", "", "d", "abcd"},
+        });
+    }
+    void positionsAndPlainText() {
+        QFETCH(QString, text);
+        QFETCH(QString, start);
+        QFETCH(QString, length);
+        QFETCH(QString, selected);
+        QFETCH(QString, insert);
+        QFETCH(QString, result);
+        RichTextBuffer b;
+        setText(b, text);
+        QString normal = text;
+        normal.replace("\r\n", "\n").replace('\r', '\n').replace("\n", "\r\n");
+        QCOMPARE(b.Text(), normal);
+        select(b, start.toInt(), length.toInt());
+        QCOMPARE(b.SelText(), selected);
+        // Positions count a break once: the plain text minus one per break.
+        const int caret = b.SelStart();
+        QCOMPARE(b.SelLength(), selected.size() - selected.count("\r\n"));
+        QVERIFY(caret <= normal.size() - normal.count("\r\n"));
+        b.SetSelText(insert);
+        QCOMPARE(b.Text(), result);
+        QCOMPARE(b.SelStart(), caret + insert.size() - insert.count("\r\n"));
+        QCOMPARE(b.SelLength(), 0);
+    }
+    void characterAttributes_data() {
+        QTest::addColumn<Build>("set"); // on "beta\r\nGamma"
+        QTest::addColumn<int>("field"); // of attributes()
+        QTest::addColumn<QString>("changed");
+        QTest::addColumn<QString>("plain");
+        const auto row = [](const char *name, Build set, int field, const char *changed,
+                            const char *plain) {
+            QTest::newRow(name) << set << field << QString(changed) << QString(plain);
         };
-        QCOMPARE(at(7, 3), changed);
-        QCOMPARE(at(0, 5), plain);
-        QCOMPARE(at(2, 8), "-");
-        if (field < 4) {
-            QCOMPARE(at(8, 0), changed); // the typing format inside the run
+        row(
+            "bold", [](RichTextBuffer &b) { b.SetSelBold(true); }, 0, "true", "false");
+        row(
+            "italic", [](RichTextBuffer &b) { b.SetSelItalic(true); }, 1, "true", "false");
+        row(
+            "underline", [](RichTextBuffer &b) { b.SetSelUnderline(true); }, 2, "true", "false");
+        row(
+            "strike", [](RichTextBuffer &b) { b.SetSelStrikeThru(true); }, 3, "true", "false");
+        row(
+            "font name", [](RichTextBuffer &b) { b.SetSelFontName("Courier New"); }, 4,
+            "Courier New", "Arial");
+        row(
+            "font size rounds to half points", [](RichTextBuffer &b) { b.SetSelFontSize(10.3); }, 5,
+            "10.5", "10");
+        row(
+            "colour", [](RichTextBuffer &b) { b.SetSelColor(QColor(200, 0, 0)); }, 6, "#c80000",
+            "#000000");
+    }
+    // The attribute read back on the changed run, on the untouched "Alpha" and on a selection
+    // across both; also after the text went through RTF.
+    void characterAttributes() {
+        QFETCH(Build, set);
+        QFETCH(int, field);
+        QFETCH(QString, changed);
+        QFETCH(QString, plain);
+        RichTextBuffer b;
+        b.SetFont(QFont(QStringLiteral("Arial"), 10));
+        setText(b, "Alpha beta\r\nGamma delta\r\nend");
+        select(b, 6, 10);
+        set(b);
+        RichTextBuffer copy;
+        copy.SetFont(b.Font());
+        copy.SetTextRTF(b.TextRTF());
+        QCOMPARE(copy.TextRTF(), b.TextRTF());
+        for (RichTextBuffer *x : {&b, &copy}) {
+            const auto at = [&](int start, int length) {
+                return attributes(*x, start, length).section(u',', field, field);
+            };
+            QCOMPARE(at(7, 3), changed);
+            QCOMPARE(at(0, 5), plain);
+            QCOMPARE(at(2, 8), "-");
+            if (field < 4) {
+                QCOMPARE(at(8, 0), changed); // the typing format inside the run
+            }
         }
     }
-}
-
-void TestRichTextBuffer::paragraphAttributes() {
-    RichTextBuffer b;
-    setText(b, "one\r\ntwo\r\nthree");
-    const auto paragraph = [&](int start, int length) {
-        return attributes(b, start, length).section(u',', 7);
-    };
-    QCOMPARE(paragraph(0, 0), "false,0,0");
-    select(b, 5, 1); // "two"
-    b.SetSelBullet(true);
-    b.SetSelIndent(300);
-    b.SetSelAlignment(2);
-    QCOMPARE(paragraph(5, 1), "true,300,2");
-    // A selection ending right behind a break does not touch the next paragraph.
-    QCOMPARE(paragraph(0, 4), "false,0,0");
-    QCOMPARE(paragraph(0, 5), "-,-,-");
-    select(b, 0, 100);
-    b.SetSelAlignment(1);
-    b.SetSelBullet(false);
-    QCOMPARE(paragraph(0, 100), "false,-,1");
-    QCOMPARE(b.Text(), QString("one\r\ntwo\r\nthree"));
-    QVERIFY_THROWS_EXCEPTION(std::exception, b.SetSelAlignment(7));
-}
-
-void TestRichTextBuffer::find_data() {
-    QTest::addColumn<QString>("pattern");
-    QTest::addColumn<int>("start");
-    QTest::addColumn<int>("end");
-    QTest::addColumn<int>("options");
-    QTest::addColumn<int>("expected");
-    // "The cat scattered\r\nCATS and cat." : T0 ... c4 ... s8 | 17 C18 ... c27
-    QTest::newRow("first match") << "cat" << 0 << -1 << 0 << 4;
-    QTest::newRow("from a start") << "cat" << 5 << -1 << 0 << 9;
-    QTest::newRow("ignores case") << "CAT" << 12 << -1 << 0 << 18;
-    QTest::newRow("match case") << "CAT" << 0 << -1 << 4 << 18;
-    QTest::newRow("match case none") << "Cat" << 0 << -1 << 4 << -1;
-    QTest::newRow("whole word") << "cat" << 5 << -1 << 2 << 27;
-    QTest::newRow("whole word and case") << "CATS" << 0 << -1 << 6 << 18;
-    QTest::newRow("end limits the match") << "cat" << 5 << 11 << 0 << -1;
-    QTest::newRow("end just fits") << "cat" << 5 << 12 << 0 << 9;
-    QTest::newRow("across the break") << "scattered\r\ncats" << 0 << -1 << 0 << 8;
-    QTest::newRow("no highlight") << "and" << 0 << -1 << 8 << 23;
-    QTest::newRow("empty pattern") << "" << 0 << -1 << 0 << -1;
-    QTest::newRow("start past end") << "cat" << 500 << -1 << 0 << -1;
-}
-
-void TestRichTextBuffer::find() {
-    QFETCH(QString, pattern);
-    QFETCH(int, start);
-    QFETCH(int, end);
-    QFETCH(int, options);
-    QFETCH(int, expected);
-    RichTextBuffer b;
-    setText(b, "The cat scattered\r\nCATS and cat.");
-    select(b, 1, 1);
-    QCOMPARE(b.Find(pattern, start, end, options), expected);
-    if (expected >= 0 && !(options & RichTextBuffer::FindNoHighlight)) {
-        QCOMPARE(b.SelStart(), expected);
-        QCOMPARE(b.SelText().toLower(), pattern.toLower());
-    } else {
-        QCOMPARE(b.SelStart(), 1);
-        QCOMPARE(b.SelLength(), 1);
+    void paragraphAttributes() {
+        RichTextBuffer b;
+        setText(b, "one\r\ntwo\r\nthree");
+        const auto paragraph = [&](int start, int length) {
+            return attributes(b, start, length).section(u',', 7);
+        };
+        QCOMPARE(paragraph(0, 0), "false,0,0");
+        select(b, 5, 1); // "two"
+        b.SetSelBullet(true);
+        b.SetSelIndent(300);
+        b.SetSelAlignment(2);
+        QCOMPARE(paragraph(5, 1), "true,300,2");
+        // A selection ending right behind a break does not touch the next paragraph.
+        QCOMPARE(paragraph(0, 4), "false,0,0");
+        QCOMPARE(paragraph(0, 5), "-,-,-");
+        select(b, 0, 100);
+        b.SetSelAlignment(1);
+        b.SetSelBullet(false);
+        QCOMPARE(paragraph(0, 100), "false,-,1");
+        QCOMPARE(b.Text(), QString("one\r\ntwo\r\nthree"));
+        QVERIFY_THROWS_EXCEPTION(std::exception, b.SetSelAlignment(7));
     }
-}
-
-void TestRichTextBuffer::changeSignals() {
-    RichTextBuffer b;
-    QSignalSpy change(&b, &RichTextBuffer::Change);
-    QSignalSpy sel(&b, &RichTextBuffer::SelChange);
-    setText(b, "abc");
-    sel.clear();
-    b.SetSelStart(1);
-    b.SetSelStart(1); // unchanged selection: no signal
-    QCOMPARE(sel.count(), 1);
-
-    // SetTextRTF reports the change exactly once, before it returns.
-    bool loading = true;
-    int seenWhileLoading = 0;
-    connect(&b, &RichTextBuffer::Change, &b, [&] { seenWhileLoading += loading ? 1 : 0; });
-    change.clear();
-    b.SetTextRTF(RtfWriter::write(b.document()));
-    loading = false;
-    QCOMPARE(seenWhileLoading, 1);
-    QCOMPARE(change.count(), 1);
-    QCOMPARE(b.SelStart(), 0);
-}
-
-void TestRichTextBuffer::fonts() {
-    RichTextBuffer b;
-    b.SetFont(QFont(QStringLiteral("Arial"), 10));
-    setText(b, "one two\r\nthree");
-    select(b, 4, 3);
-    b.SetSelFontSize(20);
-    select(b, 2, 5);
-
-    clsFont f;
-    f.setBold(true);
-    f.setUnderline(true);
-    f.setName("Times New Roman");
-    f.SetRTFSelFont(b);
-    QCOMPARE(b.SelStart(), 2);
-    QCOMPARE(b.SelLength(), 5);
-    // No size set: the sizes are kept.
-    QCOMPARE(attributes(b, 0, 100).section(u',', 0, 5), "true,false,true,false,Times New Roman,-");
-
-    clsFont g;
-    g.setItalic(true);
-    g.setSize(14);
-    b.ApplyFontToAll(g.ToPaneFont());
-    // No name set: the names are kept.
-    QCOMPARE(attributes(b, 0, 100).section(u',', 0, 5),
-             "false,true,false,false,Times New Roman,14");
-    QCOMPARE(b.Font().family(), QString("Arial")); // the base font is not the text's
-}
-
-void TestRichTextBuffer::roundTrip_data() {
-    QTest::addColumn<Build>("build");
-    auto doc = [](const char *name, Build build) { QTest::newRow(name) << build; };
-    doc("empty", [](RichTextBuffer &) {});
-    for (quint32 seed = 1; seed <= 12; ++seed) {
-        doc(qPrintable(QString("random %1").arg(seed)),
-            [seed](RichTextBuffer &b) { randomText(*b.document(), seed); });
+    void find_data() {
+        QTest::addColumn<QString>("pattern");
+        QTest::addColumn<int>("start");
+        QTest::addColumn<int>("end");
+        QTest::addColumn<int>("options");
+        QTest::addColumn<int>("expected");
+        // "The cat scattered\r\nCATS and cat." : T0 ... c4 ... s8 | 17 C18 ... c27
+        QTest::newRow("first match") << "cat" << 0 << -1 << 0 << 4;
+        QTest::newRow("from a start") << "cat" << 5 << -1 << 0 << 9;
+        QTest::newRow("ignores case") << "CAT" << 12 << -1 << 0 << 18;
+        QTest::newRow("match case") << "CAT" << 0 << -1 << 4 << 18;
+        QTest::newRow("match case none") << "Cat" << 0 << -1 << 4 << -1;
+        QTest::newRow("whole word") << "cat" << 5 << -1 << 2 << 27;
+        QTest::newRow("whole word and case") << "CATS" << 0 << -1 << 6 << 18;
+        QTest::newRow("end limits the match") << "cat" << 5 << 11 << 0 << -1;
+        QTest::newRow("end just fits") << "cat" << 5 << 12 << 0 << 9;
+        QTest::newRow("across the break") << "scattered\r\ncats" << 0 << -1 << 0 << 8;
+        QTest::newRow("no highlight") << "and" << 0 << -1 << 8 << 23;
+        QTest::newRow("empty pattern") << "" << 0 << -1 << 0 << -1;
+        QTest::newRow("start past end") << "cat" << 500 << -1 << 0 << -1;
     }
-    // What the random texts do not make.
-    doc("code page and unicode", [](RichTextBuffer &b) {
-        setText(b, QString::fromUtf8("{x} \\ caf\u00e9 \u20ac \U0001F4A9\tt\vline\r\n\r\n"));
-    });
-    doc("bullets and numbers", [](RichTextBuffer &b) {
-        QTextCursor(b.document())
-            .insertHtml("intro<ul><li>b1</li><li>b2</li></ul><ol><li>n1</li><li>n2</li></ol>end");
-    });
-    doc("link", [](RichTextBuffer &b) {
-        QTextCursor(b.document()).insertHtml("go <a href=\"https://example.org/x\">there</a> now");
-    });
-    doc("pasted picture and kept object", [](RichTextBuffer &b) {
-        QImage image(3, 2, QImage::Format_RGB32);
-        image.fill(Qt::blue);
-        b.document()->addResource(QTextDocument::ImageResource, QUrl("pasted"), image);
-        QTextCursor c(b.document());
-        c.insertHtml("a<img src=\"pasted\">");
-        QTextCharFormat object;
-        object.setObjectType(RtfConventions::PlaceholderObjectType);
-        object.setProperty(RtfConventions::RawGroupProperty,
-                           QByteArray("{\\object\\objemb{\\*\\objclass PBrush}{\\*\\objdata 01}}"));
-        c.insertText(QString(QChar::ObjectReplacementCharacter), object);
-        c.insertText("b", QTextCharFormat());
-    });
-    doc("table", [](RichTextBuffer &b) {
-        // As RTF puts it: a paragraph, then the table in the next (empty) one.
-        setText(b, "before\r\n");
-        QTextCursor c(b.document());
-        c.movePosition(QTextCursor::End);
-        c.insertTable(2, 3)->cellAt(1, 2).firstCursorPosition().insertText("x");
-    });
-}
-
-void TestRichTextBuffer::roundTrip() {
-    QFETCH(Build, build);
-    RichTextBuffer b;
-    b.SetFont(QFont(QStringLiteral("Arial"), 10));
-    build(b);
-    const QByteArray first = b.TextRTF();
-
-    // Writing, reading and writing again gives the same bytes.
-    QTextDocument doc;
-    doc.setDefaultFont(b.Font());
-    QVERIFY(RtfReader::read(first, &doc));
-    QCOMPARE(RtfWriter::write(&doc), first);
-
-    // SetTextRTF(TextRTF()) keeps TextRTF, the plain text and every attribute at every position.
-    RichTextBuffer copy;
-    copy.SetFont(b.Font());
-    copy.SetTextRTF(first);
-    QCOMPARE(copy.TextRTF(), first);
-    QCOMPARE(copy.Text(), b.Text());
-    const int n = b.Text().size() - b.Text().count("\r\n");
-    for (int p = 0; p < n; ++p) {
-        QCOMPARE(attributes(copy, p, 1), attributes(b, p, 1));
+    void find() {
+        QFETCH(QString, pattern);
+        QFETCH(int, start);
+        QFETCH(int, end);
+        QFETCH(int, options);
+        QFETCH(int, expected);
+        RichTextBuffer b;
+        setText(b, "The cat scattered\r\nCATS and cat.");
+        select(b, 1, 1);
+        QCOMPARE(b.Find(pattern, start, end, options), expected);
+        if (expected >= 0 && !(options & RichTextBuffer::FindNoHighlight)) {
+            QCOMPARE(b.SelStart(), expected);
+            QCOMPARE(b.SelText().toLower(), pattern.toLower());
+        } else {
+            QCOMPARE(b.SelStart(), 1);
+            QCOMPARE(b.SelLength(), 1);
+        }
     }
-}
+    void changeSignals() {
+        RichTextBuffer b;
+        QSignalSpy change(&b, &RichTextBuffer::Change);
+        QSignalSpy sel(&b, &RichTextBuffer::SelChange);
+        setText(b, "abc");
+        sel.clear();
+        b.SetSelStart(1);
+        b.SetSelStart(1); // unchanged selection: no signal
+        QCOMPARE(sel.count(), 1);
+
+        // SetTextRTF reports the change exactly once, before it returns.
+        bool loading = true;
+        int seenWhileLoading = 0;
+        connect(&b, &RichTextBuffer::Change, &b, [&] { seenWhileLoading += loading ? 1 : 0; });
+        change.clear();
+        b.SetTextRTF(RtfWriter::write(b.document()));
+        loading = false;
+        QCOMPARE(seenWhileLoading, 1);
+        QCOMPARE(change.count(), 1);
+        QCOMPARE(b.SelStart(), 0);
+    }
+    void fonts() {
+        RichTextBuffer b;
+        b.SetFont(QFont(QStringLiteral("Arial"), 10));
+        setText(b, "one two\r\nthree");
+        select(b, 4, 3);
+        b.SetSelFontSize(20);
+        select(b, 2, 5);
+
+        clsFont f;
+        f.setBold(true);
+        f.setUnderline(true);
+        f.setName("Times New Roman");
+        f.SetRTFSelFont(b);
+        QCOMPARE(b.SelStart(), 2);
+        QCOMPARE(b.SelLength(), 5);
+        // No size set: the sizes are kept.
+        QCOMPARE(attributes(b, 0, 100).section(u',', 0, 5),
+                 "true,false,true,false,Times New Roman,-");
+
+        clsFont g;
+        g.setItalic(true);
+        g.setSize(14);
+        b.ApplyFontToAll(g.ToPaneFont());
+        // No name set: the names are kept.
+        QCOMPARE(attributes(b, 0, 100).section(u',', 0, 5),
+                 "false,true,false,false,Times New Roman,14");
+        QCOMPARE(b.Font().family(), QString("Arial")); // the base font is not the text's
+    }
+    void roundTrip_data() {
+        QTest::addColumn<Build>("build");
+        auto doc = [](const char *name, Build build) { QTest::newRow(name) << build; };
+        doc("empty", [](RichTextBuffer &) {});
+        for (quint32 seed = 1; seed <= 12; ++seed) {
+            doc(qPrintable(QString("random %1").arg(seed)),
+                [seed](RichTextBuffer &b) { randomText(*b.document(), seed); });
+        }
+        // What the random texts do not make.
+        doc("code page and unicode", [](RichTextBuffer &b) {
+            setText(b, QString::fromUtf8("{x} \\ caf\u00e9 \u20ac \U0001F4A9\tt\vline\r\n\r\n"));
+        });
+        doc("bullets and numbers", [](RichTextBuffer &b) {
+            QTextCursor(b.document())
+                .insertHtml(
+                    "intro<ul><li>b1</li><li>b2</li></ul><ol><li>n1</li><li>n2</li></ol>end");
+        });
+        doc("link", [](RichTextBuffer &b) {
+            QTextCursor(b.document())
+                .insertHtml("go <a href=\"https://example.org/x\">there</a> now");
+        });
+        doc("pasted picture and kept object", [](RichTextBuffer &b) {
+            QImage image(3, 2, QImage::Format_RGB32);
+            image.fill(Qt::blue);
+            b.document()->addResource(QTextDocument::ImageResource, QUrl("pasted"), image);
+            QTextCursor c(b.document());
+            c.insertHtml("a<img src=\"pasted\">");
+            QTextCharFormat object;
+            object.setObjectType(RtfConventions::PlaceholderObjectType);
+            object.setProperty(
+                RtfConventions::RawGroupProperty,
+                QByteArray("{\\object\\objemb{\\*\\objclass PBrush}{\\*\\objdata 01}}"));
+            c.insertText(QString(QChar::ObjectReplacementCharacter), object);
+            c.insertText("b", QTextCharFormat());
+        });
+        doc("table", [](RichTextBuffer &b) {
+            // As RTF puts it: a paragraph, then the table in the next (empty) one.
+            setText(b, "before\r\n");
+            QTextCursor c(b.document());
+            c.movePosition(QTextCursor::End);
+            c.insertTable(2, 3)->cellAt(1, 2).firstCursorPosition().insertText("x");
+        });
+    }
+    void roundTrip() {
+        QFETCH(Build, build);
+        RichTextBuffer b;
+        b.SetFont(QFont(QStringLiteral("Arial"), 10));
+        build(b);
+        const QByteArray first = b.TextRTF();
+
+        // Writing, reading and writing again gives the same bytes.
+        QTextDocument doc;
+        doc.setDefaultFont(b.Font());
+        QVERIFY(RtfReader::read(first, &doc));
+        QCOMPARE(RtfWriter::write(&doc), first);
+
+        // SetTextRTF(TextRTF()) keeps TextRTF, the plain text and every attribute at every
+        // position.
+        RichTextBuffer copy;
+        copy.SetFont(b.Font());
+        copy.SetTextRTF(first);
+        QCOMPARE(copy.TextRTF(), first);
+        QCOMPARE(copy.Text(), b.Text());
+        const int n = b.Text().size() - b.Text().count("\r\n");
+        for (int p = 0; p < n; ++p) {
+            QCOMPARE(attributes(copy, p, 1), attributes(b, p, 1));
+        }
+    }
+};
 
 QTEST_MAIN(TestRichTextBuffer)
 #include "tst_richtextbuffer.moc"
