@@ -215,8 +215,7 @@ private Q_SLOTS:
         QFETCH(QString, pandoc);
         const QByteArray png = QByteArray::fromBase64( // 4 x 3 red pixels
             "iVBORw0KGgoAAAANSUhEUgAAAAQAAAADCAIAAAA7ljmRAAAAEElEQVR42mP4z8AARww4OQD1MQv13XpUDQAAAA"
-            "BJRU"
-            "5ErkJggg==");
+            "BJRU5ErkJggg==");
         const QByteArray rtf =
             "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}}{\\colortbl;\\red255\\green0\\blue0;}\n"
             "\\pard Plain {\\b bold words} and {\\i italic} and {\\ul under} and {\\strike struck} "

@@ -331,8 +331,7 @@ private slots:
     void pictures() {
         const QByteArray png = QByteArray::fromBase64( // 4 x 3 red pixels
             "iVBORw0KGgoAAAANSUhEUgAAAAQAAAADCAIAAAA7ljmRAAAAEElEQVR42mP4z8AARww4OQD1MQv13XpUDQAAAA"
-            "BJRU"
-            "5ErkJggg==");
+            "BJRU5ErkJggg==");
         const QByteArray pict =
             "{\\pict\\pngblip\\picw4\\pich3\\picwgoal600\\pichgoal450 " + png.toHex() + "}";
         // Groups kept whole behind a placeholder, with its label; page content (headers, footnotes)
