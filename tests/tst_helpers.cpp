@@ -4,9 +4,6 @@
 #include "util/CodePage.h"
 #include "util/modString.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
 
 using namespace modString;
@@ -14,167 +11,149 @@ using namespace modString;
 class TestHelpers : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void codePage();
-    void fileNameParts_data();
-    void fileNameParts();
-    void predicatesPrefixesSuffixes();
-    void splitAtLastDelimiter_data();
-    void splitAtLastDelimiter();
-    void errorReport();
-    void logKeepsNewestWholeLines();
-    void commandLineNamesEachArgument();
+    void codePage() {
+        QByteArray all;
+        for (int b = 0; b < 256; ++b) {
+            all.append(char(b));
+        }
+        const QString text = CodePage::toUnicode(all);
+        QCOMPARE(QSet<QChar>(text.begin(), text.end()).size(), 256);
+        QCOMPARE(CodePage::fromUnicode(text), all);
+        // The euro sign, and an unassigned byte that maps to itself.
+        QCOMPARE(text.mid(0x80, 2), QStringView(u"\u20AC\u0081").toString());
+        QCOMPARE(text.at(0x9F), QChar(0x0178));
+        QCOMPARE(CodePage::fromUnicode(u"a\u0416b\u20AC"), QByteArray("a?b\x80"));
+        QVERIFY(!CodePage::canEncode(u"\u0416"));
+        QVERIFY(CodePage::canEncode(u"caf\u00E9 \u2014"));
+        QCOMPARE(CodePage::toByte(0x0080), -1); // U+0080 is not the euro byte's character
+    }
+    void fileNameParts_data() {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("ext");
+        QTest::addColumn<QString>("without");
+        AddRows({
+            {"plain", "notes.mvd", "mvd", "notes"},
+            {"trailing dot", "notes.", "", "notes"},
+            {"no dot", " readme ", "", "readme"},
+            {"dot in folder", "C:\\my.dir\\readme", "dir\\readme", "C:\\my"},
+            {"blanks trimmed", " a . txt ", "txt", "a"},
+            {"empty", "", "", ""},
+        });
+    }
+    void fileNameParts() {
+        QFETCH(QString, path);
+        QTEST(FileExt(path), "ext");
+        QTEST(FileWithoutExt(path), "without");
+    }
+    void predicatesPrefixesSuffixes() {
+        QVERIFY(StringAlphanumeric("") && StringAlphanumeric("abcXYZ09"));
+        QVERIFY(!StringAlphanumeric("ab_c") && !StringAlphanumeric(QStringLiteral("caf\u00E9")));
+        QVERIFY(StringUpperCaseAlpha("") && StringUpperCaseAlpha("KEY"));
+        QVERIFY(!StringUpperCaseAlpha("KEy") && !StringUpperCaseAlpha("KEY0"));
+        QVERIFY(StringEndsWith("b", " b") && StringEndsWith("", "") && StringEndsWith("abc", "bc"));
+        QVERIFY(!StringEndsWith("abc", "Bc") && !StringEndsWith("b", "ab"));
+        QCOMPARE(StringPrefixRemove("KEY0.2", "KEY"), QString("0.2"));
+        QCOMPARE(StringPrefixRemove("xKEY", "KEY"), QString("xKEY"));
+        QCOMPARE(StringPrefixRemove("KEY 5", "KEY"), QString("5"));
+        QCOMPARE(StringPrefixRemove(" a ", ""), QString("a"));
+        QCOMPARE(StringPrefixRemove("key1", "KEY"), QString("key1"));
+        bool removed = false; // one suffix at a time
+        QCOMPARE(StringSuffixRemove("line\r\n\r\n", "\r\n", removed), QString("line\r\n"));
+        QVERIFY(removed);
+        QCOMPARE(StringSuffixRemove("line", "\r\n", removed), QString("line"));
+        QVERIFY(!removed);
+    }
+    void splitAtLastDelimiter_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("delimiter");
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("after");
+        AddRows({
+            {"key", "0.1.3", ".", "0.1", "3"},
+            {"none", "0", ".", "0", ""},
+            {"overlapping", "aaa", "aa", "a", ""},
+            {"long delimiter", "a--b--c", "--", "a--b", "c"},
+            {"empty", "", ".", "", ""},
+        });
+    }
+    void splitAtLastDelimiter() {
+        QFETCH(QString, text);
+        QFETCH(QString, delimiter);
+        QString before = "x";
+        QString after = "y";
+        StringSplitAtLastDelimiter(text, delimiter, before, after);
+        QTEST(before, "before");
+        QTEST(after, "after");
+    }
+    void errorReport() {
+        ScopedLog log;
+        int reached = 0;
+        const int result = modMain::Guarded([&]() -> int {
+            PROC("modDoc DocLoad");
+            ++reached;
+            modMain::Raise(modMain::errFileNotFound);
+            ++reached;
+            return 7;
+        });
+        QCOMPARE(result, 0); // ends early with the default value
+        QCOMPARE(reached, 1);
+        QCOMPARE(log.content(),
+                 QString("Error 53 - File not found\r\nMavrolen modDoc DocLoad\r\n"));
+        QCOMPARE(modMain::Guarded([] { return QString("ok"); }), QString("ok"));
+
+        QFile::remove(log.path());
+        modMain::Guarded([] {
+            PROC("modDoc DocLoad");
+            throw modMain::RuntimeError(-2147221504, "Automation error", "Shell");
+        });
+        QCOMPARE(log.content(), QString("Error returned by VB object 0 - Automation error\r\n"
+                                        "Shell modDoc DocLoad\r\n"));
+        QFile::remove(log.path());
+        modMain::Guarded([] { throw modMain::RuntimeError(-2147221503, "Other", "Shell"); });
+        QVERIFY(log.content().startsWith("Error -2147221503 - Other\r\n"));
+    }
+    // The log keeps at most 8192 characters, dropping whole old lines while there are any.
+    void logKeepsNewestWholeLines() {
+        ScopedLog log;
+        QByteArray existing; // 8190 characters in lines of 88 characters and CR LF
+        for (int i = 0; i < 91; ++i) {
+            existing += QByteArray(88, char('a' + i % 26)) + "\r\n";
+        }
+        WriteFileBytes(log.path(), existing);
+        modMain::WriteLog(QString(30, QLatin1Char('z')));
+        QString content = log.content();
+        QVERIFY(content.endsWith(QString(30, QLatin1Char('z')) + "\r\n"));
+        QCOMPARE(content.size(), 8190 - 90 + 32); // exactly the oldest line went
+        QVERIFY(content.startsWith(QString(88, QLatin1Char('b'))));
+
+        WriteFileBytes(log.path(), QByteArray(8000, 'x')); // no line breaks: cut in the middle
+        modMain::WriteLog(QString(500, QLatin1Char('y')));
+        content = log.content();
+        QCOMPARE(content.size(), 8192 + 2);
+        QVERIFY(content.startsWith(QString(7692, QLatin1Char('x')) + "y"));
+        modMain::WriteLog("Session started at now"); // now whole lines are dropped
+        QCOMPARE(log.content(), QString("Session started at now\r\n"));
+    }
+    void commandLineNamesEachArgument() {
+        QTemporaryDir dir;
+        const QString a = dir.filePath("a.mvd");
+        const QString b = dir.filePath("b.mvd");
+        const QString spaced = dir.filePath("my notes.mvd");
+        for (const QString &name : {a, b, spaced}) {
+            WriteFileBytes(name, {});
+        }
+        const QString saved = QDir::currentPath();
+        QDir::setCurrent(dir.path());
+        QCOMPARE(
+            modMain::GetCommandLineFiles({"a.mvd", "my notes.mvd", "missing.mvd", "", "b.mvd"}),
+            QStringList({a, spaced, b}));
+        QCOMPARE(modMain::GetCommandLineFiles({"my", "notes.mvd"}), QStringList());
+        QCOMPARE(modMain::FullPathName("sub/../a.mvd"), a);
+        QCOMPARE(modMain::FullPathName(""), QString());
+        QCOMPARE(modMain::FullPathName(QString(300, 'n')).size(), dir.path().size() + 301);
+        QDir::setCurrent(saved);
+    }
 };
-
-void TestHelpers::codePage() {
-    QByteArray all;
-    for (int b = 0; b < 256; ++b) {
-        all.append(char(b));
-    }
-    const QString text = CodePage::toUnicode(all);
-    QCOMPARE(QSet<QChar>(text.begin(), text.end()).size(), 256);
-    QCOMPARE(CodePage::fromUnicode(text), all);
-    // The euro sign, and an unassigned byte that maps to itself.
-    QCOMPARE(text.mid(0x80, 2), QStringView(u"\u20AC\u0081").toString());
-    QCOMPARE(text.at(0x9F), QChar(0x0178));
-    QCOMPARE(CodePage::fromUnicode(u"a\u0416b\u20AC"), QByteArray("a?b\x80"));
-    QVERIFY(!CodePage::canEncode(u"\u0416"));
-    QVERIFY(CodePage::canEncode(u"caf\u00E9 \u2014"));
-    QCOMPARE(CodePage::toByte(0x0080), -1); // U+0080 is not the euro byte's character
-}
-
-void TestHelpers::fileNameParts_data() {
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("ext");
-    QTest::addColumn<QString>("without");
-    AddRows({
-        {"plain", "notes.mvd", "mvd", "notes"},
-        {"trailing dot", "notes.", "", "notes"},
-        {"no dot", " readme ", "", "readme"},
-        {"dot in folder", "C:\\my.dir\\readme", "dir\\readme", "C:\\my"},
-        {"blanks trimmed", " a . txt ", "txt", "a"},
-        {"empty", "", "", ""},
-    });
-}
-
-void TestHelpers::fileNameParts() {
-    QFETCH(QString, path);
-    QFETCH(QString, ext);
-    QFETCH(QString, without);
-    QCOMPARE(FileExt(path), ext);
-    QCOMPARE(FileWithoutExt(path), without);
-}
-
-void TestHelpers::predicatesPrefixesSuffixes() {
-    QVERIFY(StringAlphanumeric("") && StringAlphanumeric("abcXYZ09"));
-    QVERIFY(!StringAlphanumeric("ab_c") && !StringAlphanumeric(QStringLiteral("caf\u00E9")));
-    QVERIFY(StringUpperCaseAlpha("") && StringUpperCaseAlpha("KEY"));
-    QVERIFY(!StringUpperCaseAlpha("KEy") && !StringUpperCaseAlpha("KEY0"));
-    QVERIFY(StringEndsWith("b", " b") && StringEndsWith("", "") && StringEndsWith("abc", "bc"));
-    QVERIFY(!StringEndsWith("abc", "Bc") && !StringEndsWith("b", "ab"));
-    QCOMPARE(StringPrefixRemove("KEY0.2", "KEY"), QString("0.2"));
-    QCOMPARE(StringPrefixRemove("xKEY", "KEY"), QString("xKEY"));
-    QCOMPARE(StringPrefixRemove("KEY 5", "KEY"), QString("5"));
-    QCOMPARE(StringPrefixRemove(" a ", ""), QString("a"));
-    QCOMPARE(StringPrefixRemove("key1", "KEY"), QString("key1"));
-    bool removed = false; // one suffix at a time
-    QCOMPARE(StringSuffixRemove("line\r\n\r\n", "\r\n", removed), QString("line\r\n"));
-    QVERIFY(removed);
-    QCOMPARE(StringSuffixRemove("line", "\r\n", removed), QString("line"));
-    QVERIFY(!removed);
-}
-
-void TestHelpers::splitAtLastDelimiter_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("delimiter");
-    QTest::addColumn<QString>("before");
-    QTest::addColumn<QString>("after");
-    AddRows({
-        {"key", "0.1.3", ".", "0.1", "3"},
-        {"none", "0", ".", "0", ""},
-        {"overlapping", "aaa", "aa", "a", ""},
-        {"long delimiter", "a--b--c", "--", "a--b", "c"},
-        {"empty", "", ".", "", ""},
-    });
-}
-
-void TestHelpers::splitAtLastDelimiter() {
-    QFETCH(QString, text);
-    QFETCH(QString, delimiter);
-    QString before = "x";
-    QString after = "y";
-    StringSplitAtLastDelimiter(text, delimiter, before, after);
-    QTEST(before, "before");
-    QTEST(after, "after");
-}
-
-void TestHelpers::errorReport() {
-    ScopedLog log;
-    int reached = 0;
-    const int result = modMain::Guarded([&]() -> int {
-        PROC("modDoc DocLoad");
-        ++reached;
-        modMain::Raise(modMain::errFileNotFound);
-        ++reached;
-        return 7;
-    });
-    QCOMPARE(result, 0); // ends early with the default value
-    QCOMPARE(reached, 1);
-    QCOMPARE(log.content(), QString("Error 53 - File not found\r\nMavrolen modDoc DocLoad\r\n"));
-    QCOMPARE(modMain::Guarded([] { return QString("ok"); }), QString("ok"));
-
-    QFile::remove(log.path());
-    modMain::Guarded([] {
-        PROC("modDoc DocLoad");
-        throw modMain::RuntimeError(-2147221504, "Automation error", "Shell");
-    });
-    QCOMPARE(log.content(), QString("Error returned by VB object 0 - Automation error\r\n"
-                                    "Shell modDoc DocLoad\r\n"));
-    QFile::remove(log.path());
-    modMain::Guarded([] { throw modMain::RuntimeError(-2147221503, "Other", "Shell"); });
-    QVERIFY(log.content().startsWith("Error -2147221503 - Other\r\n"));
-}
-
-// The log keeps at most 8192 characters, dropping whole old lines while there are any.
-void TestHelpers::logKeepsNewestWholeLines() {
-    ScopedLog log;
-    QByteArray existing; // 8190 characters in lines of 88 characters and CR LF
-    for (int i = 0; i < 91; ++i) {
-        existing += QByteArray(88, char('a' + i % 26)) + "\r\n";
-    }
-    WriteFileBytes(log.path(), existing);
-    modMain::WriteLog(QString(30, QLatin1Char('z')));
-    QString content = log.content();
-    QVERIFY(content.endsWith(QString(30, QLatin1Char('z')) + "\r\n"));
-    QCOMPARE(content.size(), 8190 - 90 + 32); // exactly the oldest line went
-    QVERIFY(content.startsWith(QString(88, QLatin1Char('b'))));
-
-    WriteFileBytes(log.path(), QByteArray(8000, 'x')); // no line breaks: cut in the middle
-    modMain::WriteLog(QString(500, QLatin1Char('y')));
-    content = log.content();
-    QCOMPARE(content.size(), 8192 + 2);
-    QVERIFY(content.startsWith(QString(7692, QLatin1Char('x')) + "y"));
-    modMain::WriteLog("Session started at now"); // now whole lines are dropped
-    QCOMPARE(log.content(), QString("Session started at now\r\n"));
-}
-
-void TestHelpers::commandLineNamesEachArgument() {
-    QTemporaryDir dir;
-    const QString a = dir.filePath("a.mvd");
-    const QString b = dir.filePath("b.mvd");
-    const QString spaced = dir.filePath("my notes.mvd");
-    for (const QString &name : {a, b, spaced}) {
-        WriteFileBytes(name, {});
-    }
-    const QString saved = QDir::currentPath();
-    QDir::setCurrent(dir.path());
-    QCOMPARE(modMain::GetCommandLineFiles({"a.mvd", "my notes.mvd", "missing.mvd", "", "b.mvd"}),
-             QStringList({a, spaced, b}));
-    QCOMPARE(modMain::GetCommandLineFiles({"my", "notes.mvd"}), QStringList());
-    QCOMPARE(modMain::FullPathName("sub/../a.mvd"), a);
-    QCOMPARE(modMain::FullPathName(""), QString());
-    QCOMPARE(modMain::FullPathName(QString(300, 'n')).size(), dir.path().size() + 301);
-    QDir::setCurrent(saved);
-}
 
 QTEST_GUILESS_MAIN(TestHelpers)
 #include "tst_helpers.moc"

@@ -15,7 +15,6 @@
 
 #include <memory>
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <random>
@@ -24,26 +23,23 @@ using namespace modSearch;
 
 namespace {
 
-// RTF of a plain text: "|" is a paragraph break, characters outside ASCII are \u escapes.
-QByteArray rtfOf(const QString &plain) {
-    QByteArray rtf = "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}}\\f0\\fs20 ";
-    for (QChar c : plain) {
-        if (c == QLatin1Char('|')) {
-            rtf += "\\par ";
-        } else if (c == QLatin1Char('\\') || c == QLatin1Char('{') || c == QLatin1Char('}')) {
-            rtf += '\\' + QByteArray(1, char(c.unicode()));
-        } else if (c.unicode() > 0x7F) {
-            rtf += "\\u" + QByteArray::number(qint16(c.unicode())) + "?";
-        } else {
-            rtf += char(c.unicode());
-        }
+// The tables here have string columns only, added and read by name.
+void columns(std::initializer_list<const char *> names) {
+    for (const char *name : names) {
+        QTest::addColumn<QString>(name);
     }
-    return rtf + "}";
 }
 
+QString column(const char *name) {
+    return *static_cast<QString *>(QTest::qData(name, QMetaType::QString));
+}
+
+// The stored text of a plain text in which "|" is a paragraph break.
 QByteArray storedOf(const QString &plain) {
+    RichTextBuffer b;
+    b.SetSelText(QString(plain).replace(u'|', "\r\n"));
     QByteArray stored;
-    modNodes::NodeTextCompressIfRequired(rtfOf(plain), stored);
+    modNodes::NodeTextCompressIfRequired(b.TextRTF(), stored);
     return stored;
 }
 
@@ -52,10 +48,10 @@ Document *build(const QString &outline) {
     Document *doc = DocTest::newDocument();
     doc->setTextPane(std::make_unique<RichTextBuffer>());
     std::vector<Node *> parents;
-    for (const QString &line : outline.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+    for (const QString &line : outline.split(u'\n', Qt::SkipEmptyParts)) {
         const qsizetype depth = (line.size() - line.trimmed().size()) / 2;
         const QString item = line.trimmed();
-        const qsizetype eq = item.indexOf(QLatin1Char('='));
+        const qsizetype eq = item.indexOf(u'=');
         parents.resize(size_t(depth));
         Node *n = DocTest::add(doc, depth ? parents.back() : nullptr, item.left(eq),
                                eq < 0 ? QByteArray() : storedOf(item.mid(eq + 1)));
@@ -70,36 +66,34 @@ RichTextBuffer *pane(Document *doc) {
 
 // Selects "label@start,length" (the entry, then the pane's selection).
 void selectAt(Document *doc, const QString &where) {
-    const qsizetype at = where.indexOf(QLatin1Char('@'));
+    const qsizetype at = where.indexOf(u'@');
     modNodes::NodeSelect(doc, FindEntry(doc->trvOutline(), where.left(at)));
-    const QStringList sel = where.mid(at + 1).split(QLatin1Char(','));
+    const QStringList sel = where.mid(at + 1).split(u',');
     pane(doc)->SetSelStart(sel.at(0).toInt());
     pane(doc)->SetSelLength(sel.at(1).toInt());
 }
 
+// "label@start,length" of the selected entry and the pane's selection.
 QString state(Document *doc) {
     Node *s = doc->trvOutline().SelectedItem();
-    return QStringLiteral("%1@%2,%3")
-        .arg(s ? s->Text() : QString())
-        .arg(pane(doc)->SelStart())
-        .arg(pane(doc)->SelLength());
+    return (s ? s->Text() : QString()) +
+           QString("@%1,%2").arg(pane(doc)->SelStart()).arg(pane(doc)->SelLength());
 }
 
 // Every entry as label=text, in collection order.
 QString texts(Document *doc) {
     QStringList out;
     for (Node *n : doc->trvOutline()) {
-        out << n->Text() + QLatin1Char('=') +
-                   modDocText::PlainTextStripped(n->Tag()).replace(QLatin1String("\r\n"), "|");
+        out << n->Text() + u'=' + modDocText::PlainTextStripped(n->Tag()).replace("\r\n", "|");
     }
-    return out.join(QLatin1Char(';'));
+    return out.join(u';');
 }
 
 void setState(const QString &find, const QString &flags, const QString &where) {
-    g_sFindText = QString(find).replace(QLatin1Char('|'), QLatin1String("\r\n"));
-    g_bMatchCase = flags.contains(QLatin1Char('c'));
-    g_bWholeWord = flags.contains(QLatin1Char('w'));
-    g_bBackwards = flags.contains(QLatin1Char('b'));
+    g_sFindText = QString(find).replace(u'|', "\r\n");
+    g_bMatchCase = flags.contains(u'c');
+    g_bWholeWord = flags.contains(u'w');
+    g_bBackwards = flags.contains(u'b');
     g_sSearchWhere = where;
 }
 
@@ -137,288 +131,243 @@ bool referenceAllTexts(Document *doc) {
 class TestSearch : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void find_data();
-    void find();
-    void replace_data();
-    void replace();
-    void dialogRules_data();
-    void dialogRules();
-    void history();
-    void scanEqualsPaneSearch();
+    void init() {
+        modSettings::SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
+        m_frm.reset();
+        m_frm = std::make_unique<FakeMainWindow>();
+        g_iSearchMode = 0;
+        g_sReplaceText.clear();
+    }
+    void cleanup() {
+        DocTest::closeAll();
+        ForgetTexts();
+    }
+    void find_data() {
+        columns({"outline", "select", "find", "flags", "where", "expect"});
+        const char *one = "A=cat dog cat";
+        const char *all = "R=alpha\n  A=cat one\n  B=dog\n  C=cat two|cat three";
+        const char *names = "Root\n  the cat\n  catsup\n  Cats";
+        AddRows({
+            // The current entry's text.
+            {"forward", one, "A@1,0", "cat", "", "0", "yes A@8,3"},
+            {"bare caret does not wrap", "A=cat dog", "A@4,0", "cat", "", "0", "no A@4,0"},
+            {"selection wraps", "A=cat dog", "A@4,3", "cat", "", "0", "yes A@0,3"},
+            {"paragraph break is one position", "A=one|cat", "A@0,0", "cat", "", "0", "yes A@4,3"},
+            {"match case", "A=Cat cat", "A@0,0", "cat", "c", "0", "yes A@4,3"},
+            {"ignoring case", "A=Cat cat", "A@0,0", "cat", "", "0", "yes A@0,3"},
+            {"whole word skips inner", "A=cat concat cats", "A@1,0", "cat", "w", "0", "no A@1,0"},
+            {"whole word at text end", "A=concat cat", "A@0,0", "cat", "w", "0", "yes A@7,3"},
+            {"backward, match before and behind", "A=cat cat cat", "A@5,0", "cat", "b", "0",
+             "yes A@4,3"},
+            {"backward, only behind: wraps", "A=dog cat", "A@0,0", "cat", "b", "0", "no A@4,3"},
+            {"backward, just after the only", "A=cat dog", "A@3,0", "cat", "b", "0", "no A@0,3"},
+            // All entry texts, in collection order from the selected entry.
+            {"all: next entry", all, "B@0,0", "cat", "", "1", "yes C@0,3"},
+            {"all: on in the same entry", all, "C@0,3", "cat", "", "1", "yes C@8,3"},
+            {"all: wraps to the first entries", all, "C@8,3", "cat", "", "1", "yes A@0,3"},
+            {"all: nothing found reloads", all, "B@2,1", "owl", "", "1", "no B@0,0"},
+            {"all: backward in the entry", all, "C@8,3", "cat", "b", "1", "yes C@0,3"},
+            {"all: backward never leaves it", all, "C@0,3", "cat", "b", "1", "no C@0,0"},
+            {"all: whole word", "R=x\n  A=concat\n  B=a cat", "R@0,0", "cat", "w", "1",
+             "yes B@2,3"},
+            {"all: whole word beside a sign folding to a letter", "R=x\n  A=\u212acat", "R@0,0",
+             "cat", "w", "1", "yes A@1,3"},
+            {"all: unicode case", "R=x\n  A=PI\u00d1ATA", "R@0,0", "pi\u00f1ata", "", "1",
+             "yes A@0,6"},
+            // All entry names, starting below the selected entry.
+            {"names: whole word at label end", names, "Root@0,0", "cat", "w", "2",
+             "yes the cat@0,0"},
+            {"names: cat matches cats", names, "the cat@0,0", "cat", "w", "2", "yes Cats@0,0"},
+            {"names: match case wraps", names, "the cat@0,0", "cat", "cw", "2", "yes the cat@0,0"},
+            {"names: last entry tests itself", names, "Cats@0,0", "cats", "", "2", "yes Cats@0,0"},
+            {"names: none", names, "the cat@0,0", "dog", "", "2", "no the cat@0,0"},
+            {"unknown scope", one, "A@0,0", "cat", "", "", "no A@0,0"},
+        });
+    }
+    void find() {
+        Document *doc = build(column("outline"));
+        selectAt(doc, column("select"));
+        setState(column("find"), column("flags"), column("where"));
+        const bool found = SearchPerform();
+        QTEST((found ? "yes " : "no ") + state(doc), "expect");
+        // "Search completed" is the one message, and only when nothing was found.
+        QCOMPARE(m_frm->Asked,
+                 found ? QStringList() : QStringList{QStringLiteral("Search completed")});
+        QVERIFY(pane(doc)->Visible());
+    }
+    void replace_data() {
+        columns({"outline", "select", "find", "replace", "flags", "expect"});
+        const char *fruit = "A=Apple pie";
+        const char *all = "R=a cat\n  A=cat and cat\n  B=dog\n  C=Cat|cat";
+        AddRows({
+            // Replace once ("once"), or find then Replace All ("all"); a "-" file is read-only.
+            {"once: case follows the match", fruit, "A@0,5", "apple", "pear", "",
+             "A=Pear pie @0,4"},
+            {"once: a blank keeps it", fruit, "A@0,5", "apple", "red pear", "",
+             "A=red pear pie @0,8"},
+            {"once: match case keeps it", fruit, "A@0,5", "apple", "pear", "c", "A=pear pie @0,4"},
+            {"once: empty replacement deletes", fruit, "A@0,6", "apple", "", "", "A=pie @0,0"},
+            {"once: no selection, no change", fruit, "A@2,0", "apple", "pear", "",
+             "A=Apple pie @2,0"},
+            {"all texts", all, "R@0,0", "cat", "dog", "", "R=a dog;A=dog and dog;B=dog;C=Dog|dog"},
+            {"all texts backward", all, "C@3,0", "cat", "dog", "b",
+             "R=a cat;A=cat and cat;B=dog;C=Dog|cat"},
+            {"all labels", "R\n  cat cat\n  catcat", "R@0,0", "cat", "x", "n", "R=;x x=;xx="},
+            {"labels, whole word stops", "R\n  cat cats\n  cats cat", "R@0,0", "cat", "x", "wn",
+             "R=;x xs=;cats cat="},
+            {"read-only", all, "R@0,0", "cat", "dog", "-", "R=a cat;A=cat and cat;B=dog;C=Cat|cat"},
+        });
+    }
+    void replace() {
+        const QString outline = column("outline"), flags = column("flags");
+        Document *doc = build(outline);
+        doc->bReadOnly = flags.contains(u'-');
+        selectAt(doc, column("select"));
+        doc->m_bDataChanged = false;
+        const bool once = QString(QTest::currentDataTag()).startsWith("once");
+        setState(column("find"), flags, flags.contains(u'n') ? "2" : once ? "0" : "1");
+        g_sReplaceText = column("replace");
+        g_iSearchMode = 2;
+        if (once) {
+            SearchPerformReplace();
+            QTEST(texts(doc) + u' ' + state(doc).mid(1), "expect");
+        } else {
+            SearchPerform();
+            SearchReplaceAll();
+            QTEST(texts(doc), "expect");
+            QCOMPARE(m_frm->Asked.size(), doc->bReadOnly ? 0 : 1);
+        }
+        QCOMPARE(doc->m_bDataChanged, texts(doc) != texts(build(outline)));
+    }
+    void dialogRules_data() {
+        columns({"find", "replace", "flags",
+                 "expect"}); // expect: Find, Replace All, Replace after a find
+        AddRows({
+            {"replacement holds the expression", "a", "ba", "2", "find"},
+            {"empty replacement", "a", "", "2", "find replace"},
+            {"held ignoring case", "Apple", "red apple", "2", "find"},
+            {"not held matching case", "Apple", "red apple", "2c", "find all replace"},
+            {"plain", "cat", "dog", "2", "find all replace"},
+            {"opened for finding", "cat", "dog", "1", "find"},
+            {"no scope", "cat", "dog", "2-", "all replace"},
+            {"no expression", "", "dog", "2", ""},
+        });
+    }
+    void dialogRules() {
+        const QString flags = column("flags");
+        g_sFindText = column("find");
+        g_sReplaceText = column("replace");
+        g_bMatchCase = flags.contains(u'c');
+        g_iSearchMode = flags.contains(u'2') ? 2 : 1;
+        g_sSearchWhereText = flags.contains(u'-') ? QString() : "All entry texts";
+        const QStringList on = {FindEnabled() ? "find" : "", ReplaceAllEnabled() ? "all" : "",
+                                ReplaceEnabledAfterFind(true) ? "replace" : ""};
+        QTEST(on.join(' ').simplified(), "expect");
+        QVERIFY(!ReplaceEnabledAfterFind(false));
+    }
+    void history() {
+        clsHistory h, small;
+        h.setMaxEntries(10);
+        h.setSection("FindHistory");
+        const auto list = [&] {
+            QStringList out;
+            bool atEnd = false;
+            for (QString e = h.FirstEntry(atEnd); !atEnd; e = h.NextEntry(atEnd)) {
+                out << e;
+            }
+            return out.join('/');
+        };
+        for (int i = 1; i <= 11; ++i) {
+            h.Store(QStringLiteral(" e%1 ").arg(i));
+        }
+        QCOMPARE(list(), "e11/e10/e9/e8/e7/e6/e5/e4/e3/e2"); // trimmed, the oldest dropped
+        h.Store("e5");
+        QCOMPARE(list(), "e5/e11/e10/e9/e8/e7/e6/e4/e3/e2");
+        h.Store("E5");
+        QCOMPARE(list(), "E5/e5/e11/e10/e9/e8/e7/e6/e4/e3");
+
+        // Saved as "1".."n"; loaded one place further on, behind an empty entry.
+        small.setMaxEntries(10);
+        small.setSection("ReplaceHistory");
+        for (const char *entry : {"c", "b", "a"}) {
+            small.Store(entry);
+        }
+        small.Save();
+        QCOMPARE(modSettings::GetAllSettings("ReplaceHistory").size(), 3);
+        QCOMPARE(modSettings::GetSetting("ReplaceHistory", "1"), "a");
+        h.setSection("ReplaceHistory");
+        h.Load();
+        QCOMPARE(list(), "/a/b/c");
+        h.Store("d"); // the empty entry goes again
+        QCOMPARE(list(), "d/a/b/c");
+        h.Save();
+        h.Load();
+        QCOMPARE(list(), "/d/a/b/c");
+        // A value name that is not an index leaves the list as it was (and is reported).
+        modSettings::SaveSetting("ReplaceHistory", "x", "bad");
+        h.Load();
+        QCOMPARE(list(), "/d/a/b/c");
+        QVERIFY(m_log.content().contains("clsHistory Load"));
+    }
+    // Over whole passes through random documents, the search of all texts finds the same entries,
+    // positions and selections as loading every entry into the pane would, also after texts change.
+    void scanEqualsPaneSearch() {
+        const QStringList words = {"cat",         "Cat",     "CAT",         "concat",
+                                   "cats",        "dog",     "pi\u00f1ata", "PI\u00d1ATA",
+                                   "stra\u00dfe", "\u212a9", "\u212a",      "k9",
+                                   "a-b",         "|",       "\u00b5m"};
+        std::mt19937 random(20240611);
+        const auto pick = [&](const QStringList &from) {
+            return from.at(int(random() % from.size()));
+        };
+        const QStringList patterns = {"cat", "k9",  "pi\u00f1ata", "\u00b5m", "dog|cat",
+                                      "CAT", "a-b", "stra\u00dfe", "owl",     "t c"};
+        int hits = 0;
+        for (int round = 0; round < 16; ++round) {
+            QString outline = QStringLiteral("R=%1\n").arg(pick(words));
+            const int count = 4 + int(random() % 12);
+            for (int i = 0; i < count; ++i) {
+                QString text;
+                const int length = int(random() % 9);
+                for (int w = 0; w < length; ++w) {
+                    text += pick(words) + (random() % 3 ? " " : "");
+                }
+                const int depth = i == 0 ? 1 : 1 + int(random() % 2);
+                outline +=
+                    QStringLiteral("%1E%2=%3\n").arg(QString(2 * depth, ' ')).arg(i).arg(text);
+            }
+            const QString find = pick(patterns);
+            const QString flags = QString(random() % 2 ? "c" : "") + (random() % 2 ? "w" : "") +
+                                  (random() % 4 == 0 ? "b" : "");
+            const int start = 1 + int(random() % (count + 1));
+            const int changed = 1 + int(random() % (count + 1));
+            QStringList seen[2];
+            for (int run = 0; run < 2; ++run) {
+                Document *doc = build(outline);
+                modNodes::NodeSelect(doc, doc->trvOutline().Item(start));
+                setState(find, flags, "1");
+                for (int step = 0; step < 2 * count + 6; ++step) {
+                    if (step == count + 3) {
+                        // A text changes half way: the kept texts must follow it.
+                        doc->trvOutline().Item(changed)->setTag(storedOf("x " + find));
+                    }
+                    const bool found = run == 0 ? SearchAllTexts() : referenceAllTexts(doc);
+                    seen[run] << (found ? "+" : "-") + state(doc);
+                }
+                DocTest::closeAll();
+            }
+            hits += int(seen[0].filter("+").size());
+            QVERIFY2(seen[0] == seen[1], qPrintable(find + " " + flags + "\n" + outline + "\n" +
+                                                    seen[0].join(' ') + "\n" + seen[1].join(' ')));
+        }
+        QVERIFY(hits > 40);
+    }
 
 private:
     ScopedLog m_log;
     QTemporaryDir m_dir;
     std::unique_ptr<FakeMainWindow> m_frm; // answers the questions, records what was asked
 };
-
-void TestSearch::init() {
-    modSettings::SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
-    m_frm.reset();
-    m_frm = std::make_unique<FakeMainWindow>();
-    g_iSearchMode = 0;
-    g_sReplaceText.clear();
-}
-
-void TestSearch::cleanup() {
-    DocTest::closeAll();
-    ForgetTexts();
-}
-
-void TestSearch::find_data() {
-    QTest::addColumn<QString>("outline");
-    QTest::addColumn<QString>("select");
-    QTest::addColumn<QString>("find");
-    QTest::addColumn<QString>("flags");
-    QTest::addColumn<QString>("where");
-    QTest::addColumn<QString>("expect");
-    const char *one = "A=cat dog cat";
-    const char *all = "R=alpha\n  A=cat one\n  B=dog\n  C=cat two|cat three";
-    const char *names = "Root\n  the cat\n  catsup\n  Cats";
-    AddRows({
-        // The current entry's text.
-        {"forward", one, "A@1,0", "cat", "", "0", "yes A@8,3"},
-        {"bare caret does not wrap", "A=cat dog", "A@4,0", "cat", "", "0", "no A@4,0"},
-        {"selection wraps", "A=cat dog", "A@4,3", "cat", "", "0", "yes A@0,3"},
-        {"paragraph break is one position", "A=one|cat", "A@0,0", "cat", "", "0", "yes A@4,3"},
-        {"match case", "A=Cat cat", "A@0,0", "cat", "c", "0", "yes A@4,3"},
-        {"ignoring case", "A=Cat cat", "A@0,0", "cat", "", "0", "yes A@0,3"},
-        {"whole word skips inner", "A=cat concat cats", "A@1,0", "cat", "w", "0", "no A@1,0"},
-        {"whole word at text end", "A=concat cat", "A@0,0", "cat", "w", "0", "yes A@7,3"},
-        {"backward, match before and behind", "A=cat cat cat", "A@5,0", "cat", "b", "0",
-         "yes A@4,3"},
-        {"backward, only behind: wraps", "A=dog cat", "A@0,0", "cat", "b", "0", "no A@4,3"},
-        {"backward, just after the only", "A=cat dog", "A@3,0", "cat", "b", "0", "no A@0,3"},
-        // All entry texts, in collection order from the selected entry.
-        {"all: next entry", all, "B@0,0", "cat", "", "1", "yes C@0,3"},
-        {"all: on in the same entry", all, "C@0,3", "cat", "", "1", "yes C@8,3"},
-        {"all: wraps to the first entries", all, "C@8,3", "cat", "", "1", "yes A@0,3"},
-        {"all: nothing found reloads", all, "B@2,1", "owl", "", "1", "no B@0,0"},
-        {"all: backward in the entry", all, "C@8,3", "cat", "b", "1", "yes C@0,3"},
-        {"all: backward never leaves it", all, "C@0,3", "cat", "b", "1", "no C@0,0"},
-        {"all: whole word", "R=x\n  A=concat\n  B=a cat", "R@0,0", "cat", "w", "1", "yes B@2,3"},
-        {"all: whole word beside a sign folding to a letter", "R=x\n  A=\u212acat", "R@0,0", "cat",
-         "w", "1", "yes A@1,3"},
-        {"all: unicode case", "R=x\n  A=PI\u00d1ATA", "R@0,0", "pi\u00f1ata", "", "1", "yes A@0,6"},
-        // All entry names, starting below the selected entry.
-        {"names: whole word at label end", names, "Root@0,0", "cat", "w", "2", "yes the cat@0,0"},
-        {"names: cat matches cats", names, "the cat@0,0", "cat", "w", "2", "yes Cats@0,0"},
-        {"names: match case wraps", names, "the cat@0,0", "cat", "cw", "2", "yes the cat@0,0"},
-        {"names: last entry tests itself", names, "Cats@0,0", "cats", "", "2", "yes Cats@0,0"},
-        {"names: none", names, "the cat@0,0", "dog", "", "2", "no the cat@0,0"},
-        {"unknown scope", one, "A@0,0", "cat", "", "", "no A@0,0"},
-    });
-}
-
-void TestSearch::find() {
-    QFETCH(QString, outline);
-    QFETCH(QString, select);
-    QFETCH(QString, find);
-    QFETCH(QString, flags);
-    QFETCH(QString, where);
-    QFETCH(QString, expect);
-    Document *doc = build(outline);
-    selectAt(doc, select);
-    setState(find, flags, where);
-    const bool found = SearchPerform();
-    QCOMPARE((found ? "yes " : "no ") + state(doc), expect);
-    // "Search completed" is the one message, and only when nothing was found.
-    QCOMPARE(m_frm->Asked, found ? QStringList() : QStringList{QStringLiteral("Search completed")});
-    QVERIFY(pane(doc)->Visible());
-}
-
-void TestSearch::replace_data() {
-    QTest::addColumn<QString>("outline");
-    QTest::addColumn<QString>("select");
-    QTest::addColumn<QString>("find");
-    QTest::addColumn<QString>("replace");
-    QTest::addColumn<QString>("flags");
-    QTest::addColumn<QString>("expect");
-    const char *fruit = "A=Apple pie";
-    const char *all = "R=a cat\n  A=cat and cat\n  B=dog\n  C=Cat|cat";
-    AddRows({
-        // Replace once ("once"), or find then Replace All ("all"); a "-" file is read-only.
-        {"once: case follows the match", fruit, "A@0,5", "apple", "pear", "", "A=Pear pie @0,4"},
-        {"once: a blank keeps it", fruit, "A@0,5", "apple", "red pear", "", "A=red pear pie @0,8"},
-        {"once: match case keeps it", fruit, "A@0,5", "apple", "pear", "c", "A=pear pie @0,4"},
-        {"once: empty replacement deletes", fruit, "A@0,6", "apple", "", "", "A=pie @0,0"},
-        {"once: no selection, no change", fruit, "A@2,0", "apple", "pear", "", "A=Apple pie @2,0"},
-        {"all texts", all, "R@0,0", "cat", "dog", "", "R=a dog;A=dog and dog;B=dog;C=Dog|dog"},
-        {"all texts backward", all, "C@3,0", "cat", "dog", "b",
-         "R=a cat;A=cat and cat;B=dog;C=Dog|cat"},
-        {"all labels", "R\n  cat cat\n  catcat", "R@0,0", "cat", "x", "n", "R=;x x=;xx="},
-        {"labels, whole word stops", "R\n  cat cats\n  cats cat", "R@0,0", "cat", "x", "wn",
-         "R=;x xs=;cats cat="},
-        {"read-only", all, "R@0,0", "cat", "dog", "-", "R=a cat;A=cat and cat;B=dog;C=Cat|cat"},
-    });
-}
-
-void TestSearch::replace() {
-    QFETCH(QString, outline);
-    QFETCH(QString, select);
-    QFETCH(QString, find);
-    QFETCH(QString, replace);
-    QFETCH(QString, flags);
-    QFETCH(QString, expect);
-    Document *doc = build(outline);
-    doc->bReadOnly = flags.contains(QLatin1Char('-'));
-    selectAt(doc, select);
-    doc->m_bDataChanged = false;
-    const bool once = QString(QTest::currentDataTag()).startsWith(QLatin1String("once"));
-    setState(find, flags, flags.contains(QLatin1Char('n')) ? "2" : once ? "0" : "1");
-    g_sReplaceText = replace;
-    g_iSearchMode = 2;
-    if (once) {
-        SearchPerformReplace();
-        QCOMPARE(texts(doc) + QLatin1Char(' ') + state(doc).mid(1), expect);
-    } else {
-        SearchPerform();
-        SearchReplaceAll();
-        QCOMPARE(texts(doc), expect);
-        QCOMPARE(m_frm->Asked.size(), doc->bReadOnly ? 0 : 1);
-    }
-    QCOMPARE(doc->m_bDataChanged, texts(doc) != texts(build(outline)));
-}
-
-void TestSearch::dialogRules_data() {
-    QTest::addColumn<QString>("find");
-    QTest::addColumn<QString>("replace");
-    QTest::addColumn<QString>("flags");
-    QTest::addColumn<QString>("expect"); // Find, Replace All, Replace after a successful find
-    AddRows({
-        {"replacement holds the expression", "a", "ba", "2", "find"},
-        {"empty replacement", "a", "", "2", "find replace"},
-        {"held ignoring case", "Apple", "red apple", "2", "find"},
-        {"not held matching case", "Apple", "red apple", "2c", "find all replace"},
-        {"plain", "cat", "dog", "2", "find all replace"},
-        {"opened for finding", "cat", "dog", "1", "find"},
-        {"no scope", "cat", "dog", "2-", "all replace"},
-        {"no expression", "", "dog", "2", ""},
-    });
-}
-
-void TestSearch::dialogRules() {
-    QFETCH(QString, find);
-    QFETCH(QString, replace);
-    QFETCH(QString, flags);
-    QFETCH(QString, expect);
-    g_sFindText = find;
-    g_sReplaceText = replace;
-    g_bMatchCase = flags.contains(QLatin1Char('c'));
-    g_iSearchMode = flags.contains(QLatin1Char('2')) ? 2 : 1;
-    g_sSearchWhereText = flags.contains(QLatin1Char('-')) ? QString() : "All entry texts";
-    QStringList on;
-    if (FindEnabled()) {
-        on << "find";
-    }
-    if (ReplaceAllEnabled()) {
-        on << "all";
-    }
-    if (ReplaceEnabledAfterFind(true)) {
-        on << "replace";
-    }
-    QCOMPARE(on.join(' '), expect);
-    QVERIFY(!ReplaceEnabledAfterFind(false));
-}
-
-void TestSearch::history() {
-    clsHistory h;
-    h.setMaxEntries(10);
-    h.setSection("FindHistory");
-    const auto list = [&] {
-        QStringList out;
-        bool atEnd = false;
-        for (QString e = h.FirstEntry(atEnd); !atEnd; e = h.NextEntry(atEnd)) {
-            out << e;
-        }
-        return out.join('/');
-    };
-    for (int i = 1; i <= 11; ++i) {
-        h.Store(QStringLiteral(" e%1 ").arg(i));
-    }
-    QCOMPARE(list(), "e11/e10/e9/e8/e7/e6/e5/e4/e3/e2"); // trimmed, the oldest dropped
-    h.Store("e5");
-    QCOMPARE(list(), "e5/e11/e10/e9/e8/e7/e6/e4/e3/e2");
-    h.Store("E5");
-    QCOMPARE(list(), "E5/e5/e11/e10/e9/e8/e7/e6/e4/e3");
-
-    // Saved as "1".."n"; loaded one place further on, behind an empty entry.
-    clsHistory small;
-    small.setMaxEntries(10);
-    small.setSection("ReplaceHistory");
-    small.Store("c");
-    small.Store("b");
-    small.Store("a");
-    small.Save();
-    QCOMPARE(modSettings::GetAllSettings("ReplaceHistory").size(), 3);
-    QCOMPARE(modSettings::GetSetting("ReplaceHistory", "1"), "a");
-    h.setSection("ReplaceHistory");
-    h.Load();
-    QCOMPARE(list(), "/a/b/c");
-    h.Store("d"); // the empty entry goes again
-    QCOMPARE(list(), "d/a/b/c");
-    h.Save();
-    h.Load();
-    QCOMPARE(list(), "/d/a/b/c");
-
-    // A value name that is not an index leaves the list as it was (and is reported).
-    modSettings::SaveSetting("ReplaceHistory", "x", "bad");
-    h.Load();
-    QCOMPARE(list(), "/d/a/b/c");
-    QVERIFY(m_log.content().contains("clsHistory Load"));
-}
-
-// Over whole passes through random documents, the search of all texts finds the same entries,
-// positions and selections as loading every entry into the pane would, also after texts change.
-void TestSearch::scanEqualsPaneSearch() {
-    const QStringList words = {"cat",    "Cat",         "CAT",         "concat",      "cats",
-                               "dog",    "pi\u00f1ata", "PI\u00d1ATA", "stra\u00dfe", "\u212a9",
-                               "\u212a", "k9",          "a-b",         "|",           "\u00b5m"};
-    std::mt19937 random(20240611);
-    const auto pick = [&](const QStringList &from) { return from.at(int(random() % from.size())); };
-    const QStringList patterns = {"cat", "k9",  "pi\u00f1ata", "\u00b5m", "dog|cat",
-                                  "CAT", "a-b", "stra\u00dfe", "owl",     "t c"};
-    int hits = 0;
-    for (int round = 0; round < 16; ++round) {
-        QString outline = QStringLiteral("R=%1\n").arg(pick(words));
-        const int count = 4 + int(random() % 12);
-        for (int i = 0; i < count; ++i) {
-            QString text;
-            const int length = int(random() % 9);
-            for (int w = 0; w < length; ++w) {
-                text += pick(words) + (random() % 3 ? " " : "");
-            }
-            const int depth = i == 0 ? 1 : 1 + int(random() % 2);
-            outline += QStringLiteral("%1E%2=%3\n").arg(QString(2 * depth, ' ')).arg(i).arg(text);
-        }
-        const QString find = pick(patterns);
-        const QString flags = QString(random() % 2 ? "c" : "") + (random() % 2 ? "w" : "") +
-                              (random() % 4 == 0 ? "b" : "");
-        const int start = 1 + int(random() % (count + 1));
-        const int changed = 1 + int(random() % (count + 1));
-        QStringList seen[2];
-        for (int run = 0; run < 2; ++run) {
-            Document *doc = build(outline);
-            modNodes::NodeSelect(doc, doc->trvOutline().Item(start));
-            setState(find, flags, "1");
-            for (int step = 0; step < 2 * count + 6; ++step) {
-                if (step == count + 3) {
-                    // A text changes half way: the kept texts must follow it.
-                    doc->trvOutline().Item(changed)->setTag(storedOf("x " + find));
-                }
-                const bool found = run == 0 ? SearchAllTexts() : referenceAllTexts(doc);
-                seen[run] << (found ? "+" : "-") + state(doc);
-            }
-            DocTest::closeAll();
-        }
-        hits += int(seen[0].filter(QLatin1String("+")).size());
-        QVERIFY2(seen[0] == seen[1], qPrintable(find + " " + flags + "\n" + outline + "\n" +
-                                                seen[0].join(' ') + "\n" + seen[1].join(' ')));
-    }
-    QVERIFY(hits > 40);
-}
 
 QTEST_MAIN(TestSearch)
 #include "tst_search.moc"
