@@ -7,7 +7,6 @@
 #include "util/ErrorLog.h"
 #include "util/modGlobals.h"
 
-#include <QFile>
 #include <QtTest>
 
 using namespace modSettings;
@@ -62,11 +61,6 @@ private Q_SLOTS:
         QCOMPARE(GetSetting(u"S"_s, u"other"_s, u"dflt"_s), u""_s);
         DeleteSetting(u"S"_s, u"k"_s);
         QCOMPARE(GetSetting(u"S"_s, u"k"_s, u"gone"_s), u"gone"_s);
-        SaveSetting(u"T"_s, u"1"_s, u"x"_s);
-        DeleteSection(u"S"_s);
-        QVERIFY(GetAllSettings(u"S"_s).isEmpty());
-        QCOMPARE(GetAllSettings(u"T"_s).size(), 1);
-        QVERIFY(QFile::exists(store.path()));
     }
 
     void numericKeyOrder_data() {
