@@ -45,7 +45,7 @@ private Q_SLOTS:
         QTEST(FileExt(path), "ext");
         QTEST(FileWithoutExt(path), "without");
     }
-    // The key checks of the file reader.
+    // The word and case checks of the search.
     void keyPredicates() {
         QVERIFY(StringAlphanumeric("") && StringAlphanumeric("abcXYZ09"));
         QVERIFY(!StringAlphanumeric("ab_c") && !StringAlphanumeric(QStringLiteral("caf\u00E9")));
