@@ -2,11 +2,14 @@
 
 #include "util/ErrorLog.h"
 
+#include <libdeflate.h>
 #include <zlib.h>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
+#include <new>
 
 namespace modCompress {
 
@@ -15,6 +18,16 @@ namespace {
 // claimed length beyond that bound plus slack cannot be the text of these compressed bytes.
 constexpr qint64 kMaxRatio = 1032;
 constexpr qint64 kSlack = 64;
+
+// One decompressor for each thread (the search decodes texts on several).
+libdeflate_decompressor &decompressor() {
+    thread_local const std::unique_ptr<libdeflate_decompressor, void (*)(libdeflate_decompressor *)>
+        d(libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
+    if (!d) {
+        throw std::bad_alloc();
+    }
+    return *d;
+}
 } // namespace
 
 qint32 BufferSize(qint64 n) {
@@ -49,14 +62,19 @@ qint32 DecompressString(const QByteArray &compressed, qint32 length, QByteArray 
         return Z_DATA_ERROR;
     }
     const qint32 size = BufferSize(length);
-    QByteArray buffer(size, Qt::Uninitialized); // zlib writes what is kept
-    uLongf outLen = uLongf(size);
-    const int rc = uncompress(reinterpret_cast<Bytef *>(buffer.data()), &outLen,
-                              reinterpret_cast<const Bytef *>(compressed.constData()),
-                              uLong(compressed.size()));
-    buffer.truncate(qsizetype(std::min<uLongf>(outLen, uLongf(size))));
+    QByteArray buffer(size, Qt::Uninitialized); // the decompressor writes what is kept
+    size_t outLen = 0;
+    const libdeflate_result result =
+        libdeflate_zlib_decompress(&decompressor(), compressed.constData(),
+                                   size_t(compressed.size()), buffer.data(), size_t(size), &outLen);
+    if (result != LIBDEFLATE_SUCCESS) {
+        // zlib's numbers: the stream is damaged, or it holds more than the room allowed.
+        text.clear();
+        return result == LIBDEFLATE_INSUFFICIENT_SPACE ? Z_BUF_ERROR : Z_DATA_ERROR;
+    }
+    buffer.truncate(qsizetype(std::min<size_t>(outLen, size_t(size))));
     text = buffer;
-    return rc;
+    return Z_OK;
 }
 
 } // namespace modCompress

@@ -182,6 +182,13 @@ QString Reader::decode(const QByteArray &bytes, int cp) {
 void Reader::flushBytes() {
     if (m_bytes.isEmpty())
         return;
+    if (m_bytesCp == 1252 && top().dest == Dest::Text) {
+        // Most text: decoded straight into the run.
+        startRun();
+        CodePage::appendUnicode(m_run, m_bytes);
+        m_bytes.resize(0); // keeps its room for the next bytes
+        return;
+    }
     QByteArray b;
     b.swap(m_bytes);
     text(decode(b, m_bytesCp));
@@ -245,11 +252,16 @@ void Reader::text(QStringView s) {
     }
     if (st.dest != Dest::Text)
         return;
+    startRun();
+    m_run.append(s);
+}
+
+void Reader::startRun() {
+    const State &st = top();
     if (!m_run.isEmpty() && !(m_runProps == st.ch))
         flushRun();
     if (m_run.isEmpty())
         m_runProps = st.ch;
-    m_run.append(s);
 }
 
 void Reader::character(char16_t c) {

@@ -165,6 +165,7 @@ private:
     void character(char16_t c);
     void flushBytes();
     void flushRun();
+    void startRun(); // ends the run when the characters that follow are formatted otherwise
     void prepareInsert();
     void paragraph();
     void applyBlockFormat();

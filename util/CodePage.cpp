@@ -37,14 +37,20 @@ int toByte(char16_t ch) {
 }
 
 QString toUnicode(QByteArrayView bytes) {
-    QString out(bytes.size(), Qt::Uninitialized);
-    char16_t *dst = reinterpret_cast<char16_t *>(out.data());
+    QString out;
+    appendUnicode(out, bytes);
+    return out;
+}
+
+void appendUnicode(QString &text, QByteArrayView bytes) {
+    const qsizetype from = text.size();
+    text.resize(from + bytes.size());
+    char16_t *dst = reinterpret_cast<char16_t *>(text.data()) + from;
     const auto *src = reinterpret_cast<const unsigned char *>(bytes.data());
     for (qsizetype i = 0, n = bytes.size(); i < n; ++i) {
         const unsigned char b = src[i];
         dst[i] = (b & 0x80) ? toChar(b) : char16_t(b);
     }
-    return out;
 }
 
 QByteArray fromUnicode(QStringView text) {

@@ -17,6 +17,8 @@ int toByte(char16_t ch);
 
 // Bytes to text, one character per byte.
 QString toUnicode(QByteArrayView bytes);
+// The same, appended to the text.
+void appendUnicode(QString &text, QByteArrayView bytes);
 
 // Text to bytes, one byte per character; characters outside the code page become '?'.
 QByteArray fromUnicode(QStringView text);
