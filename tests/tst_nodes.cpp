@@ -1,19 +1,26 @@
-// The entry tree model and the tree primitives: inserts, keys, copies, deletion, selection,
-// sorting, tags, batching, collection indexes, weak references and deep trees.
+// The entry tree and its primitives: inserts, keys, copies, deletion, selection, sorting, tags,
+// batching, collection indexes, weak references and deep trees; entry texts (the stored form,
+// compression, loading and storing through the text pane); the item model over the tree, checked
+// by Qt's model tester while the tree changes.
 #include "document/Document.h"
 #include "editor/OutlineModel.h"
 #include "outline/Node.h"
+#include "outline/modCompress.h"
 #include "outline/modNodes.h"
 #include "support/FakeDocument.h"
 #include "support/TestSupport.h"
 #include "support/TreeText.h"
 #include "util/ErrorLog.h"
 
+#include <QAbstractItemModelTester>
+#include <QPixmap>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QtTest>
 
 #include <set>
+
+#include <zlib.h>
 
 using namespace modNodes;
 
@@ -36,6 +43,27 @@ struct Sample : TestDocument {
     QString shape() { return TreeShape(nodes().Item(1)); }
     std::vector<Node *> made;
 };
+
+QByteArray sampleRtf(int paragraphs) {
+    QByteArray rtf("{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}}\\f0\\fs20 ");
+    for (int i = 0; i < paragraphs; ++i) {
+        rtf += "Paragraph " + QByteArray::number(i) +
+               " with \\b bold\\b0  and caf\\'e9 text.\\par\r\n";
+    }
+    return rtf + '}';
+}
+
+QByteArray stored(const QByteArray &text) {
+    QByteArray s;
+    NodeTextCompressIfRequired(text, s);
+    return s;
+}
+
+QByteArray decoded(const QByteArray &s) {
+    QByteArray t;
+    NodeTextDecompressIfRequired(s, t);
+    return t;
+}
 
 } // namespace
 
@@ -78,14 +106,6 @@ private Q_SLOTS:
         added->setText(QStringLiteral("new"));
         QTEST(s.shape(), "expected");
         QCOMPARE(s.nodes().topNodes().size(), size_t(1));
-    }
-    void firstInsertIsRootWithKey() {
-        for (int rel : {relFirst, relLast, relNext, relPrevious, relChild}) {
-            TestDocument t;
-            Node *root = NodeInsert(&t.doc, rel, nullptr);
-            QCOMPARE(root->Key(), QStringLiteral("KEY0"));
-            QVERIFY(root->Root() == root && !root->Parent());
-        }
     }
     void setKeys_data() {
         QTest::addColumn<QString>("key");
@@ -287,25 +307,27 @@ private Q_SLOTS:
     }
     void batchingCounter() {
         TestDocument t;
+        // Outline, tree and pane shown; the depth; the re-fits (one at every level).
+        const auto state = [&] {
+            return QStringLiteral("%1%2%3 %4 %5")
+                .arg(int(t.view.outlineVisible))
+                .arg(int(t.nodes().Visible()))
+                .arg(int(t.pane->Visible()))
+                .arg(g_iActionDepth)
+                .arg(t.view.autoFits);
+        };
         NodeActionStart();
-        QVERIFY(!t.view.outlineVisible && !t.nodes().Visible() && !t.pane->Visible());
         NodeActionStart();
-        QCOMPARE(g_iActionDepth, 2);
+        QCOMPARE(state(), "000 2 0");
         NodeActionEnd();
-        QVERIFY(!t.view.outlineVisible && !t.pane->Visible());
-        QCOMPARE(t.view.autoFits, 1); // re-fitted at every level
+        QCOMPARE(state(), "000 1 1");
         NodeActionEnd();
-        QVERIFY(t.view.outlineVisible && t.nodes().Visible() && t.pane->Visible());
-        QCOMPARE(t.view.autoFits, 2);
-        QCOMPARE(g_iActionDepth, 0);
-
+        QCOMPARE(state(), "111 0 2");
         // Without an active document Start still counts, End does not.
         Documents::SetActive(nullptr);
         NodeActionStart();
-        QCOMPARE(g_iActionDepth, 1);
-        QVERIFY(t.view.outlineVisible);
         NodeActionEnd();
-        QCOMPARE(g_iActionDepth, 1);
+        QCOMPARE(state(), "111 1 2");
         Documents::SetActive(&t.doc);
         NodeActionEnd();
         QCOMPARE(g_iActionDepth, 0);
@@ -430,10 +452,310 @@ private Q_SLOTS:
         QCOMPARE(doc->trvOutline().Count(), 1);
         QVERIFY(!m_log->content().contains("Error"));
     }
+    void roundTrip_data() {
+        QTest::addColumn<QByteArray>("text");
+        QByteArray all;
+        for (int b = 0; b < 256; ++b) {
+            all += char(b);
+        }
+        QByteArray noise(70000, '\0');
+        QRandomGenerator rng(3);
+        for (char &c : noise) {
+            c = char(rng.bounded(256));
+        }
+        QTest::newRow("rich text") << sampleRtf(3);
+        QTest::newRow("every byte value") << all;
+        QTest::newRow("long rich text") << sampleRtf(5000);
+        QTest::newRow("incompressible") << noise; // stored in under n*1.01+12 bytes still
+        QTest::newRow("commas and digits") << QByteArray("12,34,56");
+    }
+    void roundTrip() {
+        QFETCH(QByteArray, text);
+        const QByteArray s = stored(text);
+        QVERIFY(s.startsWith(QByteArray::number(text.size()) + ','));
+        QCOMPARE(decoded(s), text);
+
+        TestDocument t;
+        Node *root = NodeInsert(&t.doc, relChild, nullptr);
+        t.pane->SetTextRTF(text);
+        NodeTextPut(&t.doc, root);
+        QCOMPARE(root->Tag(), s);
+        t.pane->SetTextRTF("other");
+        NodeTextGet(&t.doc, root);
+        QCOMPARE(t.pane->TextRTF(), text);
+        QVERIFY(m_log->content().isEmpty());
+    }
+    void decodeEdgeCases_data() {
+        const auto row = [](const char *name, const QByteArray &in, const QByteArray &out) {
+            QTest::newRow(name) << in << out;
+        };
+        QTest::addColumn<QByteArray>("stored");
+        QTest::addColumn<QByteArray>("text");
+        row("no comma", "{\\rtf1 plain}", "{\\rtf1 plain}");
+        row("empty", {}, {});
+        row("digits and comma: prefix dropped", "3, apples", " apples");
+        row("zero prefix", "0,abc", "0,abc");
+        row("not a number", "abc,def", "abc,def");
+        row("negative", "-5,xyz", "-5,xyz");
+        row("comma first", ",xyz", ",xyz");
+        row("blanks inside the number", " 1 2,xyz", "xyz");
+        row("trailing garbage", "7abc,xyz", "xyz");
+        row("fraction rounds to zero", "0.4,xyz", "0.4,xyz");
+        row("fraction rounds half to even", "0.5,xyz", "0.5,xyz");
+        row("fraction rounds up", "1.5,xyz", "xyz");
+        row("exponent", "1e2,xyz", "xyz");
+        row("hexadecimal", "&H1F,xyz", "xyz");
+        row("second comma kept", "4,a,b", "a,b");
+
+        const QByteArray text = sampleRtf(2);
+        const QByteArray good = stored(text);
+        row("valid", good, text);
+        row("truncated data", good.left(good.size() - 5),
+            good.mid(good.indexOf(',') + 1).chopped(5));
+
+        QByteArray farComma(40000, 'x');
+        farComma += ",tail";
+        row("comma beyond 32767", farComma, farComma);
+
+        // The buffer holds the stated length plus 1% and 12 bytes: a slightly larger text still
+        // decodes, a much larger one fails and keeps its prefix off. Lengths that the compressed
+        // bytes cannot hold fail at once, without a huge buffer.
+        QByteArray thousand;
+        QCOMPARE(modCompress::CompressString(QByteArray(1000, 'a'), thousand), Z_OK);
+        row("stated slightly short", "980," + thousand, QByteArray(1000, 'a'));
+        row("stated much too short", "900," + thousand, thousand);
+        // Lengths beyond what a text may hold are refused: the pane shows a notice, the log says
+        // so.
+        row("huge stated length", "2147483647," + thousand, "refused");
+        row("length overflow", "99999999999,data", "refused");
+    }
+    void decodeEdgeCases() {
+        QFETCH(QByteArray, stored);
+        QFETCH(QByteArray, text);
+        if (text == "refused") {
+            QVERIFY(decoded(stored).contains("is too large to be shown"));
+            QVERIFY(m_log->content().startsWith("Error 7 - "));
+        } else {
+            QCOMPARE(decoded(stored), text);
+            QVERIFY(m_log->content().isEmpty());
+        }
+    }
+    void loadAndStoreThroughPane() {
+        TestDocument t;
+        Node *root = NodeInsert(&t.doc, relChild, nullptr);
+        root->setTag(QByteArray("{\\rtf1 legacy plain text}"));
+        NodeTextGet(&t.doc, root);
+        QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1 legacy plain text}"));
+        QCOMPARE(t.pane->loadsWhileVisible, 0); // filled while hidden ...
+        QVERIFY(t.pane->Visible());             // ... and shown again
+        QVERIFY(!g_bLoadingText);
+
+        t.pane->SetVisible(false);
+        NodeTextGet(&t.doc, nullptr); // a null node empties the pane
+        QVERIFY(t.pane->TextRTF().isEmpty());
+        QVERIFY(!t.pane->Visible()); // a hidden pane stays hidden
+
+        // Storing does not mark the document changed and needs a node and a document.
+        t.pane->SetTextRTF(sampleRtf(1));
+        NodeTextPut(&t.doc, root);
+        QCOMPARE(decoded(root->Tag()), sampleRtf(1));
+        QVERIFY(!t.doc.m_bDataChanged);
+        NodeTextPut(nullptr, root);
+        NodeTextPut(&t.doc, nullptr);
+        NodeTextGet(nullptr, root);
+
+        Document headless; // no pane: nothing to load or store
+        Node *other = NodeInsert(&headless, relChild, nullptr);
+        NodeTextGet(&headless, other);
+        NodeTextPut(&headless, other);
+        QVERIFY(other->Tag().isEmpty());
+        QVERIFY(m_log->content().isEmpty());
+    }
+    void storeIgnoredWhileLoading() {
+        // The pane's change event stores the text back; while a text is loaded that must not
+        // happen.
+        TestDocument t;
+        auto made = BuildOutline(t.doc, QStringLiteral("root\n  a\n"));
+        t.nodes().setSelectedItem(made[1]);
+        made[1]->setTag(stored("{\\rtf1 a}"));
+        const QByteArray before = made[1]->Tag();
+        int events = 0;
+        t.pane->changed = [&] {
+            ++events;
+            NodeTextPutSelected();
+        };
+        NodeTextGet(&t.doc, made[1]);
+        QCOMPARE(events, 1);
+        QVERIFY(made[1]->Tag().isSharedWith(before)); // untouched, not even re-stored
+        t.pane->SetTextRTF("{\\rtf1 typed}");         // a real edit is stored at once
+        QCOMPARE(decoded(made[1]->Tag()), QByteArray("{\\rtf1 typed}"));
+        t.pane->changed = nullptr;
+        t.nodes().setSelectedItem(nullptr);
+        NodeTextGetSelected(); // nothing selected: the pane is emptied
+        QVERIFY(t.pane->TextRTF().isEmpty());
+        Documents::SetActive(nullptr);
+        t.pane->SetTextRTF("{\\rtf1 kept}");
+        NodeTextGetSelected(); // no active document: nothing
+        QCOMPARE(t.pane->TextRTF(), QByteArray("{\\rtf1 kept}"));
+    }
+    void fontAppliedToAllTexts() {
+        TestDocument t;
+        auto made = BuildOutline(t.doc, QStringLiteral("root\n  a\n    a1\n  b\n"));
+        for (Node *n : made) {
+            n->setTag(stored("{\\rtf1 " + n->Text().toLatin1() + '}'));
+        }
+        clsFont font;
+        font.setName(QStringLiteral("Mono"));
+        font.setSize(9);
+        NodeSetFontAll(&t.doc, made[1], font); // a and its subtree only
+        QCOMPARE(decoded(made[1]->Tag()), QByteArray("{\\rtf1 a}{\\font Mono 9}"));
+        QCOMPARE(decoded(made[2]->Tag()), QByteArray("{\\rtf1 a1}{\\font Mono 9}"));
+        QCOMPARE(decoded(made[0]->Tag()), QByteArray("{\\rtf1 root}"));
+        QCOMPARE(decoded(made[3]->Tag()), QByteArray("{\\rtf1 b}"));
+        QVERIFY(t.pane->Visible());
+    }
+    // The model follows the tree from its notifications alone, checked by Qt's model tester through
+    // random changes, every fourth run of ten in one nested batch; a persistent index keeps its
+    // entry through every change up to the next reset.
+    void followsTheTree() {
+        TestDocument t;
+        BuildOutline(t.doc, "root\n  a\n    a1\n    a2\n  b\n    b1\n      b11\n  c\n");
+        OutlineModel model(t.nodes());
+        QAbstractItemModelTester tester(&model,
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
+        QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
+        QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
+        QRandomGenerator rng(11);
+        NodeRef tracked;
+        QPersistentModelIndex trackedIndex; // until the next reset
+        qsizetype trackedResets = 0;
+        qsizetype signalsBefore = 0;
+        for (int step = 0; step < 600; ++step) {
+            const int count = t.nodes().Count();
+            if (!tracked || resets.count() != trackedResets) {
+                tracked = t.nodes().Item(1 + int(rng.bounded(count)));
+                trackedIndex = model.indexFromNode(tracked.get());
+                trackedResets = resets.count();
+            }
+            const bool batched = step % 40 >= 30;
+            if (step % 40 == 30) {
+                NodeActionStart();
+                NodeActionStart(); // nested: only the outermost pair counts
+                signalsBefore = inserted.count() + changes.count();
+            }
+            Node *n = t.nodes().Item(1 + int(rng.bounded(count)));
+            switch (rng.bounded(9)) {
+            case 0:
+            case 1:
+                NodeInsert(&t.doc, int(rng.bounded(5)), n)
+                    ->setText(QString::number(rng.bounded(50)));
+                break;
+            case 2:
+                if (n->Parent() && count > 20) {
+                    NodeDelete(&t.doc, n);
+                }
+                break;
+            case 3:
+                if (n->Parent() && count < 200) {
+                    NodeDuplicate(&t.doc, n, t.nodes().Item(1 + int(rng.bounded(count))), relNext);
+                }
+                break;
+            case 4:
+                n->setSorted(rng.bounded(2) == 0);
+                break;
+            case 5:
+                n->setText(QString::number(rng.bounded(50)));
+                break;
+            case 6: // moved after the selected entry
+                if (n->Parent() && count > 20) {
+                    NodeRef moved = n;
+                    NodePaste(&t.doc, moved, true);
+                }
+                break;
+            case 7:
+                rng.bounded(2) ? NodeExpandAll(n) : NodeCollapseAll(n);
+                break;
+            default:
+                NodeSelectFull(&t.doc, n);
+                NodeTagToggle(n);
+                break;
+            }
+            if (step % 40 == 39) { // the batch sends no row signals and ends in one reset
+                QVERIFY(model.inBatch());
+                QCOMPARE(inserted.count() + changes.count(), signalsBefore);
+                const qsizetype before = resets.count();
+                NodeActionEnd();
+                QCOMPARE(resets.count(), before);
+                NodeActionEnd();
+                QVERIFY(!model.inBatch());
+                QCOMPARE(resets.count(), before + 1);
+            } else if (batched) {
+                continue;
+            }
+            QVERIFY(!QTest::currentTestFailed());
+            QCOMPARE(ModelShape(model), TreeShape(t.nodes().Item(1)->Root()));
+            if (tracked && resets.count() == trackedResets) {
+                QVERIFY(trackedIndex == model.indexFromNode(tracked.get()));
+            }
+        }
+        QVERIFY(changes.count() > 100);
+        t.nodes().Clear();
+        QCOMPARE(model.rowCount(), 0);
+        BuildOutline(t.doc, "x\n  y\n");
+        QCOMPARE(ModelShape(model), QString("x(y)"));
+    }
+    void rolesAndFlags() {
+        QString asked;
+        OutlineModel::setIconProvider([&](const QString &key) {
+            asked = key;
+            QPixmap p(4, 4);
+            p.fill(Qt::red);
+            return QIcon(p);
+        });
+        TestDocument t;
+        BuildOutline(t.doc, "root\n  x\n");
+        OutlineModel model(t.nodes());
+        QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+        Node *x = FindEntry(t.nodes(), "x");
+        const QModelIndex ix = model.indexFromNode(x);
+        // Each change of tag or selection is announced and shown with its icon.
+        const struct {
+            bool tagged, selected;
+            const char *icon;
+        } rows[] = {{false, false, "Folder"},
+                    {false, true, "FolderSelected"},
+                    {true, true, "FolderTaggedSelected"},
+                    {true, false, "FolderTagged"}};
+        for (const auto &row : rows) {
+            changed.clear();
+            if (row.tagged != NodeTagged(x)) {
+                NodeTagToggle(x);
+            }
+            t.nodes().setSelectedItem(row.selected ? x : nullptr);
+            QCOMPARE(changed.isEmpty(), !row.tagged && !row.selected);
+            QVERIFY(!ix.data(Qt::DecorationRole).value<QIcon>().isNull());
+            QCOMPARE(asked, QString(row.icon));
+        }
+        OutlineModel::setIconProvider({});
+        // Renaming through the model renames the entry; a read-only document refuses.
+        QVERIFY(ix.flags() & Qt::ItemIsEditable);
+        QVERIFY(model.setData(ix, QString("renamed")));
+        QCOMPARE(ix.data(Qt::EditRole).toString(), QString("renamed"));
+        model.setEditable(false);
+        QVERIFY(!(ix.flags() & Qt::ItemIsEditable));
+        QVERIFY(!model.setData(ix, QString("again")));
+        QCOMPARE(x->Text(), QString("renamed"));
+    }
+    void modelLeavesTreeWhenDestroyed() {
+        auto nodes = std::make_unique<Nodes>();
+        std::make_unique<OutlineModel>(*nodes).reset();
+        QCOMPARE(nodes->observer(), nullptr);
+    }
 
 private:
     std::unique_ptr<ScopedLog> m_log;
 };
 
-QTEST_GUILESS_MAIN(TestNodes)
+QTEST_MAIN(TestNodes)
 #include "tst_nodes.moc"
