@@ -45,23 +45,12 @@ private Q_SLOTS:
         QTEST(FileExt(path), "ext");
         QTEST(FileWithoutExt(path), "without");
     }
-    void predicatesPrefixesSuffixes() {
+    // The word and case checks of the search.
+    void keyPredicates() {
         QVERIFY(StringAlphanumeric("") && StringAlphanumeric("abcXYZ09"));
         QVERIFY(!StringAlphanumeric("ab_c") && !StringAlphanumeric(QStringLiteral("caf\u00E9")));
         QVERIFY(StringUpperCaseAlpha("") && StringUpperCaseAlpha("KEY"));
         QVERIFY(!StringUpperCaseAlpha("KEy") && !StringUpperCaseAlpha("KEY0"));
-        QVERIFY(StringEndsWith("b", " b") && StringEndsWith("", "") && StringEndsWith("abc", "bc"));
-        QVERIFY(!StringEndsWith("abc", "Bc") && !StringEndsWith("b", "ab"));
-        QCOMPARE(StringPrefixRemove("KEY0.2", "KEY"), QString("0.2"));
-        QCOMPARE(StringPrefixRemove("xKEY", "KEY"), QString("xKEY"));
-        QCOMPARE(StringPrefixRemove("KEY 5", "KEY"), QString("5"));
-        QCOMPARE(StringPrefixRemove(" a ", ""), QString("a"));
-        QCOMPARE(StringPrefixRemove("key1", "KEY"), QString("key1"));
-        bool removed = false; // one suffix at a time
-        QCOMPARE(StringSuffixRemove("line\r\n\r\n", "\r\n", removed), QString("line\r\n"));
-        QVERIFY(removed);
-        QCOMPARE(StringSuffixRemove("line", "\r\n", removed), QString("line"));
-        QVERIFY(!removed);
     }
     void splitAtLastDelimiter_data() {
         QTest::addColumn<QString>("text");
