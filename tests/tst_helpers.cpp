@@ -32,7 +32,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("ext");
         QTest::addColumn<QString>("without");
         AddRows({
-            {"plain", "notes.mvd", "mvd", "notes"},
             {"trailing dot", "notes.", "", "notes"},
             {"no dot", " readme ", "", "readme"},
             {"dot in folder", "C:\\my.dir\\readme", "dir\\readme", "C:\\my"},
@@ -51,28 +50,6 @@ private Q_SLOTS:
         QVERIFY(!StringAlphanumeric("ab_c") && !StringAlphanumeric(QStringLiteral("caf\u00E9")));
         QVERIFY(StringUpperCaseAlpha("") && StringUpperCaseAlpha("KEY"));
         QVERIFY(!StringUpperCaseAlpha("KEy") && !StringUpperCaseAlpha("KEY0"));
-    }
-    void splitAtLastDelimiter_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("delimiter");
-        QTest::addColumn<QString>("before");
-        QTest::addColumn<QString>("after");
-        AddRows({
-            {"key", "0.1.3", ".", "0.1", "3"},
-            {"none", "0", ".", "0", ""},
-            {"overlapping", "aaa", "aa", "a", ""},
-            {"long delimiter", "a--b--c", "--", "a--b", "c"},
-            {"empty", "", ".", "", ""},
-        });
-    }
-    void splitAtLastDelimiter() {
-        QFETCH(QString, text);
-        QFETCH(QString, delimiter);
-        QString before = "x";
-        QString after = "y";
-        StringSplitAtLastDelimiter(text, delimiter, before, after);
-        QTEST(before, "before");
-        QTEST(after, "after");
     }
     void errorReport() {
         ScopedLog log;
