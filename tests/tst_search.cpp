@@ -243,11 +243,9 @@ private Q_SLOTS:
         columns({"find", "replace", "flags",
                  "expect"}); // expect: Find, Replace All, Replace after a find
         AddRows({
-            {"replacement holds the expression", "a", "ba", "2", "find"},
             {"empty replacement", "a", "", "2", "find replace"},
             {"held ignoring case", "Apple", "red apple", "2", "find"},
             {"not held matching case", "Apple", "red apple", "2c", "find all replace"},
-            {"plain", "cat", "dog", "2", "find all replace"},
             {"opened for finding", "cat", "dog", "1", "find"},
             {"no scope", "cat", "dog", "2-", "all replace"},
             {"no expression", "", "dog", "2", ""},
