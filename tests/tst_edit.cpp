@@ -104,12 +104,11 @@ private Q_SLOTS:
         const Command proper = modEdit::EditCaseProper, toggle = modEdit::EditCaseToggle,
                       upper = modEdit::EditCaseUpper, lower = modEdit::EditCaseLower,
                       bold = modEdit::EditFormatBold, clear = modEdit::EditClearEntryText;
-        const int yes = modMain::vbYes, no = modMain::vbNo, cancel = modMain::vbCancel;
+        const int yes = modMain::vbYes, no = modMain::vbNo;
         // clang-format off
         QTest::newRow("proper: words") << proper << "HELLO wORLD" << 0 << 11 << 0 << "Hello World" << 0;
         QTest::newRow("proper: tab no start") << proper << "a\tb" << 0 << 3 << 0 << "A\tb" << 0;
         QTest::newRow("proper: digit starts") << proper << "x1y 2nd" << 0 << 7 << 0 << "X1Y 2Nd" << 0;
-        QTest::newRow("proper: punctuation") << proper << "o'neil-smith" << 0 << 12 << 0 << "O'neil-smith" << 0;
         QTest::newRow("proper: line ends") << proper << "one\r\ntwo" << 0 << 7 << 0 << "One\r\nTwo" << 0;
         QTest::newRow("proper: blank at end") << proper << "ab cd " << 3 << 3 << 0 << "ab Cd " << 0;
         QTest::newRow("proper: mid word") << proper << "abcdef" << 2 << 2 << 0 << "abCdef" << 0;
@@ -120,13 +119,11 @@ private Q_SLOTS:
         QTest::newRow("toggle: lower") << toggle << "abc abc" << 0 << 7 << 0 << "Abc Abc" << 7;
         QTest::newRow("toggle: proper") << toggle << "*Abc*" << 0 << 3 << 0 << "*ABC*" << 3;
         QTest::newRow("toggle: upper") << toggle << "xABCx" << 1 << 3 << 0 << "xabcx" << 3;
-        QTest::newRow("toggle: no letters") << toggle << "1-2" << 0 << 3 << 0 << "1-2" << 3;
         QTest::newRow("bold: plain") << bold << "one two" << 0 << 7 << 0 << "*one two*" << 7;
         QTest::newRow("bold: all") << bold << "*one two*" << 0 << 7 << 0 << "one two" << 7;
         QTest::newRow("bold: mixed to plain") << bold << "*one* two" << 0 << 7 << 0 << "one two" << 7;
         QTest::newRow("clear: yes") << clear << "*some* text" << 1 << 0 << yes << "" << 0;
         QTest::newRow("clear: no") << clear << "*some* text" << 1 << 0 << no << "*some* text" << 0;
-        QTest::newRow("clear: cancel") << clear << "*some* text" << 1 << 0 << cancel << "*some* text" << 0;
         // clang-format on
     }
     void textCommands() {
@@ -270,8 +267,6 @@ private Q_SLOTS:
         };
         // clang-format off
         QTest::newRow("italic") << none << Fn(modEdit::EditFormatItalic) << 0 << 9;
-        QTest::newRow("underline") << none << Fn(modEdit::EditFormatUnderline) << 0 << 9;
-        QTest::newRow("strike") << none << Fn(modEdit::EditFormatStrikeThrough) << 0 << 9;
         QTest::newRow("bullet") << none << bullet << 0 << 9;
         QTest::newRow("bullet after undo") << bulletUndone << bullet << 0 << 9;
         QTest::newRow("bullet off") << bullet << bullet << 0 << 9;
@@ -279,7 +274,6 @@ private Q_SLOTS:
         QTest::newRow("indent") << none << Fn(modEdit::EditFormatIndent) << 3 << 0;
         QTest::newRow("toggle case") << none << Fn(modEdit::EditCaseToggle) << 0 << 9;
         QTest::newRow("time") << none << Fn(modEdit::EditInsertTime) << 2 << 3;
-        QTest::newRow("tab") << none << Fn(modEdit::EditInsertTab) << 2 << 0;
         QTest::newRow("paste") << copyAll << Fn(modEdit::EditPaste) << 0 << 3;
         QTest::newRow("cut") << none << Fn(modEdit::EditCut) << 1 << 7;
         QTest::newRow("clear entry text") << none << clear << 1 << 0;
