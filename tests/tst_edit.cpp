@@ -1,16 +1,24 @@
-// The Edit commands on the text pane of a headless document: case rules, attribute toggles,
-// indents, the clipboard (the test platform's), the undo history, and the font commands with the
-// dialog answered by the test. Texts are written with "*" around bold runs.
+// The Edit and Search commands on the text pane of headless documents. Edit: case rules, attribute
+// toggles, indents, the clipboard (the test platform's), the undo history, and the font commands
+// with the dialog answered by the test; texts are written with "*" around bold runs. Search: the
+// scopes, directions, wraps and word rules, replacing, the dialog's rules, the histories, and the
+// scan of all texts against loading every entry into the pane.
+#include "app/modMain.h"
 #include "document/Document.h"
 #include "document/SystemClipboard.h"
+#include "document/modDocText.h"
 #include "editor/modEdit.h"
 #include "editor/modFont.h"
 #include "outline/modNodes.h"
 #include "richtext/RichTextBuffer.h"
 #include "richtext/clsFont.h"
+#include "search/modSearch.h"
 #include "support/DocTestSupport.h"
 #include "support/FakeMainWindow.h"
+#include "support/TestSupport.h"
+#include "support/TreeText.h"
 #include "util/MainWindowHost.h"
+#include "util/SettingsStore.h"
 
 #include <QtGui>
 #include <QtTest>
@@ -18,10 +26,115 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <random>
 
+using namespace modSearch;
 using namespace Qt::StringLiterals;
 
 namespace {
+
+// The tables here have string columns only, added and read by name.
+void columns(std::initializer_list<const char *> names) {
+    for (const char *name : names) {
+        QTest::addColumn<QString>(name);
+    }
+}
+
+QString column(const char *name) {
+    return *static_cast<QString *>(QTest::qData(name, QMetaType::QString));
+}
+
+// The stored text of a plain text in which "|" is a paragraph break.
+QByteArray storedOf(const QString &plain) {
+    RichTextBuffer b;
+    b.SetSelText(QString(plain).replace(u'|', "\r\n"));
+    QByteArray stored;
+    modNodes::NodeTextCompressIfRequired(b.TextRTF(), stored);
+    return stored;
+}
+
+// A document with a real text pane from lines "label=text", two blanks of indentation a level.
+Document *build(const QString &outline) {
+    Document *doc = DocTest::newDocument();
+    doc->setTextPane(std::make_unique<RichTextBuffer>());
+    std::vector<Node *> parents;
+    for (const QString &line : outline.split(u'\n', Qt::SkipEmptyParts)) {
+        const qsizetype depth = (line.size() - line.trimmed().size()) / 2;
+        const QString item = line.trimmed();
+        const qsizetype eq = item.indexOf(u'=');
+        parents.resize(size_t(depth));
+        Node *n = DocTest::add(doc, depth ? parents.back() : nullptr, item.left(eq),
+                               eq < 0 ? QByteArray() : storedOf(item.mid(eq + 1)));
+        parents.push_back(n);
+    }
+    return doc;
+}
+
+RichTextBuffer *pane(Document *doc) {
+    return static_cast<RichTextBuffer *>(doc->txtRTF());
+}
+
+// Selects "label@start,length" (the entry, then the pane's selection).
+void selectAt(Document *doc, const QString &where) {
+    const qsizetype at = where.indexOf(u'@');
+    modNodes::NodeSelect(doc, FindEntry(doc->trvOutline(), where.left(at)));
+    const QStringList sel = where.mid(at + 1).split(u',');
+    pane(doc)->SetSelStart(sel.at(0).toInt());
+    pane(doc)->SetSelLength(sel.at(1).toInt());
+}
+
+// "label@start,length" of the selected entry and the pane's selection.
+QString state(Document *doc) {
+    Node *s = doc->trvOutline().SelectedItem();
+    return (s ? s->Text() : QString()) +
+           QString("@%1,%2").arg(pane(doc)->SelStart()).arg(pane(doc)->SelLength());
+}
+
+// Every entry as label=text, in collection order.
+QString texts(Document *doc) {
+    QStringList out;
+    for (Node *n : doc->trvOutline()) {
+        out << n->Text() + u'=' + modDocText::PlainTextStripped(n->Tag()).replace("\r\n", "|");
+    }
+    return out.join(u';');
+}
+
+void setState(const QString &find, const QString &flags, const QString &where) {
+    g_sFindText = QString(find).replace(u'|', "\r\n");
+    g_bMatchCase = flags.contains(u'c');
+    g_bWholeWord = flags.contains(u'w');
+    g_bBackwards = flags.contains(u'b');
+    g_sSearchWhere = where;
+}
+
+// The scan of all texts as it reads without shortcuts: every entry but the first loaded into the
+// pane and searched there.
+bool referenceAllTexts(Document *doc) {
+    Nodes &nodes = doc->trvOutline();
+    Node *selected = nodes.SelectedItem();
+    const int first = selected ? selected->Index() : 1;
+    Node *found = nullptr;
+    const auto visit = [&](int index) {
+        if (index != first || !selected) {
+            modNodes::NodeTextGet(doc, nodes.Item(index));
+        }
+        if (SearchAllText()) {
+            found = nodes.Item(index);
+        }
+    };
+    for (int i = first; i <= nodes.Count() && !found; ++i) {
+        visit(i);
+    }
+    for (int i = 1; i < first && !found; ++i) {
+        visit(i);
+    }
+    if (found) {
+        SearchNodeSelect(found);
+    } else {
+        modNodes::NodeTextGetSelected();
+    }
+    return found;
+}
 
 const QByteArray kMixed =
     "{\\rtf1\\ansi{\\fonttbl{\\f0 Serif;}}\\f0\\fs21 small \\fs40 large\\par }";
@@ -64,7 +177,6 @@ struct Fixture {
         modNodes::NodeSelect(doc, entry);
         doc->m_bDataChanged = false;
     }
-    ~Fixture() { DocTest::closeAll(); }
     void select(int start, int length) {
         pane->SetSelStart(start);
         pane->SetSelLength(length);
@@ -82,14 +194,20 @@ struct Fixture {
 
 } // namespace
 
-class TestEdit : public QObject {
+class TestEditSearch : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void init() {
+        modSettings::SetSettingsFile(m_dir.filePath(QStringLiteral("settings.ini")));
         modDocClipboard::SetClipboard(&m_clip);
+        m_frm.reset();
         m_frm = std::make_unique<FakeMainWindow>();
+        g_iSearchMode = 0;
+        g_sReplaceText.clear();
     }
     void cleanup() {
+        DocTest::closeAll();
+        ForgetTexts();
         modDocClipboard::SetClipboard(nullptr);
         m_frm.reset();
     }
@@ -376,11 +494,226 @@ private Q_SLOTS:
                      QString::number(last.FontBold),
                  u"Sans 9 0"_s);
     }
+    void find_data() {
+        columns({"outline", "select", "find", "flags", "where", "expect"});
+        const char *one = "A=cat dog cat";
+        const char *all = "R=alpha\n  A=cat one\n  B=dog\n  C=cat two|cat three";
+        const char *names = "Root\n  the cat\n  catsup\n  Cats";
+        AddRows({
+            // The current entry's text.
+            {"forward", one, "A@1,0", "cat", "", "0", "yes A@8,3"},
+            {"bare caret does not wrap", "A=cat dog", "A@4,0", "cat", "", "0", "no A@4,0"},
+            {"selection wraps", "A=cat dog", "A@4,3", "cat", "", "0", "yes A@0,3"},
+            {"paragraph break is one position", "A=one|cat", "A@0,0", "cat", "", "0", "yes A@4,3"},
+            {"match case", "A=Cat cat", "A@0,0", "cat", "c", "0", "yes A@4,3"},
+            {"ignoring case", "A=Cat cat", "A@0,0", "cat", "", "0", "yes A@0,3"},
+            {"whole word skips inner", "A=cat concat cats", "A@1,0", "cat", "w", "0", "no A@1,0"},
+            {"whole word at text end", "A=concat cat", "A@0,0", "cat", "w", "0", "yes A@7,3"},
+            {"backward, match before and behind", "A=cat cat cat", "A@5,0", "cat", "b", "0",
+             "yes A@4,3"},
+            {"backward, only behind: wraps", "A=dog cat", "A@0,0", "cat", "b", "0", "no A@4,3"},
+            {"backward, just after the only", "A=cat dog", "A@3,0", "cat", "b", "0", "no A@0,3"},
+            // All entry texts, in collection order from the selected entry.
+            {"all: next entry", all, "B@0,0", "cat", "", "1", "yes C@0,3"},
+            {"all: on in the same entry", all, "C@0,3", "cat", "", "1", "yes C@8,3"},
+            {"all: wraps to the first entries", all, "C@8,3", "cat", "", "1", "yes A@0,3"},
+            {"all: nothing found reloads", all, "B@2,1", "owl", "", "1", "no B@0,0"},
+            {"all: backward in the entry", all, "C@8,3", "cat", "b", "1", "yes C@0,3"},
+            {"all: backward never leaves it", all, "C@0,3", "cat", "b", "1", "no C@0,0"},
+            {"all: whole word", "R=x\n  A=concat\n  B=a cat", "R@0,0", "cat", "w", "1",
+             "yes B@2,3"},
+            {"all: whole word beside a sign folding to a letter", "R=x\n  A=\u212acat", "R@0,0",
+             "cat", "w", "1", "yes A@1,3"},
+            {"all: unicode case", "R=x\n  A=PI\u00d1ATA", "R@0,0", "pi\u00f1ata", "", "1",
+             "yes A@0,6"},
+            // All entry names, starting below the selected entry.
+            {"names: whole word at label end", names, "Root@0,0", "cat", "w", "2",
+             "yes the cat@0,0"},
+            {"names: cat matches cats", names, "the cat@0,0", "cat", "w", "2", "yes Cats@0,0"},
+            {"names: match case wraps", names, "the cat@0,0", "cat", "cw", "2", "yes the cat@0,0"},
+            {"names: last entry tests itself", names, "Cats@0,0", "cats", "", "2", "yes Cats@0,0"},
+            {"names: none", names, "the cat@0,0", "dog", "", "2", "no the cat@0,0"},
+            {"unknown scope", one, "A@0,0", "cat", "", "", "no A@0,0"},
+        });
+    }
+    void find() {
+        Document *doc = build(column("outline"));
+        selectAt(doc, column("select"));
+        setState(column("find"), column("flags"), column("where"));
+        const bool found = SearchPerform();
+        QTEST((found ? "yes " : "no ") + state(doc), "expect");
+        // "Search completed" is the one message, and only when nothing was found.
+        QCOMPARE(m_frm->Asked,
+                 found ? QStringList() : QStringList{QStringLiteral("Search completed")});
+        QVERIFY(pane(doc)->Visible());
+    }
+    void replace_data() {
+        columns({"outline", "select", "find", "replace", "flags", "expect"});
+        const char *fruit = "A=Apple pie";
+        const char *all = "R=a cat\n  A=cat and cat\n  B=dog\n  C=Cat|cat";
+        AddRows({
+            // Replace once ("once"), or find then Replace All ("all"); a "-" file is read-only.
+            {"once: case follows the match", fruit, "A@0,5", "apple", "pear", "",
+             "A=Pear pie @0,4"},
+            {"once: a blank keeps it", fruit, "A@0,5", "apple", "red pear", "",
+             "A=red pear pie @0,8"},
+            {"once: match case keeps it", fruit, "A@0,5", "apple", "pear", "c", "A=pear pie @0,4"},
+            {"once: empty replacement deletes", fruit, "A@0,6", "apple", "", "", "A=pie @0,0"},
+            {"once: no selection, no change", fruit, "A@2,0", "apple", "pear", "",
+             "A=Apple pie @2,0"},
+            {"all texts", all, "R@0,0", "cat", "dog", "", "R=a dog;A=dog and dog;B=dog;C=Dog|dog"},
+            {"all texts backward", all, "C@3,0", "cat", "dog", "b",
+             "R=a cat;A=cat and cat;B=dog;C=Dog|cat"},
+            {"all labels", "R\n  cat cat\n  catcat", "R@0,0", "cat", "x", "n", "R=;x x=;xx="},
+            {"labels, whole word stops", "R\n  cat cats\n  cats cat", "R@0,0", "cat", "x", "wn",
+             "R=;x xs=;cats cat="},
+            {"read-only", all, "R@0,0", "cat", "dog", "-", "R=a cat;A=cat and cat;B=dog;C=Cat|cat"},
+        });
+    }
+    void replace() {
+        const QString outline = column("outline"), flags = column("flags");
+        Document *doc = build(outline);
+        doc->bReadOnly = flags.contains(u'-');
+        selectAt(doc, column("select"));
+        doc->m_bDataChanged = false;
+        const bool once = QString(QTest::currentDataTag()).startsWith("once");
+        setState(column("find"), flags, flags.contains(u'n') ? "2" : once ? "0" : "1");
+        g_sReplaceText = column("replace");
+        g_iSearchMode = 2;
+        if (once) {
+            SearchPerformReplace();
+            QTEST(texts(doc) + u' ' + state(doc).mid(1), "expect");
+        } else {
+            SearchPerform();
+            SearchReplaceAll();
+            QTEST(texts(doc), "expect");
+            QCOMPARE(m_frm->Asked.size(), doc->bReadOnly ? 0 : 1);
+        }
+        QCOMPARE(doc->m_bDataChanged, texts(doc) != texts(build(outline)));
+    }
+    void dialogRules_data() {
+        columns({"find", "replace", "flags",
+                 "expect"}); // expect: Find, Replace All, Replace after a find
+        AddRows({
+            {"empty replacement", "a", "", "2", "find replace"},
+            {"held ignoring case", "Apple", "red apple", "2", "find"},
+            {"not held matching case", "Apple", "red apple", "2c", "find all replace"},
+            {"opened for finding", "cat", "dog", "1", "find"},
+            {"no scope", "cat", "dog", "2-", "all replace"},
+            {"no expression", "", "dog", "2", ""},
+        });
+    }
+    void dialogRules() {
+        const QString flags = column("flags");
+        g_sFindText = column("find");
+        g_sReplaceText = column("replace");
+        g_bMatchCase = flags.contains(u'c');
+        g_iSearchMode = flags.contains(u'2') ? 2 : 1;
+        g_sSearchWhereText = flags.contains(u'-') ? QString() : "All entry texts";
+        const QStringList on = {FindEnabled() ? "find" : "", ReplaceAllEnabled() ? "all" : "",
+                                ReplaceEnabledAfterFind(true) ? "replace" : ""};
+        QTEST(on.join(' ').simplified(), "expect");
+        QVERIFY(!ReplaceEnabledAfterFind(false));
+    }
+    void history() {
+        clsHistory h;
+        h.setMaxEntries(10);
+        h.setSection("FindHistory");
+        const auto list = [&] {
+            QStringList out;
+            bool atEnd = false;
+            for (QString e = h.FirstEntry(atEnd); !atEnd; e = h.NextEntry(atEnd)) {
+                out << e;
+            }
+            return out.join('/');
+        };
+        for (int i = 1; i <= 11; ++i) {
+            h.Store(QStringLiteral(" e%1 ").arg(i));
+        }
+        QCOMPARE(list(), "e11/e10/e9/e8/e7/e6/e5/e4/e3/e2"); // trimmed, the oldest dropped
+        h.Store("e5");
+        QCOMPARE(list(), "e5/e11/e10/e9/e8/e7/e6/e4/e3/e2");
+        h.Store("E5");
+        QCOMPARE(list(), "E5/e5/e11/e10/e9/e8/e7/e6/e4/e3");
+
+        // Loaded one place further on, behind an empty entry (saving: with the dialog's test).
+        for (const char *entry : {"a", "b", "c"}) {
+            modSettings::SaveSetting("ReplaceHistory", QString::number(entry[0] - 'a' + 1), entry);
+        }
+        h.setSection("ReplaceHistory");
+        h.Load();
+        QCOMPARE(list(), "/a/b/c");
+        h.Store("d"); // the empty entry goes again
+        QCOMPARE(list(), "d/a/b/c");
+        h.Save();
+        h.Load();
+        QCOMPARE(list(), "/d/a/b/c");
+        // A value name that is not an index leaves the list as it was (and is reported).
+        modSettings::SaveSetting("ReplaceHistory", "x", "bad");
+        h.Load();
+        QCOMPARE(list(), "/d/a/b/c");
+        QVERIFY(m_log.content().contains("clsHistory Load"));
+    }
+    // Over whole passes through random documents, the search of all texts finds the same entries,
+    // positions and selections as loading every entry into the pane would, also after texts change.
+    void scanEqualsPaneSearch() {
+        const QStringList words = {"cat",         "Cat",     "CAT",         "concat",
+                                   "cats",        "dog",     "pi\u00f1ata", "PI\u00d1ATA",
+                                   "stra\u00dfe", "\u212a9", "\u212a",      "k9",
+                                   "a-b",         "|",       "\u00b5m"};
+        std::mt19937 random(20240611);
+        const auto pick = [&](const QStringList &from) {
+            return from.at(int(random() % from.size()));
+        };
+        const QStringList patterns = {"cat", "k9",  "pi\u00f1ata", "\u00b5m", "dog|cat",
+                                      "CAT", "a-b", "stra\u00dfe", "owl",     "t c"};
+        int hits = 0;
+        for (int round = 0; round < 16; ++round) {
+            QString outline = QStringLiteral("R=%1\n").arg(pick(words));
+            const int count = 4 + int(random() % 12);
+            for (int i = 0; i < count; ++i) {
+                QString text;
+                const int length = int(random() % 9);
+                for (int w = 0; w < length; ++w) {
+                    text += pick(words) + (random() % 3 ? " " : "");
+                }
+                const int depth = i == 0 ? 1 : 1 + int(random() % 2);
+                outline +=
+                    QStringLiteral("%1E%2=%3\n").arg(QString(2 * depth, ' ')).arg(i).arg(text);
+            }
+            const QString find = pick(patterns);
+            const QString flags = QString(random() % 2 ? "c" : "") + (random() % 2 ? "w" : "") +
+                                  (random() % 4 == 0 ? "b" : "");
+            const int start = 1 + int(random() % (count + 1));
+            const int changed = 1 + int(random() % (count + 1));
+            QStringList seen[2];
+            for (int run = 0; run < 2; ++run) {
+                Document *doc = build(outline);
+                modNodes::NodeSelect(doc, doc->trvOutline().Item(start));
+                setState(find, flags, "1");
+                for (int step = 0; step < 2 * count + 6; ++step) {
+                    if (step == count + 3) {
+                        // A text changes half way: the kept texts must follow it.
+                        doc->trvOutline().Item(changed)->setTag(storedOf("x " + find));
+                    }
+                    const bool found = run == 0 ? SearchAllTexts() : referenceAllTexts(doc);
+                    seen[run] << (found ? "+" : "-") + state(doc);
+                }
+                DocTest::closeAll();
+            }
+            hits += int(seen[0].filter("+").size());
+            QVERIFY2(seen[0] == seen[1], qPrintable(find + " " + flags + "\n" + outline + "\n" +
+                                                    seen[0].join(' ') + "\n" + seen[1].join(' ')));
+        }
+        QVERIFY(hits > 40);
+    }
 
 private:
+    ScopedLog m_log;
+    QTemporaryDir m_dir;
     SystemClipboard m_clip;
     std::unique_ptr<FakeMainWindow> m_frm; // answers the questions, records what was asked
 };
 
-QTEST_MAIN(TestEdit)
+QTEST_MAIN(TestEditSearch)
 #include "tst_edit.moc"
