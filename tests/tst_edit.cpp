@@ -238,7 +238,6 @@ private Q_SLOTS:
         QTest::newRow("toggle: proper") << toggle << "*Abc*" << 0 << 3 << 0 << "*ABC*" << 3;
         QTest::newRow("toggle: upper") << toggle << "xABCx" << 1 << 3 << 0 << "xabcx" << 3;
         QTest::newRow("bold: plain") << bold << "one two" << 0 << 7 << 0 << "*one two*" << 7;
-        QTest::newRow("bold: all") << bold << "*one two*" << 0 << 7 << 0 << "one two" << 7;
         QTest::newRow("bold: mixed to plain") << bold << "*one* two" << 0 << 7 << 0 << "one two" << 7;
         QTest::newRow("clear: yes") << clear << "*some* text" << 1 << 0 << yes << "" << 0;
         QTest::newRow("clear: no") << clear << "*some* text" << 1 << 0 << no << "*some* text" << 0;
@@ -281,7 +280,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("expected"); // after: "first second"
         const Command in = modEdit::EditFormatIndent, out = modEdit::EditFormatUnindent;
         QTest::newRow("indent") << in << 0 << 0 << "300 300";
-        QTest::newRow("indent again") << in << 300 << 300 << "600 600";
         QTest::newRow("indent mixed: nothing") << in << 0 << 300 << "0 300";
         QTest::newRow("unindent") << out << 600 << 600 << "300 300";
         QTest::newRow("unindent below 0") << out << 200 << 200 << "0 0";
