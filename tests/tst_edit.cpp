@@ -385,7 +385,6 @@ private Q_SLOTS:
         QTest::newRow("italic") << none << Fn(modEdit::EditFormatItalic) << 0 << 9;
         QTest::newRow("bullet") << none << bullet << 0 << 9;
         QTest::newRow("bullet after undo") << bulletUndone << bullet << 0 << 9;
-        QTest::newRow("bullet off") << bullet << bullet << 0 << 9;
         QTest::newRow("centre") << none << Fn(modEdit::EditFormatCentre) << 3 << 0;
         QTest::newRow("indent") << none << Fn(modEdit::EditFormatIndent) << 3 << 0;
         QTest::newRow("toggle case") << none << Fn(modEdit::EditCaseToggle) << 0 << 9;
@@ -499,7 +498,6 @@ private Q_SLOTS:
         const char *names = "Root\n  the cat\n  catsup\n  Cats";
         AddRows({
             // The current entry's text.
-            {"forward", one, "A@1,0", "cat", "", "0", "yes A@8,3"},
             {"bare caret does not wrap", "A=cat dog", "A@4,0", "cat", "", "0", "no A@4,0"},
             {"selection wraps", "A=cat dog", "A@4,3", "cat", "", "0", "yes A@0,3"},
             {"paragraph break is one position", "A=one|cat", "A@0,0", "cat", "", "0", "yes A@4,3"},

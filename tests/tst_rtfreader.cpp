@@ -176,7 +176,6 @@ private slots:
         row("hidden text kept", rtf("a{\\v secret}b"), "asecretb");
         row("upr takes unicode part", rtf("{\\upr{\\f0 ansi}{\\*\\ud{\\f0 uni}}}"), "uni");
         // Broken input loads without crashing, keeping what text it can.
-        row("malformed: truncated", "{\\rtf1 abc\\b de", "abcde");
         row("malformed: truncated control word", "{\\rtf1 abc\\", "abc");
         row("malformed: truncated hex", "{\\rtf1 abc\\'4", "abc");
         row("malformed: truncated unicode", "{\\rtf1 abc\\u", "abc");
