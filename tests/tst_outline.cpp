@@ -90,13 +90,10 @@ private Q_SLOTS:
             {"first takes next", "", "a1", "yes", "root(a(a2) b(b1(b11)) c)", "a2"},
             {"only child takes parent", "", "b11", "yes", "root(a(a1 a2) b(b1) c)", "b1"},
             {"no", "", "b", "no", same, "b"},
-            {"cancel", "", "b", "cancel", same, "b"},
             {"tagged: nested, selection inside", "b b11 a2", "b11", "yes", "root(a(a1) c)", "root"},
             {"tagged: selection survives", "a1 c", "b1", "yes", "root(a(a2) b(b1(b11)))", "b1"},
-            {"tagged: selection deep inside", "b1", "b11", "yes", "root(a(a1 a2) b c)", "b"},
             {"tagged: tagged root stays", "root a", "a1", "yes", "root(b(b1(b11)) c)", "root"},
             {"tagged: no", "b b11", "a", "no", same, "a"},
-            {"tagged: cancel", "b", "a", "cancel", same, "a"},
         });
     }
     void deletes() {
@@ -189,13 +186,11 @@ private Q_SLOTS:
         const char *same = "root(a(a1 a2) b(b1(b11)) c)";
         AddRows({
             {"insert above root", "above", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
-            {"insert child of root", "child", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
             {"insert above a2", "above", "a2", "root(a(a1 New Entry a2) b(b1(b11)) c)"},
             {"insert below a", "below", "a", "root(a(a1 a2) New Entry b(b1(b11)) c)"},
             {"insert child of b1", "child", "b1", "root(a(a1 a2) b(b1(b11 New Entry)) c)"},
             {"up before previous", "up", "b", "root(b(b1(b11)) a(a1 a2) c)"},
             {"up first of root's first: its last", "up", "a1", "root(a(a2 a1) b(b1(b11)) c)"},
-            {"up first: end of parent's previous", "up", "b1", "root(a(a1 a2 b1(b11)) b c)"},
             {"up climbs two levels", "up", "b11", "root(a(a1 a2 b11) b(b1) c)"},
             {"up first child of root", "up", "a", same},
             {"up root", "up", "root", same},
@@ -205,16 +200,12 @@ private Q_SLOTS:
             {"down last of a last parent", "down", "b11", same},
             {"down last of root", "down", "c", same},
             {"first", "first", "c", "root(c a(a1 a2) b(b1(b11)))"},
-            {"first already", "first", "a1", same},
             {"last", "last", "a", "root(b(b1(b11)) c a(a1 a2))"},
             {"indent", "indent", "b", "root(a(a1 a2 b(b1(b11))) c)"},
             {"indent first child", "indent", "a1", same},
             {"unindent keeps later siblings", "unindent", "a1", "root(a(a2) a1 b(b1(b11)) c)"},
-            {"unindent deep", "unindent", "b11", "root(a(a1 a2) b(b1 b11) c)"},
             {"unindent child of root", "unindent", "a", same},
             // Copied first (the copied entry, then the selection).
-            {"paste after selection", "paste b1", "a1", "root(a(a1 b1(b11) a2) b(b1(b11)) c)"},
-            {"paste: root selected, first", "paste c", "root", "root(c a(a1 a2) b(b1(b11)) c)"},
             {"paste root's first: last", "paste a", "root", "root(a(a1 a2) b(b1(b11)) c a(a1 a2))"},
             {"move after selection", "move b1", "a1", "root(a(a1 b1(b11) a2) b c)"},
             {"move to root's first", "move c", "root", "root(c a(a1 a2) b(b1(b11)))"},
@@ -359,11 +350,9 @@ private Q_SLOTS:
         AddRows({
             {"plain", "a1", "c", "pnc"},
             {"onto root", "a1", "root", "c"},
-            {"root's first onto root", "a", "root", "c"},
             {"target's next is source", "b", "a", "pc"},
             {"target's previous is source", "a", "b", "nc"},
             {"onto parent of first child", "a1", "a", ""},
-            {"onto parent of second child", "a2", "a", "pnc"},
             {"into own subtree", "b", "b11", ""},
         });
     }
