@@ -196,7 +196,6 @@ private Q_SLOTS:
             {"up root", "up", "root", same},
             {"down after next", "down", "a1", "root(a(a2 a1) b(b1(b11)) c)"},
             {"down into next parent, first", "down", "a2", "root(a(a1) b(a2 b1(b11)) c)"},
-            {"down into empty next parent", "down", "b1", "root(a(a1 a2) b c(b1(b11)))"},
             {"down last of a last parent", "down", "b11", same},
             {"down last of root", "down", "c", same},
             {"first", "first", "c", "root(c a(a1 a2) b(b1(b11)))"},
