@@ -2,6 +2,7 @@
 #include "print/PrintPages.h"
 
 #include "document/DocFiles.h"
+#include "richtext/RtfPlaceholder.h"
 #include "util/ErrorLog.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -73,6 +74,7 @@ QPointF PrintPages::paintOffset() const {
 
 std::unique_ptr<QTextDocument> PrintPages::build(const Piece &piece) {
     auto doc = std::make_unique<QTextDocument>();
+    installPlaceholderHandler(doc.get());
     doc->setUndoRedoEnabled(false);
     doc->setDocumentMargin(0);
     doc->setDefaultFont(m_textFont);

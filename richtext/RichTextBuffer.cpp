@@ -1,5 +1,6 @@
 #include "richtext/RichTextBuffer.h"
 
+#include "richtext/RtfPlaceholder.h"
 #include "richtext/RtfReader.h"
 #include "richtext/RtfWriter.h"
 #include "util/ErrorLog.h"
@@ -51,6 +52,8 @@ bool isBold(const QTextCharFormat &f) {
 
 RichTextBuffer::RichTextBuffer(QObject *parent)
     : QObject(parent), m_doc(new QTextDocument(this)), m_cursor(m_doc) {
+    // Objects the pane cannot show are drawn as labelled boxes.
+    installPlaceholderHandler(m_doc);
     connect(m_doc, &QTextDocument::contentsChanged, this, &RichTextBuffer::onContentsChanged);
 }
 
