@@ -145,6 +145,49 @@ void BM_SelectEntryWith10KBText(benchmark::State &state) {
 }
 BENCHMARK(BM_SelectEntryWith10KBText)->Unit(benchmark::kMillisecond)->MinTime(1.0);
 
+// About 100 KB of rich text whose format changes at almost every word.
+QByteArray hundredKBText() {
+    QByteArray rtf = "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}{\\f1 Courier New;}}"
+                     "{\\colortbl ;\\red200\\green0\\blue0;}\\f0\\fs20 ";
+    static const char *const kFormats[] = {"\\b ",       "\\b0\\i ",  "\\i0\\cf1 ",
+                                           "\\cf0\\f1 ", "\\f0\\ul ", "\\ulnone "};
+    for (int word = 0; rtf.size() < 100 * 1024; ++word) {
+        rtf += kFormats[word % 6];
+        rtf += "word" + QByteArray::number(word) + (word % 12 == 11 ? "\\par " : " ");
+    }
+    rtf += "}";
+    return rtf;
+}
+
+// Selecting an entry whose 100 KB text is formatted word by word, from one with a short text,
+// until the pane has painted.
+void BM_SelectEntryWith100KBFormattedText(benchmark::State &state) {
+    frmDocument w;
+    w.resize(800, 600);
+    Node *root = buildLargeTree(w);
+    NodeExpandAll(root);
+    w.show();
+    settle(w);
+    Node *small = root->Child()->Child();
+    Node *large = root->Child()->Next()->Child();
+    QByteArray stored;
+    NodeTextCompressIfRequired(hundredKBText(), stored);
+    large->setTag(stored);
+    for (auto _ : state) {
+        state.PauseTiming();
+        w.trvOutline()->setCurrentIndex(w.model()->indexFromNode(small));
+        settle(w);
+        state.ResumeTiming();
+        w.trvOutline()->setCurrentIndex(w.model()->indexFromNode(large));
+        settle(w);
+        if (w.document().trvOutline().SelectedItem() != large) {
+            state.SkipWithError("the selection did not follow");
+            break;
+        }
+    }
+}
+BENCHMARK(BM_SelectEntryWith100KBFormattedText)->Unit(benchmark::kMillisecond)->Iterations(20);
+
 // The part of the above spent in the buffer: decoding and reading the stored text.
 void BM_BufferLoad10KBText(benchmark::State &state) {
     RichTextBuffer buffer;

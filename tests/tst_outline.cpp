@@ -90,13 +90,10 @@ private Q_SLOTS:
             {"first takes next", "", "a1", "yes", "root(a(a2) b(b1(b11)) c)", "a2"},
             {"only child takes parent", "", "b11", "yes", "root(a(a1 a2) b(b1) c)", "b1"},
             {"no", "", "b", "no", same, "b"},
-            {"cancel", "", "b", "cancel", same, "b"},
             {"tagged: nested, selection inside", "b b11 a2", "b11", "yes", "root(a(a1) c)", "root"},
             {"tagged: selection survives", "a1 c", "b1", "yes", "root(a(a2) b(b1(b11)))", "b1"},
-            {"tagged: selection deep inside", "b1", "b11", "yes", "root(a(a1 a2) b c)", "b"},
             {"tagged: tagged root stays", "root a", "a1", "yes", "root(b(b1(b11)) c)", "root"},
             {"tagged: no", "b b11", "a", "no", same, "a"},
-            {"tagged: cancel", "b", "a", "cancel", same, "a"},
         });
     }
     void deletes() {
@@ -189,32 +186,25 @@ private Q_SLOTS:
         const char *same = "root(a(a1 a2) b(b1(b11)) c)";
         AddRows({
             {"insert above root", "above", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
-            {"insert child of root", "child", "root", "root(a(a1 a2) b(b1(b11)) c New Entry)"},
             {"insert above a2", "above", "a2", "root(a(a1 New Entry a2) b(b1(b11)) c)"},
             {"insert below a", "below", "a", "root(a(a1 a2) New Entry b(b1(b11)) c)"},
             {"insert child of b1", "child", "b1", "root(a(a1 a2) b(b1(b11 New Entry)) c)"},
             {"up before previous", "up", "b", "root(b(b1(b11)) a(a1 a2) c)"},
             {"up first of root's first: its last", "up", "a1", "root(a(a2 a1) b(b1(b11)) c)"},
-            {"up first: end of parent's previous", "up", "b1", "root(a(a1 a2 b1(b11)) b c)"},
             {"up climbs two levels", "up", "b11", "root(a(a1 a2 b11) b(b1) c)"},
             {"up first child of root", "up", "a", same},
             {"up root", "up", "root", same},
             {"down after next", "down", "a1", "root(a(a2 a1) b(b1(b11)) c)"},
             {"down into next parent, first", "down", "a2", "root(a(a1) b(a2 b1(b11)) c)"},
-            {"down into empty next parent", "down", "b1", "root(a(a1 a2) b c(b1(b11)))"},
             {"down last of a last parent", "down", "b11", same},
             {"down last of root", "down", "c", same},
             {"first", "first", "c", "root(c a(a1 a2) b(b1(b11)))"},
-            {"first already", "first", "a1", same},
             {"last", "last", "a", "root(b(b1(b11)) c a(a1 a2))"},
             {"indent", "indent", "b", "root(a(a1 a2 b(b1(b11))) c)"},
             {"indent first child", "indent", "a1", same},
             {"unindent keeps later siblings", "unindent", "a1", "root(a(a2) a1 b(b1(b11)) c)"},
-            {"unindent deep", "unindent", "b11", "root(a(a1 a2) b(b1 b11) c)"},
             {"unindent child of root", "unindent", "a", same},
             // Copied first (the copied entry, then the selection).
-            {"paste after selection", "paste b1", "a1", "root(a(a1 b1(b11) a2) b(b1(b11)) c)"},
-            {"paste: root selected, first", "paste c", "root", "root(c a(a1 a2) b(b1(b11)) c)"},
             {"paste root's first: last", "paste a", "root", "root(a(a1 a2) b(b1(b11)) c a(a1 a2))"},
             {"move after selection", "move b1", "a1", "root(a(a1 b1(b11) a2) b c)"},
             {"move to root's first", "move c", "root", "root(c a(a1 a2) b(b1(b11)))"},
@@ -257,31 +247,16 @@ private Q_SLOTS:
         }
         checkTreeWhole();
     }
-    void movesCarryTextsTagsAndExpansion() {
-        Node *b = entry("b");
-        b->setTag(QByteArray("stored b"));
-        b->setExpanded(false);
+    void moveDownKeepsChildrenOfParentMovedInto() {
+        // They are re-created in order, with their texts, tags and expansion.
         NodeTagOn(entry("b11"));
         entry("b11")->setTag(QByteArray("stored b11"));
-        select(QStringLiteral("b"));
-        OutlineMoveUp();
-        OutlineMoveDown();
-        OutlineMoveDown();
-        QCOMPARE(TreeShapeTagged(root()), QStringLiteral("root(a(a1 a2) c b(b1(b11*)))"));
-        QCOMPARE(entry("b")->Tag(), QByteArray("stored b"));
-        QCOMPARE(entry("b11")->Tag(), QByteArray("stored b11"));
-        QVERIFY(!entry("b")->Expanded());
-        // The children of the parent moved into are re-created in order, with their texts, tags
-        // and expansion.
-        select(QStringLiteral("c"));
-        OutlineMoveDown();
         entry("b1")->setExpanded(false);
         select(QStringLiteral("a2"));
         OutlineMoveDown();
         QCOMPARE(TreeShapeTagged(root()), QStringLiteral("root(a(a1) b(a2 b1(b11*)) c)"));
         QCOMPARE(entry("b11")->Tag(), QByteArray("stored b11"));
         QVERIFY(!entry("b1")->Expanded());
-        QCOMPARE(m_doc->nodes().SelectedItem(), entry("a2"));
         checkTreeWhole();
     }
     void nothingWithoutActiveDocument() {
@@ -359,11 +334,9 @@ private Q_SLOTS:
         AddRows({
             {"plain", "a1", "c", "pnc"},
             {"onto root", "a1", "root", "c"},
-            {"root's first onto root", "a", "root", "c"},
             {"target's next is source", "b", "a", "pc"},
             {"target's previous is source", "a", "b", "nc"},
             {"onto parent of first child", "a1", "a", ""},
-            {"onto parent of second child", "a2", "a", "pnc"},
             {"into own subtree", "b", "b11", ""},
         });
     }
@@ -400,7 +373,6 @@ private Q_SLOTS:
             {"left: onto root, first", "c", "root", "left", "root(c a(a1 a2) b(b1(b11)))"},
             {"left: root's first onto root", "a", "root", "left", "root(b(b1(b11)) c a(a1 a2))"},
             {"left: parent of first child", "a1", "a", "left", same},
-            {"left: own descendant", "b", "b11", "left", same},
             {"right: copy child", "c", "a1", "right CopyChild", "root(a(a1(c) a2) b(b1(b11)) c)"},
             {"right: move previous", "c", "a1", "right MovePrevious",
              "root(a(c a1 a2) b(b1(b11)))"},
@@ -411,7 +383,6 @@ private Q_SLOTS:
             {"itself, left: indent", "b", "", "left IndentRight", "root(a(a1 a2 b(b1(b11))) c)"},
             {"itself, left: unindent", "a2", "", "left IndentLeft", "root(a(a1) a2 b(b1(b11)) c)"},
             {"itself, left: indent not permitted", "a1", "", "left IndentRight", same},
-            {"itself, left: unindent under root", "b", "", "left IndentLeft", same},
             {"itself, left: root", "root", "", "left IndentRight", same},
             {"itself, right: indent", "a2", "", "right IndentRight",
              "root(a(a1(a2)) b(b1(b11)) c)"},
