@@ -53,10 +53,6 @@ private:
     Expected m_row;
 };
 
-// The example as a text export.
-const QByteArray kExampleText = "0 Projects\r\nPlans for the year\r\n\r\n0.1 Garden\r\n\r\n"
-                                "0.2 House\r\nPaint the hall\r\n\r\n";
-
 bool matches(const QByteArray &got, const QByteArray &expected) {
     return expected.startsWith('*') ? got.contains(expected.mid(1)) : got == expected;
 }
@@ -132,14 +128,10 @@ private Q_SLOTS:
         Run("tree", "tree in.mvd")
             .file(cafe)
             .out("0\t-\tProjects\n0.1\tT\tGarden\n0.2\t-\tCaf\xc3\xa9 \xe2\x82\xac\n");
-        Run("tree of a plain-text file", "tree t.txt")
-            .file("one\ntwo\n", "t.txt")
-            .out("0\t-\tText\n");
         Run("cat empty text", "cat in.mvd 0.1");
         Run("cat with prefix", "cat in.mvd KEY0.1");
         Run("cat missing", "cat in.mvd 0.7", 1);
         Run("cat rich text", "cat in.mvd 0.2").out("Paint the hall\n");
-        Run("native to native", "convert in.mvd out.mvd").writes("out.mvd", example);
         Run("extension case", "convert in.mvd out.MVD").writes("out.MVD", example);
 
         // Files that cannot be read or written: exit 1 at once with the system's reason, and the
@@ -149,8 +141,6 @@ private Q_SLOTS:
             .failRead("MAVROLEN_FAIL_READ");
         Run("read ends short", "convert in.mvd in.mvd", 1, "error 57 - Short read: 0 of")
             .failRead("MAVROLEN_SHORT_READ");
-        Run("check read fails", "check in.mvd", 1, "Input/output error")
-            .failRead("MAVROLEN_FAIL_READ");
         Run("folder", "check .", 1, "cannot read .: error 75 - Is a directory");
         Run("pipe", "tree fifo", 1, "error 75 - Not a regular file");
         Run("no such folder", "convert in.mvd no/such/dir/x.mvd", 1,
@@ -173,7 +163,6 @@ private Q_SLOTS:
             .writes("o.mvd", "*{\\ttf_nodekey 0}\r\n{\\ttf_nodelabel House}", "Garden");
         Run("no such subtree", "convert in.mvd o.md --subtree 0.9", 1).writes("o.md", "<missing>");
         // Several entries to a text file: the warning is answered yes.
-        Run("export-text", "export-text in.mvd r.txt").writes("r.txt", kExampleText);
         QByteArray empty = example;
         empty.replace("{\\rtf1\\ansi Plans for the year\\par }", "");
         empty.replace("{\\rtf1\\ansi Paint the hall\\par }", "");
@@ -197,7 +186,6 @@ private Q_SLOTS:
         QByteArray pinata = example;
         pinata.replace("{\\ttf_nodelabel Garden}", "{\\ttf_nodelabel Pi\xf1"
                                                    "ata}");
-        Run("find one entry", "find in.mvd plans").file(pinata).out("0\tProjects\n");
         Run("find: case ignored, outline order", "find in.mvd THE")
             .file(pinata)
             .out("0\tProjects\n0.2\tHouse\n");
@@ -249,7 +237,9 @@ private Q_SLOTS:
         QCOMPARE(run({"check", "c.mvd"}).code, 0);
         QCOMPARE(run({"cat", "c.mvd", "0.2"}).out, QByteArray("Paint the hall\n"));
         QCOMPARE(run({"export-text", "c.mvd", "c.txt"}).code, 0);
-        QCOMPARE(ReadFileBytes(m_dir.filePath("c.txt")), kExampleText);
+        QCOMPARE(ReadFileBytes(m_dir.filePath("c.txt")),
+                 QByteArray("0 Projects\r\nPlans for the year\r\n\r\n0.1 Garden\r\n\r\n"
+                            "0.2 House\r\nPaint the hall\r\n\r\n"));
     }
 
     void hostileFiles_data() {

@@ -1,24 +1,77 @@
-// The application shell's small parts: the recently used files, the status bar's panels and the
-// diagnostic window's details.
+// The application shell: the settings store, its text forms and the options, fonts and window
+// placement kept in it; the recently used files, the status bar's panels and the diagnostic
+// window's details; the routing table and the refresh of the command states.
 #include "app/StatusPanels.h"
+#include "app/modCommandState.h"
+#include "app/modCommands.h"
 #include "app/modMRU.h"
 #include "app/modMain.h"
 #include "app/modSettings.h"
 #include "document/Document.h"
 #include "document/modFile.h"
+#include "editor/modFont.h"
 #include "help/DebugDetails.h"
 #include "richtext/RichTextBuffer.h"
 #include "support/DocTestSupport.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
+#include "util/ErrorLog.h"
 #include "util/modGlobals.h"
 
+#include <QRegularExpression>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QtTest>
 
+using namespace modCommands;
+using namespace modMain;
+using namespace modSettings;
+using namespace modGlobals;
 using namespace Qt::StringLiterals;
 
 namespace {
+
+// The options in a fixed order: MaxMRUFiles, AutoLabelEdit, AutoSplit, Backup, PreserveSettings,
+// StartWithNewDocument, StartWithLatestDocuments, ViewStatusbar, ViewToolbar.
+QString options() {
+    QStringList out{QString::number(MaxMRUFiles)};
+    for (bool b : {AutoLabelEdit, AutoSplit, Backup, PreserveSettings, StartWithNewDocument,
+                   StartWithLatestDocuments, ViewStatusbar, ViewToolbar}) {
+        out << BoolText(b);
+    }
+    return out.join(u' ');
+}
+
+// "name size" and the styles set, e.g. "Arial 10 bold italic".
+QString fontText(const clsFont &f) {
+    QStringList out{f.Name(), QString::number(f.Size())};
+    const std::pair<bool, const char *> styles[] = {{f.Bold(), "bold"},
+                                                    {f.Italic(), "italic"},
+                                                    {f.Underline(), "underline"},
+                                                    {f.StrikeThrough(), "strike"}};
+    for (const auto &[on, name] : styles) {
+        if (on) {
+            out << QString::fromLatin1(name);
+        }
+    }
+    return out.join(u' ');
+}
+
+// The pressed values of the Bold, Left, Centre and Right buttons, then of the expansion buttons
+// (levels 1 to 7, then all); "." where none was set.
+QString pressed(const FakeMainWindow &frm) {
+    QStringList keys{u"Bold Text"_s, u"Left Align Text"_s, u"Centre Align Text"_s,
+                     u"Right Align Text"_s};
+    for (int n = 1; n <= 7; ++n) {
+        keys << u"Expand to level "_s + QString::number(n);
+    }
+    keys << u"Expand all levels"_s;
+    QString out;
+    for (const QString &key : keys) {
+        out += frm.ButtonValue.contains(key) ? QString::number(frm.ButtonValue[key]) : u"."_s;
+    }
+    return out.insert(4, u' ');
+}
 
 QStringList split(const QString &text) {
     return text.isEmpty() ? QStringList{} : text.split(u'|');
@@ -29,10 +82,12 @@ QStringList split(const QString &text) {
 class TestShell : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    // Each test has a store, a main window and recent files of its own, and the defaults.
     void init() {
         m_settings = new ScopedSettings;
-        modGlobals::MaxMRUFiles = 10;
         m_frm = new FakeMainWindow;
+        modFont::CreateFontRecords();
+        InitialiseDefaults();
         modMRU::SetList({});
     }
 
@@ -42,6 +97,160 @@ private Q_SLOTS:
         delete m_settings;
     }
 
+    void storeOperations() {
+        QCOMPARE(GetSetting(u"S"_s, u"k"_s, u"dflt"_s), u"dflt"_s);
+        SaveSetting(u"S"_s, u"k"_s, u"a, b = c; d"_s);
+        SaveSetting(u"S"_s, u"other"_s, u""_s);
+        QCOMPARE(GetSetting(u"S"_s, u"k"_s), u"a, b = c; d"_s);
+        // An empty value is a value, not a missing key.
+        QCOMPARE(GetSetting(u"S"_s, u"other"_s, u"dflt"_s), u""_s);
+        DeleteSetting(u"S"_s, u"k"_s);
+        QCOMPARE(GetSetting(u"S"_s, u"k"_s, u"gone"_s), u"gone"_s);
+    }
+
+    void numericKeyOrder_data() {
+        QTest::addColumn<QString>("written");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("beyond nine") << u"10 2 1 11 3"_s << u"1 2 3 10 11"_s;
+        QTest::newRow("other keys after") << u"zeta 12 alpha 9"_s << u"9 12 alpha zeta"_s;
+        QTest::newRow("longer than any integer")
+            << u"123456789012345678901234 99999999999999999999 5"_s
+            << u"5 99999999999999999999 123456789012345678901234"_s;
+    }
+    void numericKeyOrder() {
+        QFETCH(QString, written);
+        for (const QString &key : written.split(u' ')) {
+            SaveSetting(u"MRU"_s, key, u"value "_s + key);
+        }
+        QStringList keys;
+        for (const auto &[key, value] : GetAllSettings(u"MRU"_s)) {
+            QCOMPARE(value, u"value "_s + key);
+            keys << key;
+        }
+        QTEST(keys.join(u' '), "expected");
+    }
+
+    void booleanReading_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("expected"); // "1" true, "0" false, "-1" type mismatch
+        AddRows({{"False", "False", "0"},
+                 {"lower case", "true", "1"},
+                 {"zero", "0", "0"},
+                 {"minus one", "-1", "1"},
+                 {"fraction", "0.5", "1"},
+                 {"word", "yes", "-1"},
+                 {"empty", "", "-1"}});
+    }
+    void booleanReading() {
+        QFETCH(QString, text);
+        QFETCH(QString, expected);
+        ScopedLog log;
+        const int got = modMain::Guarded([&] { return BoolValue(text) ? 1 : 0; }, -1);
+        QCOMPARE(QString::number(got), expected);
+        QCOMPARE(log.content().contains(u"Error 13 - Type mismatch"_s), expected == u"-1"_s);
+    }
+
+    void numberForms() {
+        QLocale::setDefault(QLocale::c());
+        for (const auto &[size, text] :
+             {std::pair{10.0, u"10"_s}, {8.12345678, u"8.1235"_s}, {0.0, u"0"_s}}) {
+            QCOMPARE(SizeText(size), text);
+            QCOMPARE(SizeValue(text), text.toDouble());
+        }
+        // Coordinates come back exactly as single-precision numbers.
+        for (const float twips : {1000.0f, 1234.5677f, -15.0f, 0.1f}) {
+            QCOMPARE(TwipsValue(TwipsText(twips)), twips);
+        }
+        // A number too large for the stored kind is a mismatch, not a wrapped value.
+        QVERIFY_THROWS_EXCEPTION(modMain::RuntimeError, IntValue(u"1e30"_s));
+        // A user notation with a decimal comma is written and read back in that notation.
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        QCOMPARE(SizeText(10.5), u"10,5"_s);
+        QCOMPARE(SizeValue(u"10,5"_s), 10.5);
+        QCOMPARE(TwipsValue(TwipsText(1234.5f)), 1234.5f);
+        QLocale::setDefault(QLocale::c());
+    }
+
+    void emptyStoreGivesDefaults() {
+        m_frm->Dpi = 144.0; // 1000 twips = 100 pixels
+        // Values left over from an earlier session must not survive an empty store.
+        MaxMRUFiles = 4;
+        AutoSplit = false;
+        modFont::g_fntOutlineFont.setBold(true);
+        modFont::g_fntOutlineFont.setName(u"Old"_s);
+        LoadSettings();
+        QCOMPARE(options(), u"10 False True True True False True True True"_s);
+        QCOMPARE(fontText(modFont::g_fntOutlineFont), u" 10"_s);
+        QCOMPARE(m_frm->Geometry, QRect(100, 100, 650, 650));
+        QCOMPARE(m_frm->Calls, (QStringList{u"Left"_s, u"Top"_s, u"Width"_s, u"Height"_s}));
+    }
+
+    void roundTrip() {
+        MaxMRUFiles = 25;
+        AutoLabelEdit = StartWithNewDocument = true;
+        AutoSplit = Backup = StartWithLatestDocuments = ViewStatusbar = ViewToolbar = false;
+        modFont::g_fntOutlineFont.setName(u"Outline Face"_s);
+        modFont::g_fntTextFont.setName(u"DejaVu Serif"_s);
+        modFont::g_fntTextFont.setSize(11.25);
+        modFont::g_fntTextFont.setItalic(true);
+        modFont::g_fntTextFont.setUnderline(true);
+        modFont::g_fntTextFont.setStrikeThrough(true);
+        modFont::g_fntTextFont.setBold(true);
+        m_frm->Geometry = QRect(33, 44, 555, 666);
+        SaveSettings();
+        QCOMPARE(GetSetting(u"Settings"_s, u"MainLeft"_s), u"495"_s); // 33 px at 96 dpi
+
+        modFont::CreateFontRecords();
+        InitialiseDefaults();
+        m_frm->Geometry = QRect();
+        LoadSettings();
+        QCOMPARE(options(), u"25 True False False True True False False False"_s);
+        // Both fonts share one section and the text font is written last: both come back as it.
+        const QString text = u"DejaVu Serif 11.25 bold italic underline strike"_s;
+        QCOMPARE(fontText(modFont::g_fntTextFont), text);
+        QCOMPARE(fontText(modFont::g_fntOutlineFont), text);
+        QVERIFY(GetAllSettings(u"TextFont"_s).isEmpty());
+        QCOMPARE(m_frm->Geometry, QRect(33, 44, 555, 666));
+    }
+
+    void valueThatDoesNotConvertStopsReading() {
+        ScopedLog log;
+        SaveSetting(u"OutlineFont"_s, u"Name"_s, u"Read Before"_s);
+        SaveSetting(u"Settings"_s, u"MaxMRUFiles"_s, u"abc"_s);
+        SaveSetting(u"Settings"_s, u"AutoSplit"_s, u"False"_s);
+        SaveSetting(u"Settings"_s, u"ViewToolbar"_s, u"False"_s);
+        LoadSettings();
+        // The fonts come before the options and are read; nothing after the bad value is.
+        QCOMPARE(modFont::g_fntOutlineFont.Name(), u"Read Before"_s);
+        QCOMPARE(options(), u"10 False True True True False True True True"_s);
+        QVERIFY(log.content().contains(u"Error 13 - Type mismatch\r\n"_s));
+        SaveSetting(u"Settings"_s, u"MaxMRUFiles"_s, u"3"_s);
+        LoadSettings();
+        QCOMPARE(options(), u"3 False False True True False True True False"_s);
+    }
+
+    void placementKeptWithoutPreserveOrMinimised() {
+        // Without PreserveSettings the stored place is not applied, but the current one is written.
+        SaveSetting(u"Settings"_s, u"PreserveSettings"_s, u"False"_s);
+        SaveSetting(u"Settings"_s, u"MainLeft"_s, u"3000"_s);
+        m_frm->Geometry = QRect(7, 8, 300, 200);
+        LoadSettings();
+        QCOMPARE(PreserveSettings, false);
+        QCOMPARE(m_frm->Geometry, QRect(7, 8, 300, 200));
+        QVERIFY(m_frm->Calls.isEmpty());
+        SaveSettings();
+        QCOMPARE(GetSetting(u"Settings"_s, u"MainLeft"_s), u"105"_s);
+        QCOMPARE(GetSetting(u"Settings"_s, u"MainWidth"_s), u"4500"_s);
+        // A minimised window keeps the stored place; the options are written all the same.
+        DeleteSection(u"Settings"_s);
+        SaveSetting(u"Settings"_s, u"MainLeft"_s, u"1234"_s);
+        m_frm->Minimised = true;
+        SaveSettings();
+        QCOMPARE(GetSetting(u"Settings"_s, u"MainLeft"_s), u"1234"_s);
+        QCOMPARE(GetSetting(u"Settings"_s, u"MainTop"_s, u"none"_s), u"none"_s);
+        QCOMPARE(GetSetting(u"Settings"_s, u"ViewToolbar"_s), u"True"_s);
+    }
+
     void updateList_data() {
         QTest::addColumn<QString>("before"); // elements joined by "|"
         QTest::addColumn<QString>("max");
@@ -49,7 +258,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("remove");
         QTest::addColumn<QString>("menu"); // the captions shown, joined by "|"
         AddRows({
-            {"newest first", "/a|/b", "10", "/c", "", "&1 /c|&2 /a|&3 /b"},
             {"other spelling replaced", "/x|C:\\a.mvd |/y", "10", " c:\\A.mvd", "",
              "&1 c:\\A.mvd|&2 /x|&3 /y"},
             {"trimmed to the maximum", "/3|/2|/1", "3", "/4", "", "&1 /4|&2 /3|&3 /2"},
@@ -89,7 +297,6 @@ private Q_SLOTS:
         modMRU::SaveMRUFiles();
         modMRU::LoadMRUFiles();
         QCOMPARE(modMRU::List(), (QStringList{"", "", "/a", "/b", "", "/d"}));
-        QCOMPARE(modSettings::GetAllSettings(u"MRU"_s).size(), 5);
         modMRU::UpdateMRUFile(u"/e"_s, false);
         modMRU::SaveMRUFiles();
         QCOMPARE(
@@ -111,13 +318,12 @@ private Q_SLOTS:
         DocTest::newDocument()->m_sFile = open;
         DocTest::newDocument();
         modMRU::SetList({open, gone, other});
-        FakeMainWindow frm;
         // Picks an item: the message shown, the active document's file and the list after it.
         auto pick = [&](int item, const QString &asked, const QString &active,
                         const QStringList &list) {
-            frm.Asked.clear();
+            m_frm->Asked.clear();
             modFile::FileMRU(item);
-            QCOMPARE(frm.Asked.join(u'|'), asked);
+            QCOMPARE(m_frm->Asked.join(u'|'), asked);
             QCOMPARE(Documents::Active()->m_sFile, active);
             QCOMPARE(modMRU::List(), list);
         };
@@ -134,7 +340,6 @@ private Q_SLOTS:
         QTest::addColumn<bool>("num");
         QTest::addColumn<bool>("overwrite");
         QTest::addColumn<QString>("shown"); // text of each lock panel, "-" after one shown greyed
-        QTest::newRow("all off") << false << false << false << "CAPS- NUM- INS";
         QTest::newRow("caps lock") << true << false << false << "CAPS NUM- INS";
         QTest::newRow("num lock, overwrite") << false << true << true << "CAPS- NUM OVR";
     }
@@ -196,6 +401,162 @@ private Q_SLOTS:
         });
         QCOMPARE(got, details);
         QCOMPARE(log.content().contains(u"Error 424"_s), details.isEmpty());
+    }
+
+    void tableIsConsistent() {
+        QSet<QString> names;
+        QSet<int> keys;
+        for (const Command &item : MenuItems()) {
+            QVERIFY2(!names.contains(item.Name), qPrintable(item.Name));
+            names.insert(item.Name);
+            QVERIFY(item.Name.startsWith(item.Kind == ItemKind::Key ? u"key"_s : u"mnu"_s));
+            static const QRegularExpression bar(u"Bar(\\d+|MRU)$"_s);
+            QCOMPARE(item.Kind == ItemKind::Separator, bar.match(item.Name).hasMatch());
+            QVERIFY2(item.Kind == ItemKind::Command || item.Toolbar.Key.isEmpty(),
+                     qPrintable(item.Name));
+            for (const QKeyCombination k : item.WindowKeys) { // one command a key
+                QVERIFY2(!keys.contains(k.toCombined()), qPrintable(item.Name));
+                keys.insert(k.toCombined());
+            }
+        }
+        QSet<QString> buttonKeys;
+        for (const ToolbarButton &b : ToolbarButtons()) {
+            buttonKeys.insert(b.Key);
+        }
+        QCOMPARE(buttonKeys.size(), ToolbarButtons().size());
+        // Buttons share the procedure and argument of their item.
+        QCOMPARE(FindButton(u"Expand to level 6"_s)->Row->Argument, 6);
+    }
+
+    void windowKeys_data() {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<QString>("item"); // "" for none
+        const int alt = Qt::ALT, ctrl = Qt::CTRL, shift = Qt::SHIFT, pad = Qt::KeypadModifier;
+        QTest::newRow("Alt+A") << (alt | Qt::Key_A) << u"mnuOutlineInsertAbove"_s;
+        QTest::newRow("Alt+Up on the keypad") << (alt | pad | Qt::Key_Up) << u"mnuOutlineMoveUp"_s;
+        QTest::newRow("keypad Plus") << (pad | Qt::Key_Plus) << u"mnuOutlineExpand"_s;
+        QTest::newRow("main Plus") << int(Qt::Key_Plus) << u""_s;
+        QTest::newRow("Shift+F2") << (shift | Qt::Key_F2) << u""_s;
+        QTest::newRow("Ctrl+Shift+<") << (ctrl | shift | Qt::Key_Less) << u"keyFontSizeStep"_s;
+    }
+    void windowKeys() {
+        QFETCH(int, key);
+        const Command *c = FindWindowKey(QKeyCombination::fromCombined(key));
+        QTEST(c ? c->Name : QString(), "item");
+        if (c && c->Kind == ItemKind::Key) {
+            QCOMPARE(c->Argument, 0); // the size key makes the text smaller
+        }
+    }
+
+    void rules_data() {
+        QTest::addColumn<QString>("item");
+        // d: a document is open, r: it is read-only, e: an entry is selected, R: it is the root,
+        // f: the text has the focus, t: tagged entries exist.
+        QTest::addColumn<QString>("state");
+        QTest::addColumn<bool>("expected");
+        QTest::newRow("new without document") << u"mnuFileNew"_s << u""_s << true;
+        QTest::newRow("close needs a document") << u"mnuFileClose"_s << u""_s << false;
+        QTest::newRow("save read-only") << u"mnuFileSave"_s << u"dre"_s << false;
+        QTest::newRow("insert child of root") << u"mnuOutlineInsertChild"_s << u"deR"_s << true;
+        QTest::newRow("insert above root") << u"mnuOutlineInsertAbove"_s << u"deR"_s << false;
+        QTest::newRow("move up no entry") << u"mnuOutlineMoveUp"_s << u"d"_s << false;
+        QTest::newRow("move up entry") << u"mnuOutlineMoveUp"_s << u"de"_s << true;
+        QTest::newRow("bold without text focus") << u"mnuEditFormatBold"_s << u"de"_s << false;
+        QTest::newRow("bold with text focus") << u"mnuEditFormatBold"_s << u"def"_s << true;
+        QTest::newRow("bold read-only") << u"mnuEditFormatBold"_s << u"dref"_s << false;
+        QTest::newRow("copy text read-only") << u"mnuEditCopy"_s << u"dref"_s << true;
+        QTest::newRow("delete tagged none")
+            << u"mnuOutlineDeleteTaggedEntries"_s << u"de"_s << false;
+        QTest::newRow("delete tagged some")
+            << u"mnuOutlineDeleteTaggedEntries"_s << u"det"_s << true;
+    }
+    void rules() {
+        QFETCH(QString, item);
+        QFETCH(QString, state);
+        CommandInputs in;
+        in.OpenDocuments = state.contains(u'd') ? 1 : 0;
+        in.ActiveDocument = state.contains(u'd');
+        in.ReadOnly = state.contains(u'r');
+        in.EntrySelected = state.contains(u'e');
+        in.SelectionIsRoot = state.contains(u'R');
+        in.TextHasFocus = state.contains(u'f');
+        in.TaggedExist = state.contains(u't');
+        const Command *mi = FindItem(item);
+        QVERIFY(mi);
+        QTEST(RuleHolds(mi->Needs, in, false), "expected");
+    }
+
+    void itemsWithoutProcedureStayDisabled() {
+        CommandInputs all;
+        all.OpenDocuments = 2;
+        all.ActiveDocument = all.EntrySelected = all.TextHasFocus = all.OutlineHasFocus =
+            all.TaggedExist = all.AnyDocumentChanged = true;
+        for (const Command &item : MenuItems()) {
+            if (item.Kind == ItemKind::Command) {
+                QCOMPARE(ItemEnabled(item.Name, all), item.Proc != nullptr);
+            }
+        }
+    }
+
+    void tagCaptionAndLevelFollowSelection() {
+        CommandInputs in;
+        in.OpenDocuments = 1;
+        in.ActiveDocument = in.EntrySelected = in.SelectionTagged = true;
+        MenuEnableDynamic(in);
+        QCOMPARE(m_frm->ItemCaption.value(u"mnuOutlineTaggedEntry"_s), u"Unta&g entry    Alt+T"_s);
+        QCOMPARE(m_frm->ButtonToolTip.value(u"Tag Entry"_s), u"Untag entry"_s);
+        in.SelectionTagged = false;
+        MenuEnableDynamic(in);
+        QCOMPARE(m_frm->ItemCaption.value(u"mnuOutlineTaggedEntry"_s), u"Ta&g entry      Alt+T"_s);
+        QCOMPARE(m_frm->ButtonToolTip.value(u"Tag Entry"_s), u"Tag entry"_s);
+        // A tag left over without a selection does not show as tagged.
+        in.SelectionTagged = true;
+        in.EntrySelected = false;
+        m_frm->ButtonToolTip.clear();
+        MenuEnableDynamic(in);
+        QCOMPARE(m_frm->ButtonToolTip.value(u"Tag Entry"_s), u"Tag entry"_s);
+        // The level last expanded to shows on its command and button.
+        in.ExpansionLevel = 3;
+        MenuEnableDynamic(in);
+        QVERIFY(m_frm->ItemChecked.value(u"mnuOutlineExpandLevel3"_s));
+        QCOMPARE(pressed(*m_frm), u".... 00100000"_s);
+    }
+
+    void buttonValues_data() {
+        // d: a document is active; b bold, p plain (else mixed); L, C, R the alignment (else
+        // mixed); x the root is expanded. Every expansion button is pressed before the refresh.
+        QTest::addColumn<QString>("state");
+        QTest::addColumn<QString>("expected"); // as pressed() gives it
+        AddRows({
+            {"bold centred", "dbC", "1010 10000000"},
+            {"mixed everything", "d", "0000 10000000"},
+            {"right", "dpR", "0001 10000000"},
+            {"expanded root keeps the levels", "dpLx", "0100 11111111"},
+            {"no document changes nothing", "bx", ".... 11111111"},
+        });
+    }
+    void buttonValues() {
+        QFETCH(QString, state);
+        CommandInputs in;
+        in.OpenDocuments = in.ActiveDocument = state.contains(u'd');
+        if (state.contains(u'b') || state.contains(u'p')) {
+            in.SelBold = state.contains(u'b');
+        }
+        for (const auto &[letter, alignment] : {std::pair{u'L', Alignment::Left},
+                                                {u'C', Alignment::Centre},
+                                                {u'R', Alignment::Right}}) {
+            if (state.contains(letter)) {
+                in.SelAlignment = alignment;
+            }
+        }
+        in.RootExists = in.RootExpanded = state.contains(u'x');
+        for (int n = 1; n <= 7; ++n) {
+            m_frm->ButtonValue[u"Expand to level "_s + QString::number(n)] = 1;
+        }
+        m_frm->ButtonValue[u"Expand all levels"_s] = 1;
+        UpdateToolbarStatus(in);
+        QTEST(pressed(*m_frm), "expected");
+        QCOMPARE(m_frm->Refreshes, int(in.ActiveDocument));
     }
 
 private:
