@@ -861,8 +861,8 @@ bool RtfReader::read(QByteArrayView rtf, QTextDocument *doc) {
 QString RtfReader::plainText(QByteArrayView bytes) {
     QString out;
     if (looksLikeRtf(bytes)) {
-        out.reserve(
-            bytes.size()); // the characters are never more than the bytes they are read from
+        // The characters are never more than the bytes they are read from.
+        out.reserve(bytes.size());
         Reader reader(bytes, &out);
         reader.run();
         return out;

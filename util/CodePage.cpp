@@ -37,7 +37,8 @@ int toByte(char16_t ch) {
 }
 
 QString toUnicode(QByteArrayView bytes) {
-    QString out;
+    QString out(bytes.size(), Qt::Uninitialized);
+    out.resize(0);
     appendUnicode(out, bytes);
     return out;
 }
