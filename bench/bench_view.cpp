@@ -116,28 +116,43 @@ BENCHMARK(BM_ExpandCollapseAll)
     ->Unit(benchmark::kMillisecond)
     ->Iterations(5);
 
-void BM_SelectEntryWith10KBText(benchmark::State &state) {
-    frmDocument w;
+// The large tree, wholly expanded, in a window that has painted it; returns the root.
+Node *shownLargeTree(frmDocument &w) {
     w.resize(800, 600);
     Node *root = buildLargeTree(w);
     NodeExpandAll(root);
     w.show();
     settle(w);
+    return root;
+}
+
+QByteArray storedText(const QByteArray &rtf) {
+    QByteArray stored;
+    NodeTextCompressIfRequired(rtf, stored);
+    return stored;
+}
+
+// Selects the entry as a click in the outline does and lets the window paint; false when the
+// selection did not follow.
+bool selectAndPaint(frmDocument &w, Node *node) {
+    w.trvOutline()->setCurrentIndex(w.model()->indexFromNode(node));
+    settle(w);
+    return w.document().trvOutline().SelectedItem() == node;
+}
+
+void BM_SelectEntryWith10KBText(benchmark::State &state) {
+    frmDocument w;
+    Node *root = shownLargeTree(w);
     // Two entries with about 10 KB of text each.
     Node *first = root->Child()->Child();
     Node *second = root->Child()->Next()->Child();
-    const QByteArray rtf = tenKBText();
-    QByteArray stored;
-    NodeTextCompressIfRequired(rtf, stored);
-    first->setTag(stored);
-    second->setTag(stored);
+    first->setTag(storedText(tenKBText()));
+    second->setTag(first->Tag());
     bool toFirst = false;
     for (auto _ : state) {
         Node *target = toFirst ? first : second;
-        w.trvOutline()->setCurrentIndex(w.model()->indexFromNode(target));
-        settle(w);
         toFirst = !toFirst;
-        if (w.document().trvOutline().SelectedItem() != target) {
+        if (!selectAndPaint(w, target)) {
             state.SkipWithError("the selection did not follow");
             break;
         }
@@ -163,24 +178,15 @@ QByteArray hundredKBText() {
 // until the pane has painted.
 void BM_SelectEntryWith100KBFormattedText(benchmark::State &state) {
     frmDocument w;
-    w.resize(800, 600);
-    Node *root = buildLargeTree(w);
-    NodeExpandAll(root);
-    w.show();
-    settle(w);
+    Node *root = shownLargeTree(w);
     Node *small = root->Child()->Child();
     Node *large = root->Child()->Next()->Child();
-    QByteArray stored;
-    NodeTextCompressIfRequired(hundredKBText(), stored);
-    large->setTag(stored);
+    large->setTag(storedText(hundredKBText()));
     for (auto _ : state) {
         state.PauseTiming();
-        w.trvOutline()->setCurrentIndex(w.model()->indexFromNode(small));
-        settle(w);
+        selectAndPaint(w, small);
         state.ResumeTiming();
-        w.trvOutline()->setCurrentIndex(w.model()->indexFromNode(large));
-        settle(w);
-        if (w.document().trvOutline().SelectedItem() != large) {
+        if (!selectAndPaint(w, large)) {
             state.SkipWithError("the selection did not follow");
             break;
         }
