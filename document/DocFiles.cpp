@@ -2,6 +2,7 @@
 // backup, and the settings loading and saving follow.
 #include "document/DocFiles.h"
 
+#include "util/ByteChain.h"
 #include "util/ErrorLog.h"
 #include "util/modGlobals.h"
 #include "util/modString.h"
@@ -14,6 +15,7 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace modDoc {
@@ -89,17 +91,46 @@ mode_t processUmask() {
     return mask;
 }
 
-void writeAll(int fd, const char *data, qsizetype size) {
-    while (size > 0) {
-        const ssize_t n = ::write(fd, data, size_t(qMin<qsizetype>(size, qsizetype(1) << 24)));
+// Writes the pieces in order, many to a call.
+void writeAll(int fd, const std::vector<QByteArrayView> &pieces) {
+    constexpr size_t kBatch = 512;
+    constexpr size_t kMaxCall = size_t(1) << 24;
+    iovec batch[kBatch];
+    size_t next = 0;    // the first piece not wholly written
+    size_t written = 0; // bytes of that piece already written
+    while (next < pieces.size()) {
+        size_t count = 0;
+        size_t bytes = 0;
+        for (size_t i = next; i < pieces.size() && count < kBatch && bytes < kMaxCall; ++i) {
+            const size_t skip = i == next ? written : 0;
+            const size_t length = qMin(size_t(pieces[i].size()) - skip, kMaxCall - bytes);
+            batch[count++] = {const_cast<char *>(pieces[i].data()) + skip, length};
+            bytes += length;
+        }
+        ssize_t n = ::writev(fd, batch, int(count));
         if (n < 0) {
             if (errno == EINTR) {
                 continue;
             }
             raiseErrno(errno);
         }
-        data += n;
-        size -= n;
+        if (n == 0 && bytes > 0) {
+            raiseErrno(EIO);
+        }
+        while (n > 0) {
+            const auto left = ssize_t(size_t(pieces[next].size()) - written);
+            if (n < left) {
+                written += size_t(n);
+                break;
+            }
+            n -= left;
+            ++next;
+            written = 0;
+        }
+        // Skip empty pieces so the loop ends.
+        while (next < pieces.size() && pieces[next].isEmpty()) {
+            ++next;
+        }
     }
 }
 
@@ -219,6 +250,12 @@ QByteArray ReadWholeFile(const QString &path) {
 }
 
 void WriteWholeFile(const QString &path, const QByteArray &bytes, bool backup) {
+    WriteWholeFile(
+        path, [&](ByteChain &out) { out.appendKept(bytes); }, backup);
+}
+
+void WriteWholeFile(const QString &path, const std::function<void(ByteChain &)> &fill,
+                    bool backup) {
     PROC("modDoc WriteWholeFile");
     if (path.trimmed().isEmpty()) {
         raiseErrno(ENOENT);
@@ -236,7 +273,15 @@ void WriteWholeFile(const QString &path, const QByteArray &bytes, bool backup) {
     TempName temp;
     Fd file;
     file.fd = createBeside(name, "", temp);
-    writeAll(file.fd, bytes.constData(), bytes.size());
+    {
+        ByteChain out([&](const std::vector<QByteArrayView> &pieces) {
+            PROC("modDoc WriteWholeFile");
+            writeAll(file.fd, pieces);
+        });
+        fill(out);
+        out.flush();
+    }
+    PROC("modDoc WriteWholeFile");
     // The old file's permissions and, for the superuser, its owner carry over.
     if (hadOld) {
         if (::geteuid() == 0) {

@@ -4,6 +4,10 @@
 #include <QByteArrayView>
 #include <QString>
 
+#include <functional>
+
+class ByteChain;
+
 // What the document formats need of files and of the settings, below the document lifecycle
 // (modDoc) so that the formats do not depend on it.
 namespace modDoc {
@@ -31,6 +35,9 @@ void PrepareLargeBuffer(QByteArray &bytes);
 // untouched, nothing is left over, and an error is raised whose description is the system's
 // reason (61 disk full, 70 permission denied, 76 path not found, 57 device error, 75 others).
 void WriteWholeFile(const QString &path, const QByteArray &bytes, bool backup = false);
+// The same with the bytes made while they are written: `fill` appends them to the chain.
+void WriteWholeFile(const QString &path, const std::function<void(ByteChain &)> &fill,
+                    bool backup = false);
 // The reason of the last failed load or save ("No space left on device"), for the window's
 // message.
 QString LastFailureReason();

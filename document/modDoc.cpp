@@ -7,6 +7,7 @@
 #include "document/modDocV1.h"
 #include "document/modRecovery.h"
 #include "outline/modNodes.h"
+#include "util/ByteChain.h"
 #include "util/ErrorLog.h"
 #include "util/MainWindowHost.h"
 #include "util/modGlobals.h"
@@ -280,12 +281,22 @@ bool DocSaveDocument(Document &doc, const QString &path, bool backupAndAsk) {
                     modMain::vbYes) {
                 return 0;
             }
-            const QByteArray bytes = doc.m_iFileFormatVersion == -1
-                                         ? modDocText::DocSaveVersion(doc)
-                                         : modDocV1::DocSaveVersion(doc);
+            QByteArray text;
+            if (doc.m_iFileFormatVersion == -1) {
+                text = modDocText::DocSaveVersion(doc);
+            }
             PROC("modDoc DocSave");
             failed = true;
-            WriteWholeFile(path, bytes, backupAndAsk && BackupOn());
+            WriteWholeFile(
+                path,
+                [&](ByteChain &out) {
+                    if (doc.m_iFileFormatVersion == -1) {
+                        out.appendKept(text);
+                    } else {
+                        modDocV1::DocSaveVersion(doc, out);
+                    }
+                },
+                backupAndAsk && BackupOn());
             failed = false;
             doc.m_sCaption = doc.m_sFile;
             stateChanged(doc);

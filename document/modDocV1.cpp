@@ -4,6 +4,7 @@
 #include "document/DocFiles.h"
 #include "document/Document.h"
 #include "outline/modNodes.h"
+#include "util/ByteChain.h"
 #include "util/CodePage.h"
 #include "util/ErrorLog.h"
 
@@ -61,7 +62,7 @@ void loadFont(const QByteArray &text, const char *prefix, clsFont &font) {
 
 } // namespace
 
-void DocSaveNodeAll(Node *node, QByteArray &out) {
+void DocSaveNodeAll(Node *node, ByteChain &out) {
     PROC("modDocV1 DocSaveNodeAll");
     if (!node) {
         return;
@@ -73,10 +74,11 @@ void DocSaveNodeAll(Node *node, QByteArray &out) {
     }
     std::vector<std::pair<Node *, bool>> stack;
     stack.emplace_back(node, rootShowing);
+    QByteArray key;
     while (!stack.empty()) {
         auto [n, showing] = stack.back();
         stack.pop_back();
-        QByteArray key = n->Key().toLatin1();
+        key = n->Key().toLatin1();
         if (key.startsWith("KEY")) {
             key.remove(0, 3);
         }
@@ -84,7 +86,8 @@ void DocSaveNodeAll(Node *node, QByteArray &out) {
         DocSaveNodeTag(out, "nodelabel", CodePage::fromUnicode(n->Text()));
         DocSaveNodeTag(out, "nodetagged", boolText(modNodes::NodeTagged(n)));
         DocSaveNodeTag(out, "nodevisible", boolText(showing));
-        DocSaveNodeTag(out, "nodetext", n->TagView());
+        // The stored text is written from where it is held (the node or the file as read).
+        out.append(TagOpener).append("nodetext ").appendKept(n->TagView()).append("}\r\n");
         const auto &children = n->childList();
         const bool childShowing = showing && n->Expanded();
         for (auto it = children.rbegin(); it != children.rend(); ++it) {
@@ -93,7 +96,7 @@ void DocSaveNodeAll(Node *node, QByteArray &out) {
     }
 }
 
-QByteArray DocSaveVersion(Document &doc) {
+void DocSaveVersion(Document &doc, ByteChain &out) {
     PROC("modDocV1 DocSaveVersion");
     Node *root = nullptr;
     modNodes::NodeGetRoot(&doc, root);
@@ -101,21 +104,21 @@ QByteArray DocSaveVersion(Document &doc) {
         root = doc.trvOutline().Item(1)->Root();
     }
     if (!root) {
-        return {};
+        return;
     }
     modNodes::NodeSetKeys(root, QStringLiteral("KEY0"));
     PROC("modDocV1 DocSaveVersion");
-    qsizetype estimate = 1024;
-    for (Node *n : doc.trvOutline()) {
-        estimate += n->TagView().size() + n->Text().size() + n->Key().size() + 128;
-    }
-    QByteArray out;
-    out.reserve(estimate);
-    modDoc::PrepareLargeBuffer(out);
     Node *selected = doc.trvOutline().SelectedItem();
-    DocSaveHeader(out, doc, selected ? selected->Key().toLatin1() : QByteArray());
+    QByteArray header;
+    DocSaveHeader(header, doc, selected ? selected->Key().toLatin1() : QByteArray());
+    out.append(header);
     DocSaveNodeAll(root, out);
-    return out;
+}
+
+QByteArray DocSaveVersion(Document &doc) {
+    ByteChain out;
+    DocSaveVersion(doc, out);
+    return out.joined();
 }
 
 void DocSaveHeader(QByteArray &out, const Document &doc, const QByteArray &selectedKey) {

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 
+class ByteChain;
 class Document;
 class Node;
 
@@ -51,15 +52,18 @@ void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &
 
 // Appends one tag line: opener, name, one blank, value, "}", CR LF.
 void DocSaveNodeTag(QByteArray &out, QByteArrayView name, QByteArrayView value);
+void DocSaveNodeTag(ByteChain &out, QByteArrayView name, QByteArrayView value);
 
 // The whole native file of a document: keys renumbered from the root first. Empty when the
-// document has no root.
+// document has no root. The chain refers to the entries' stored texts: it is written before the
+// document changes.
+void DocSaveVersion(Document &doc, ByteChain &out);
 QByteArray DocSaveVersion(Document &doc);
 // The header lines: the format version, the selected entry's key and the two fonts.
 void DocSaveHeader(QByteArray &out, const Document &doc, const QByteArray &selectedKey);
 
 // Writes one entry and, recursively, its children.
-void DocSaveNodeAll(Node *node, QByteArray &out);
+void DocSaveNodeAll(Node *node, ByteChain &out);
 
 // Builds the document's entries from the file's bytes and sets both fonts; returns the selected
 // key ("selecteditemkey", with its "KEY" prefix). The two lists, indexed by the tree's entry

@@ -3,6 +3,7 @@
 #include "document/DocFiles.h"
 #include "document/modDocV1.h"
 
+#include "util/ByteChain.h"
 #include "util/ErrorLog.h"
 
 #include <QHash>
@@ -180,6 +181,10 @@ void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &
 }
 
 void DocSaveNodeTag(QByteArray &out, QByteArrayView name, QByteArrayView value) {
+    out.append(TagOpener).append(name).append(' ').append(value).append("}\r\n");
+}
+
+void DocSaveNodeTag(ByteChain &out, QByteArrayView name, QByteArrayView value) {
     out.append(TagOpener).append(name).append(' ').append(value).append("}\r\n");
 }
 

@@ -101,6 +101,10 @@ private Q_SLOTS:
                  qPrintable(modDocV1::CheckFile(first).Problems.join('\n')));
         Document *again = loadBytes(first, "x.mvd");
         QCOMPARE(modDocV1::DocSaveVersion(*again), first); // fonts and entries included
+        // Saved to a file, written as it is made, the same bytes.
+        QTemporaryDir dir;
+        QVERIFY(modDoc::DocSaveDocument(*again, dir.filePath("x.mvd"), false));
+        QCOMPARE(ReadFileBytes(dir.filePath("x.mvd")), first);
     }
     void relativeKeys_data() {
         // Entries given by key in file order, and the outline they give (labels are the keys).
