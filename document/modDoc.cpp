@@ -9,6 +9,7 @@
 #include "outline/modNodes.h"
 #include "util/ByteChain.h"
 #include "util/ErrorLog.h"
+#include "util/HeapReserve.h"
 #include "util/MainWindowHost.h"
 #include "util/modGlobals.h"
 #include "util/modString.h"
@@ -237,6 +238,8 @@ void DocLoadBytes(Document &doc, const QByteArray &bytes) {
         version = tagged;
     }
     doc.m_iFileFormatVersion = version;
+    // The tree's entries take about half as much memory as the file's bytes.
+    HeapReserve::Reserve(bytes.size() / 2);
     QList<bool> taggedByIndex(1, false);
     QList<bool> showingByIndex(1, false);
     QString selectedKey;
