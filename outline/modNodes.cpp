@@ -52,6 +52,19 @@ QString numberedKey(const QString &prefix, size_t number) {
     return key;
 }
 
+// Whether the key already is the prefix followed by the number (no key needs to be made).
+bool isNumberedKey(const QString &key, const QString &prefix, size_t number) {
+    qsizetype end = key.size();
+    do {
+        if (end <= prefix.size() || key.at(end - 1) != QChar(char16_t(u'0' + number % 10))) {
+            return false;
+        }
+        --end;
+        number /= 10;
+    } while (number > 0);
+    return end == prefix.size() && QStringView(key).left(end) == prefix;
+}
+
 // A lenient numeric parse: blanks, tabs and line feeds are skipped anywhere; then an optional
 // sign, digits, a decimal point and an exponent (E or D); "&H" and "&O" give hexadecimal and
 // octal. It stops at the first character that does not fit; nothing parsable gives 0.
@@ -480,7 +493,9 @@ void NodeSetKeys(Node *node, const QString &key) {
             } else {
                 const QString prefix = childKeyPrefix(k);
                 for (size_t i = 0; i < children.size(); ++i) {
-                    children[i]->setKey(numberedKey(prefix, i + 1));
+                    if (!isNumberedKey(children[i]->Key(), prefix, i + 1)) {
+                        children[i]->setKey(numberedKey(prefix, i + 1));
+                    }
                 }
             }
             stack.insert(stack.end(), children.begin(), children.end());
