@@ -91,8 +91,8 @@ mode_t processUmask() {
     return mask;
 }
 
-// Writes the pieces in order, many to a call.
-void writeAll(int fd, const std::vector<QByteArrayView> &pieces) {
+// Writes the pieces in order, many to a call; returns how many bytes that was.
+qsizetype writeAll(int fd, const std::vector<QByteArrayView> &pieces) {
     constexpr size_t kBatch = 512;
     constexpr size_t kMaxCall = size_t(1) << 24;
     iovec batch[kBatch];
@@ -132,6 +132,11 @@ void writeAll(int fd, const std::vector<QByteArrayView> &pieces) {
             ++next;
         }
     }
+    qsizetype total = 0;
+    for (const QByteArrayView piece : pieces) {
+        total += piece.size();
+    }
+    return total;
 }
 
 // A new unique file beside `path`, open for writing.
@@ -274,9 +279,18 @@ void WriteWholeFile(const QString &path, const std::function<void(ByteChain &)> 
     Fd file;
     file.fd = createBeside(name, "", temp);
     {
+        // The disk starts on what is written while the rest is being made, so that the flush
+        // at the end has less left to wait for.
+        constexpr off_t kStartEvery = off_t(8) << 20;
+        off_t written = 0;
+        off_t started = 0;
         ByteChain out([&](const std::vector<QByteArrayView> &pieces) {
             PROC("modDoc WriteWholeFile");
-            writeAll(file.fd, pieces);
+            written += off_t(writeAll(file.fd, pieces));
+            if (written - started >= kStartEvery) {
+                (void)::sync_file_range(file.fd, started, written - started, SYNC_FILE_RANGE_WRITE);
+                started = written;
+            }
         });
         fill(out);
         out.flush();
