@@ -239,7 +239,7 @@ void DocLoadBytes(Document &doc, const QByteArray &bytes) {
     }
     doc.m_iFileFormatVersion = version;
     // The tree's entries take about half as much memory as the file's bytes.
-    HeapReserve::Reserve(bytes.size() / 2);
+    const HeapReserve reserve(bytes.size() / 2);
     QList<bool> taggedByIndex(1, false);
     QList<bool> showingByIndex(1, false);
     QString selectedKey;

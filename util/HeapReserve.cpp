@@ -7,27 +7,33 @@
 #include <mutex>
 #include <vector>
 
-namespace HeapReserve {
+namespace {
 
-void Reserve(qsizetype bytes) {
-    // Pieces below the largest size the allocator serves from its heap rather than by mapping.
-    constexpr qsizetype kPiece = qsizetype(16) << 20;
-    constexpr qsizetype kMost = qsizetype(1) << 30;
+// Pieces below the largest size the allocator serves from its heap rather than by mapping.
+constexpr qsizetype kPiece = qsizetype(16) << 20;
+constexpr qsizetype kMost = qsizetype(1) << 30;
+// The allocator's own default for giving back the top of the heap.
+constexpr int kTrimDefault = 128 * 1024;
+
+std::mutex g_busy;
+int g_iHeld = 0;
+
+} // namespace
+
+HeapReserve::HeapReserve(qsizetype bytes) {
     if (bytes < kPiece) {
         return;
     }
     bytes = qMin(bytes, kMost);
-    static std::mutex busy;
-    const std::lock_guard<std::mutex> lock(busy);
+    const std::lock_guard<std::mutex> lock(g_busy);
     // Served from the heap, and kept by it once freed, so that the small allocations that follow
     // are carved out of the reserved room.
-    static const bool tuned = [] {
-        return mallopt(M_MMAP_THRESHOLD, int(2 * kPiece)) == 1 &&
-               mallopt(M_TRIM_THRESHOLD, int(kMost)) == 1;
-    }();
-    if (!tuned) {
+    if (mallopt(M_MMAP_THRESHOLD, int(2 * kPiece)) != 1 ||
+        mallopt(M_TRIM_THRESHOLD, int(kMost)) != 1) {
         return;
     }
+    m_bHeld = true;
+    ++g_iHeld;
     const auto page = quintptr(sysconf(_SC_PAGESIZE));
     std::vector<void *> pieces;
     for (qsizetype done = 0; done < bytes; done += kPiece) {
@@ -47,4 +53,12 @@ void Reserve(qsizetype bytes) {
     }
 }
 
-} // namespace HeapReserve
+HeapReserve::~HeapReserve() {
+    if (!m_bHeld) {
+        return;
+    }
+    const std::lock_guard<std::mutex> lock(g_busy);
+    if (--g_iHeld == 0) {
+        mallopt(M_TRIM_THRESHOLD, kTrimDefault);
+    }
+}
