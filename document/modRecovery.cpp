@@ -6,6 +6,7 @@
 #include "document/modDocV1.h"
 #include "outline/Node.h"
 #include "outline/modNodes.h"
+#include "util/ByteChain.h"
 #include "util/CodePage.h"
 #include "util/ErrorLog.h"
 
@@ -20,6 +21,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -129,32 +131,30 @@ Snapshot takeSnapshot(const Document &doc) {
     return shot;
 }
 
-// The native format's bytes of a snapshot.
-QByteArray formatSnapshot(const Snapshot &shot) {
-    qsizetype estimate = shot.header.size() + 1024;
-    for (const Snapshot::Entry &e : shot.entries) {
-        estimate += e.text.view().size() + e.label.size() + 96;
-    }
-    QByteArray out;
-    out.reserve(estimate);
-    out += shot.header;
+// The native format's bytes of a snapshot, handed to the chain as they are made.
+void formatSnapshot(const Snapshot &shot, ByteChain &out) {
+    out.append(shot.header);
     std::vector<QByteArray> keys; // the key of the last entry at each depth
     for (const Snapshot::Entry &e : shot.entries) {
         keys.resize(size_t(e.depth) + 1);
-        keys[size_t(e.depth)] =
-            e.depth == 0 ? QByteArray("0")
-                         : keys[size_t(e.depth) - 1] + '.' + QByteArray::number(e.position);
-        modDocV1::DocSaveNodeTag(out, "nodekey", keys[size_t(e.depth)]);
+        QByteArray &key = keys[size_t(e.depth)];
+        if (e.depth == 0) {
+            key = "0";
+        } else {
+            key.resize(0);
+            key.append(keys[size_t(e.depth) - 1])
+                .append('.')
+                .append(QByteArray::number(e.position));
+        }
+        modDocV1::DocSaveNodeTag(out, "nodekey", key);
         modDocV1::DocSaveNodeTag(out, "nodelabel", CodePage::fromUnicode(e.label));
         modDocV1::DocSaveNodeTag(out, "nodetagged", e.tagged ? "True" : "False");
         modDocV1::DocSaveNodeTag(out, "nodevisible", e.showing ? "True" : "False");
-        modDocV1::DocSaveNodeTag(out, "nodetext", e.text.view());
+        out.append(modDocV1::TagOpener)
+            .append("nodetext ")
+            .appendKept(e.text.view())
+            .append("}\r\n");
     }
-    return out;
-}
-
-QByteArray snapshot(const Document &doc) {
-    return formatSnapshot(takeSnapshot(doc));
 }
 
 QByteArray infoText(const Document &doc) {
@@ -163,23 +163,35 @@ QByteArray infoText(const Document &doc) {
 }
 
 // Writes one file atomically (temporary file, flushed, renamed); "" or the reason it failed.
-QString writeFile(const QString &path, const QByteArray &bytes) {
+QString writeFile(const QString &path, const std::function<void(ByteChain &)> &fill) {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    bool ok = file.open(QIODevice::WriteOnly);
+    if (ok) {
+        ByteChain out([&](const std::vector<QByteArrayView> &pieces) {
+            for (const QByteArrayView piece : pieces) {
+                ok = ok && file.write(piece.data(), piece.size()) == piece.size();
+            }
+        });
+        fill(out);
+        out.flush();
+    }
+    if (!ok || !file.commit()) {
         return path + QStringLiteral(": ") + file.errorString();
     }
     return {};
 }
 
-// Writes the copy, then its side file; runs on any thread.
-QString writeCopy(CopyState &s, const QByteArray &bytes, const QByteArray &info) {
+// Writes the copy of the snapshot, then its side file; runs on any thread.
+QString writeCopy(CopyState &s, const Snapshot &shot, const QByteArray &info) {
     const std::lock_guard<std::mutex> lock(s.writing);
     if (!QDir().mkpath(QFileInfo(s.base).path())) {
         return s.base + QStringLiteral(": the folder cannot be made");
     }
-    QString error = writeFile(s.base + QStringLiteral(".mvd"), bytes);
+    QString error = writeFile(s.base + QStringLiteral(".mvd"),
+                              [&](ByteChain &out) { formatSnapshot(shot, out); });
     if (error.isEmpty()) {
-        error = writeFile(s.base + QStringLiteral(".info"), info);
+        error =
+            writeFile(s.base + QStringLiteral(".info"), [&](ByteChain &out) { out.append(info); });
     }
     return error;
 }
@@ -236,7 +248,7 @@ bool WriteNow(Document &doc) {
     PROC("modRecovery WriteNow");
     const auto s = stateOf(&doc);
     const quint64 revision = doc.trvOutline().Revision();
-    const QString error = writeCopy(*s, snapshot(doc), infoText(doc));
+    const QString error = writeCopy(*s, takeSnapshot(doc), infoText(doc));
     if (!error.isEmpty()) {
         reportFailure(error);
         return false;
@@ -302,7 +314,7 @@ void CheckPoint(bool idle) {
         s->exists = true;
         s->dirtySince = -1;
         QThreadPool::globalInstance()->start([s, shot, info = std::move(info)] {
-            const QString error = writeCopy(*s, formatSnapshot(*shot), info);
+            const QString error = writeCopy(*s, *shot, info);
             if (!error.isEmpty()) {
                 const std::lock_guard<std::mutex> lock(g_errorsLock);
                 s->error = error;
