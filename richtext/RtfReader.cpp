@@ -839,9 +839,14 @@ bool RtfReader::read(QByteArrayView rtf, QTextDocument *doc) {
         return false;
     }
     {
-        // One edit block: the layout follows the whole text once, not every insertion. The old
-        // text goes inside the block too, so that a view does not lay out (and resize its
-        // scroll bars for) an empty document in between.
+        // One edit block: the layout follows the whole text once, not every insertion. A short
+        // old text goes inside the block too, so that a view does not lay out (and resize its
+        // scroll bars for) an empty document in between. Before a long text the old one goes
+        // first, on its own: a layout that then sees a whole new text arrive lays out only what
+        // is shown, and the rest a piece at a time while the program is idle.
+        if (rtf.size() >= LongText) {
+            doc->clear();
+        }
         QTextCursor batch(doc);
         batch.beginEditBlock();
         batch.select(QTextCursor::Document);

@@ -14,8 +14,10 @@ public:
     static bool looksLikeRtf(QByteArrayView bytes);
 
     // Replaces the document's content with the RTF. Returns false (and leaves the document empty)
-    // only when the input is not RTF at all.
+    // only when the input is not RTF at all. A text of LongText bytes or more is put into an
+    // emptied document, which a layout lays out lazily (what is shown first).
     static bool read(QByteArrayView rtf, QTextDocument *doc);
+    static constexpr qsizetype LongText = 32 * 1024;
 
     // RTF when it looks like RTF; otherwise plain text in the file code page, line breaks (CR LF,
     // LF or CR) kept as paragraphs.

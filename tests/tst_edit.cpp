@@ -11,6 +11,7 @@
 #include "editor/modFont.h"
 #include "outline/modNodes.h"
 #include "richtext/RichTextBuffer.h"
+#include "richtext/RtfReader.h"
 #include "richtext/clsFont.h"
 #include "search/modSearch.h"
 #include "support/DocTestSupport.h"
@@ -443,6 +444,30 @@ private Q_SLOTS:
             pane.Select(0, 1);
             QCOMPARE(pane.SelFontSize(), expected ? expected : 10.5);
         }
+    }
+    // A long text goes into an emptied document (so that it can be laid out lazily): it reads as
+    // into a fresh pane, keeping nothing of the old text and its paragraph, nor any history.
+    void longTextReplacesOld() {
+        QByteArray rtf = "{\\rtf1\\ansi ";
+        while (rtf.size() < RtfReader::LongText) {
+            rtf += "plain words \\i slanted\\i0\\par ";
+        }
+        rtf += "}";
+        RichTextBuffer fresh;
+        fresh.SetFont(QFont(u"Mono"_s, 14));
+        fresh.SetTextRTF(rtf);
+        RichTextBuffer pane;
+        pane.SetFont(fresh.Font());
+        pane.SetTextRTF("{\\rtf1\\ansi\\qc\\fs40\\b old centred\\par }");
+        pane.Select(0, 3);
+        pane.SetSelBold(false);
+        pane.SetTextRTF(rtf);
+        QCOMPARE(pane.TextRTF(), fresh.TextRTF());
+        QCOMPARE(pane.Font(), fresh.Font());
+        QVERIFY(!pane.CanUndo());
+        // And a short one after it replaces it whole as well.
+        pane.SetTextRTF("{\\rtf1\\ansi short\\par }");
+        QCOMPARE(pane.Text(), u"short"_s);
     }
     // The text's font changes a selection's characters, else the pane's base font; the document's
     // font keeps the selection.
