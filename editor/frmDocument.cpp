@@ -6,6 +6,7 @@
 #include "editor/modView.h"
 #include "outline/modNodes.h"
 #include "richtext/RichTextBuffer.h"
+#include "richtext/RtfReader.h"
 #include "richtext/clsFont.h"
 #include "search/modSearch.h"
 #include "util/ErrorLog.h"
@@ -52,6 +53,9 @@ class WindowTextBuffer : public RichTextBuffer {
 public:
     using RichTextBuffer::RichTextBuffer;
     void SetTextRTF(const QByteArray &rtf) override {
+        if (aboutToLoad) {
+            aboutToLoad(rtf);
+        }
         QTextCursor block(document());
         block.beginEditBlock();
         RichTextBuffer::SetTextRTF(rtf);
@@ -60,7 +64,8 @@ public:
             loaded();
         }
     }
-    // Called after each whole text is put into the pane.
+    // Called before and after each whole text is put into the pane.
+    std::function<void(const QByteArray &)> aboutToLoad;
     std::function<void()> loaded;
 };
 
@@ -148,6 +153,15 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
     m_pTree->header()->setStretchLastSection(true);
 
     auto buffer = std::make_unique<WindowTextBuffer>();
+    buffer->aboutToLoad = [this](const QByteArray &rtf) {
+        // A long text will want the vertical scroll bar. Shown before the text arrives, the text
+        // is laid out once, at the narrower width, instead of again when the bar appears.
+        if (rtf.size() >= RtfReader::LongText && m_pText->isVisible() &&
+            !m_pText->verticalScrollBar()->isVisible()) {
+            m_pText->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+            m_bBarHeld = true;
+        }
+    };
     buffer->loaded = [this] { textLoaded(); };
     m_pBuffer = buffer.get();
     m_doc.setTextPane(std::move(buffer));
@@ -648,6 +662,9 @@ void frmDocument::txtRTF_Change() {
 }
 
 void frmDocument::textLoaded() {
+    if (std::exchange(m_bBarHeld, false)) {
+        m_pText->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    }
     m_nodShown = m_doc.trvOutline().SelectedItem();
     updateTextLock();
 }

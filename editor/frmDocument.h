@@ -123,6 +123,7 @@ private:
     bool m_bSyncing = false;  // the view is being put in step with the tree
     NodeRef m_nodPendingEdit; // label edit asked for during a batch
     NodeRef m_nodShown;       // the entry whose text the pane was last given
+    bool m_bBarHeld = false;  // the text pane's vertical scroll bar kept shown while a text loads
     // The measurement behind the splitter fitting, kept while the showing labels stay the same.
     quint64 m_uOutlineGeneration = 0;
     struct FitCache {
