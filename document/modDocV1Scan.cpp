@@ -10,6 +10,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <cstring>
 
 #include <zlib.h>
 
@@ -91,6 +92,25 @@ QByteArray tagNameAt(QByteArrayView text, qsizetype p) {
     return text.sliced(from, end - from).toByteArray();
 }
 
+// The offset of the next tag opener at or after `from`, -1 when there is none. Found by its
+// brace first: stored texts are mostly compressed bytes, in which a brace is rare.
+qsizetype nextOpener(QByteArrayView text, qsizetype from) {
+    const qsizetype n = TagOpener.size();
+    const char *begin = text.data();
+    // Up to the last place an opener fits.
+    for (qsizetype at = from; at <= text.size() - n; ++at) {
+        const void *brace = std::memchr(begin + at, '{', size_t(text.size() - n - at + 1));
+        if (!brace) {
+            break;
+        }
+        at = static_cast<const char *>(brace) - begin;
+        if (std::memcmp(begin + at + 1, TagOpener.data() + 1, size_t(n - 1)) == 0) {
+            return at;
+        }
+    }
+    return -1;
+}
+
 } // namespace
 
 void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &finish,
@@ -127,7 +147,7 @@ void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &
     };
 
     while (true) {
-        qsizetype p = text.indexOf(TagOpener, start);
+        qsizetype p = nextOpener(text, start);
         if (p < 0) {
             p = n;
         }
