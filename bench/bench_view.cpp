@@ -174,14 +174,24 @@ QByteArray hundredKBText() {
     return rtf;
 }
 
-// Selecting an entry whose 100 KB text is formatted word by word, from one with a short text,
-// until the pane has painted.
+// Selecting an entry whose 100 KB text is formatted word by word (with the argument 1: the 10 KB
+// text repeated, a few formats to a paragraph), from one with a short text, until the pane has
+// painted.
 void BM_SelectEntryWith100KBFormattedText(benchmark::State &state) {
     frmDocument w;
     Node *root = shownLargeTree(w);
     Node *small = root->Child()->Child();
     Node *large = root->Child()->Next()->Child();
-    large->setTag(storedText(hundredKBText()));
+    QByteArray rtf = hundredKBText();
+    if (state.range(0) == 1) {
+        const QByteArray ten = tenKBText().chopped(1); // without the closing brace
+        rtf = ten;
+        while (rtf.size() < 100 * 1024) {
+            rtf += ten.mid(ten.indexOf("The quick"));
+        }
+        rtf += '}';
+    }
+    large->setTag(storedText(rtf));
     for (auto _ : state) {
         state.PauseTiming();
         selectAndPaint(w, small);
@@ -192,7 +202,11 @@ void BM_SelectEntryWith100KBFormattedText(benchmark::State &state) {
         }
     }
 }
-BENCHMARK(BM_SelectEntryWith100KBFormattedText)->Unit(benchmark::kMillisecond)->Iterations(20);
+BENCHMARK(BM_SelectEntryWith100KBFormattedText)
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(20);
 
 // The part of the above spent in the buffer: decoding and reading the stored text.
 void BM_BufferLoad10KBText(benchmark::State &state) {
