@@ -238,7 +238,8 @@ void DocLoadBytes(Document &doc, const QByteArray &bytes) {
         version = tagged;
     }
     doc.m_iFileFormatVersion = version;
-    // The tree's entries take about half as much memory as the file's bytes.
+    // Room for the entries ahead of their allocations, reckoned from the file's size (room that
+    // is never used costs nothing).
     const HeapReserve reserve(bytes.size() / 2);
     QList<bool> taggedByIndex(1, false);
     QList<bool> showingByIndex(1, false);
