@@ -12,8 +12,10 @@ namespace {
 // Pieces below the largest size the allocator serves from its heap rather than by mapping.
 constexpr qsizetype kPiece = qsizetype(16) << 20;
 constexpr qsizetype kMost = qsizetype(1) << 30;
-// The allocator's own default for giving back the top of the heap.
+// The allocator's own defaults for giving back the top of the heap and for mapping a large
+// block on its own.
 constexpr int kTrimDefault = 128 * 1024;
+constexpr int kMapDefault = 128 * 1024;
 
 std::mutex g_busy;
 int g_iHeld = 0;
@@ -51,6 +53,8 @@ HeapReserve::HeapReserve(qsizetype bytes) {
     for (auto it = pieces.rbegin(); it != pieces.rend(); ++it) {
         free(*it);
     }
+    // The room is in the heap now; large blocks are mapped on their own again.
+    mallopt(M_MMAP_THRESHOLD, kMapDefault);
 }
 
 HeapReserve::~HeapReserve() {
