@@ -3,6 +3,7 @@
 #include "document/modFile.h"
 #include "editor/OutlineDragUi.h"
 #include "editor/OutlineModel.h"
+#include "editor/WindowTextBuffer.h"
 #include "editor/modView.h"
 #include "outline/modNodes.h"
 #include "richtext/RichTextBuffer.h"
@@ -44,29 +45,6 @@ class OutlineTreeView : public QTreeView {
 public:
     using QTreeView::QTreeView;
     void scheduleLayout() { scheduleDelayedItemsLayout(); }
-};
-
-// The document's text pane as the window shows it. A new text is read in one edit block, so
-// that the pane's layout, which lives on the document, runs once for the whole text instead of
-// once per piece the reader inserts.
-class WindowTextBuffer : public RichTextBuffer {
-public:
-    using RichTextBuffer::RichTextBuffer;
-    void SetTextRTF(const QByteArray &rtf) override {
-        if (aboutToLoad) {
-            aboutToLoad(rtf);
-        }
-        QTextCursor block(document());
-        block.beginEditBlock();
-        RichTextBuffer::SetTextRTF(rtf);
-        block.endEditBlock();
-        if (loaded) {
-            loaded();
-        }
-    }
-    // Called before and after each whole text is put into the pane.
-    std::function<void(const QByteArray &)> aboutToLoad;
-    std::function<void()> loaded;
 };
 
 namespace {
@@ -163,11 +141,13 @@ frmDocument::frmDocument(QWidget *parent) : QWidget(parent) {
         }
     };
     buffer->loaded = [this] { textLoaded(); };
-    m_pBuffer = buffer.get();
+    WindowTextBuffer *shown = buffer.get();
+    m_pBuffer = shown;
     m_doc.setTextPane(std::move(buffer));
     m_pText = new QTextEdit(this);
     m_pText->setObjectName(QStringLiteral("txtRTF"));
-    m_pText->setDocument(m_pBuffer->document());
+    shown->showIn(m_pText);
+    connect(m_pBuffer, &RichTextBuffer::TextCompleted, this, [this] { releaseBar(); });
 
     m_pGrip = new QWidget(this);
     m_pGrip->setObjectName(QStringLiteral("imgSplitter"));
@@ -662,11 +642,18 @@ void frmDocument::txtRTF_Change() {
 }
 
 void frmDocument::textLoaded() {
-    if (std::exchange(m_bBarHeld, false)) {
-        m_pText->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    // A text shown in part holds the bar until the rest is in.
+    if (!m_pBuffer->Partial()) {
+        releaseBar();
     }
     m_nodShown = m_doc.trvOutline().SelectedItem();
     updateTextLock();
+}
+
+void frmDocument::releaseBar() {
+    if (std::exchange(m_bBarHeld, false)) {
+        m_pText->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    }
 }
 
 void frmDocument::updateTextLock() {

@@ -96,8 +96,11 @@ private:
     void trvOutline_GotFocus();
     void txtRTF_Change();
     void txtRTF_GotFocus();
-    // A whole text was put into the pane: it now shows the selected entry's.
+    // A text was put into the pane (a long one perhaps only its start): it now shows the
+    // selected entry's.
     void textLoaded();
+    // The vertical scroll bar held for a long text shows only as needed again.
+    void releaseBar();
     void updateTextLock();
     // The selection moved or the format at the caret changed.
     void txtRTF_SelChange();

@@ -10,6 +10,7 @@
 #include <QTextDocument>
 #include <QTextDocumentFragment>
 #include <QTextList>
+#include <QTimer>
 #include <QUrl>
 
 #include <algorithm>
@@ -51,10 +52,16 @@ bool isBold(const QTextCharFormat &f) {
 } // namespace
 
 RichTextBuffer::RichTextBuffer(QObject *parent)
-    : QObject(parent), m_doc(new QTextDocument(this)), m_cursor(m_doc) {
+    : QObject(parent), m_doc(new QTextDocument(this)), m_cursor(m_doc),
+      m_completer(new QTimer(this)) {
     // Objects the pane cannot show are drawn as labelled boxes.
     installPlaceholderHandler(m_doc);
     connect(m_doc, &QTextDocument::contentsChanged, this, &RichTextBuffer::onContentsChanged);
+    // The rest of a text shown in part is read once the view has painted its start (a view
+    // paints within a few milliseconds of a change; its own layout waits as long).
+    m_completer->setSingleShot(true);
+    m_completer->setInterval(10);
+    connect(m_completer, &QTimer::timeout, this, &RichTextBuffer::CompleteText);
 }
 
 RichTextBuffer::~RichTextBuffer() = default;
@@ -79,6 +86,10 @@ void RichTextBuffer::notifySelection() {
 }
 
 void RichTextBuffer::setSelection(int anchor, int position) {
+    // A view mirrors its caret here even when it has not moved; only a move needs the whole text.
+    if (anchor != m_cursor.anchor() || position != m_cursor.position()) {
+        settle();
+    }
     const int last = lastPosition();
     m_cursor.setPosition(std::clamp(anchor, 0, last));
     m_cursor.setPosition(std::clamp(position, 0, last), QTextCursor::KeepAnchor);
@@ -90,33 +101,80 @@ void RichTextBuffer::Select(int anchor, int position) {
 }
 
 QString RichTextBuffer::Text() const {
+    settle();
     const QString raw = m_doc->toRawText();
     return plainOf(QStringView(raw).left(lastPosition()));
 }
 
 QByteArray RichTextBuffer::TextRTF() const {
+    settle();
     return RtfWriter::write(m_doc);
 }
 
 void RichTextBuffer::SetTextRTF(const QByteArray &rtf) {
     PROC("RichTextBuffer SetTextRTF");
+    // One edit block around the whole replacement: a view's layout follows the new text once,
+    // lazily for a long one, and the views' carets, which the inserted text pushed along, are
+    // back at the start (where the selection notice puts them) before the view hears of it.
+    QTextCursor block(m_doc);
     ++m_quiet;
+    block.beginEditBlock();
+    load(rtf, m_iPreviewCharacters > 0 && rtf.size() >= RtfReader::LongText);
+    m_lastAnchor = -1;
+    notifySelection();
+    block.endEditBlock();
+    --m_quiet;
+    emit Change();
+}
+
+void RichTextBuffer::load(const QByteArray &rtf, bool preview) {
+    // A text still shown in part is replaced, not finished.
+    m_pending = QByteArray();
+    m_completer->stop();
     const QFont base = m_doc->defaultFont();
     m_doc->setUndoRedoEnabled(false);
     // Every cursor on the document is adjusted after each piece the reader inserts: the buffer's
     // own goes while the text is read (the reader keeps the layout to one pass itself).
     m_cursor = QTextCursor();
-    RtfReader::readAny(rtf, m_doc);
+    const RtfReader::Outcome read =
+        preview ? RtfReader::readStart(rtf, m_doc, m_iPreviewCharacters, m_iPreviewParagraphs)
+                : RtfReader::NotRtf;
+    if (read == RtfReader::NotRtf) {
+        RtfReader::readAny(rtf, m_doc);
+    }
     m_doc->setUndoRedoEnabled(true);
     // Setting the default font lays the whole text out again, even when it is the same font.
     if (m_doc->defaultFont() != base) {
         m_doc->setDefaultFont(base);
     }
     m_cursor = QTextCursor(m_doc);
-    --m_quiet;
-    emit Change();
+    if (read == RtfReader::Partly) {
+        m_pending = rtf;
+        m_completer->start();
+    }
+}
+
+void RichTextBuffer::SetPreviewSize(int characters, int paragraphs) {
+    m_iPreviewCharacters = qMax(0, characters);
+    m_iPreviewParagraphs = qMax(1, paragraphs);
+}
+
+void RichTextBuffer::CompleteText() {
+    if (m_pending.isNull()) {
+        return;
+    }
+    PROC("RichTextBuffer CompleteText");
+    // The same text, whole: nothing changed that anyone would store, and the caret stays at the
+    // start, where the load put it.
+    QTextCursor block(m_doc);
+    ++m_quiet;
+    block.beginEditBlock();
+    load(QByteArray(m_pending), false);
     m_lastAnchor = -1;
     notifySelection();
+    block.endEditBlock();
+    --m_quiet;
+    emit TextCompleted();
 }
 
 int RichTextBuffer::SelStart() const {
@@ -151,18 +209,21 @@ QString documentChars(const QString &text) {
 } // namespace
 
 QString RichTextBuffer::SelText() const {
+    settle();
     const QString raw = m_doc->toRawText();
     return plainOf(QStringView(raw).mid(SelStart(), SelLength()));
 }
 
 void RichTextBuffer::SetSelText(const QString &text) {
     PROC("RichTextBuffer SetSelText");
+    settle();
     m_cursor.insertText(documentChars(text));
     notifySelection();
 }
 
 void RichTextBuffer::SetSelTextInPlace(const QString &text) {
     PROC("RichTextBuffer SetSelTextInPlace");
+    settle();
     const int s = SelStart();
     const int e = s + SelLength();
     const QString chars = documentChars(text);
@@ -207,11 +268,13 @@ void RichTextBuffer::SetSelTextInPlace(const QString &text) {
 }
 
 QString RichTextBuffer::SelHtml() const {
+    settle();
     return m_cursor.selection().toHtml();
 }
 
 void RichTextBuffer::Clear() {
     PROC("RichTextBuffer Clear");
+    settle();
     QTextCursor all(m_doc);
     all.beginEditBlock();
     all.select(QTextCursor::Document);
@@ -225,6 +288,7 @@ void RichTextBuffer::Clear() {
 }
 
 void RichTextBuffer::BeginStep(bool undoGroup) {
+    settle();
     if (m_step++ > 0) {
         return;
     }
@@ -266,21 +330,25 @@ bool RichTextBuffer::CanRedo() const {
 }
 
 void RichTextBuffer::Undo() {
+    settle();
     m_doc->undo(&m_cursor);
     notifySelection();
 }
 
 void RichTextBuffer::Redo() {
+    settle();
     m_doc->redo(&m_cursor);
     notifySelection();
 }
 
 QByteArray RichTextBuffer::SelRTF() const {
+    settle();
     return RtfWriter::write(m_doc, m_cursor.selectionStart(), m_cursor.selectionEnd());
 }
 
 void RichTextBuffer::SetSelRTF(const QByteArray &rtf) {
     PROC("RichTextBuffer SetSelRTF");
+    settle();
     QTextDocument incoming;
     incoming.setDefaultFont(m_doc->defaultFont());
     {
@@ -389,6 +457,7 @@ template <class T, class Get> std::optional<T> RichTextBuffer::uniformBlock(Get 
 }
 
 void RichTextBuffer::mergeSelCharFormat(const QTextCharFormat &format) {
+    settle();
     m_cursor.mergeCharFormat(format);
 }
 
@@ -504,6 +573,7 @@ std::optional<bool> RichTextBuffer::SelBullet() const {
 
 void RichTextBuffer::SetSelBullet(bool on) {
     PROC("RichTextBuffer SetSelBullet");
+    settle();
     if (on) {
         if (SelBullet() == std::optional<bool>(true)) {
             return;
@@ -540,6 +610,7 @@ std::optional<int> RichTextBuffer::SelIndent() const {
 }
 
 void RichTextBuffer::SetSelIndent(int twips) {
+    settle();
     QTextBlockFormat f;
     f.setLeftMargin(qMax(0, twips) / 15.0);
     m_cursor.mergeBlockFormat(f);
@@ -562,6 +633,7 @@ std::optional<int> RichTextBuffer::SelAlignment() const {
 
 void RichTextBuffer::SetSelAlignment(int alignment) {
     PROC("RichTextBuffer SetSelAlignment");
+    settle();
     static const Qt::Alignment kAlign[] = {Qt::AlignLeft, Qt::AlignRight, Qt::AlignHCenter,
                                            Qt::AlignJustify};
     if (alignment < 0 || alignment > 3) {
@@ -577,11 +649,13 @@ QFont RichTextBuffer::Font() const {
 }
 
 void RichTextBuffer::SetFont(const QFont &font) {
+    settle();
     m_doc->setDefaultFont(font);
 }
 
 void RichTextBuffer::SetBaseFont(const PaneFont &font) {
     PROC("RichTextBuffer SetBaseFont");
+    settle();
     QFont base = m_doc->defaultFont();
     base.setBold(font.bold);
     base.setItalic(font.italic);
@@ -598,6 +672,7 @@ void RichTextBuffer::SetBaseFont(const PaneFont &font) {
 
 int RichTextBuffer::Find(const QString &text, int start, int end, int options) {
     PROC("RichTextBuffer Find");
+    settle();
     if (text.isEmpty()) {
         return -1;
     }
@@ -634,6 +709,7 @@ int RichTextBuffer::Find(const QString &text, int start, int end, int options) {
 
 void RichTextBuffer::ApplyFontToAll(const PaneFont &font) {
     PROC("RichTextBuffer ApplyFontToAll");
+    settle();
     QTextCharFormat f;
     f.setFontWeight(font.bold ? QFont::Bold : QFont::Normal);
     f.setFontItalic(font.italic);

@@ -10,6 +10,7 @@
 #include <optional>
 
 class QTextDocument;
+class QTimer;
 
 // The rich text of the text pane, without a widget: a text document and the selection in it,
 // with the operations of the rich-edit control. A view shows document() and mirrors the
@@ -38,7 +39,13 @@ public:
     explicit RichTextBuffer(QObject *parent = nullptr);
     ~RichTextBuffer() override;
 
-    QTextDocument *document() const { return m_doc; }
+    // The document with the whole text (a text shown in part is read to its end first).
+    QTextDocument *document() const {
+        settle();
+        return m_doc;
+    }
+    // The document as it stands, for a view to show.
+    QTextDocument *documentAsShown() const { return m_doc; }
     // The selection as a cursor (anchor and position).
     const QTextCursor &cursor() const { return m_cursor; }
     // Selects from anchor to position (clamped to the text); a view mirrors its caret this way.
@@ -50,6 +57,17 @@ public:
     // Replaces the whole content (RTF, or plain text in the file code page). Emits Change before
     // it returns; the caret goes to the start.
     void SetTextRTF(const QByteArray &rtf) override;
+    // A view asks for a long text (RtfReader::LongText bytes of RTF or more) to be shown a
+    // screenful first: SetTextRTF then reads only the paragraphs that hold about the given
+    // characters or paragraphs, and the rest shortly after, when the view has painted them, or
+    // at once when anything reads or changes the text or the selection (CompleteText). The
+    // getters of the caret's format and the selection's bounds answer from the start as it is.
+    // Characters 0 (the default) reads every text whole.
+    void SetPreviewSize(int characters, int paragraphs);
+    // True while the document holds only the start of the text last set.
+    bool Partial() const { return !m_pending.isNull(); }
+    // Reads the whole of a text shown in part; nothing when it is whole.
+    void CompleteText();
 
     int SelStart() const;
     // Moves the caret, emptying the selection.
@@ -131,6 +149,8 @@ public:
 signals:
     void Change();
     void SelChange();
+    // The whole of a text that was shown in part is in the document now.
+    void TextCompleted();
 
 private:
     int lastPosition() const;
@@ -140,6 +160,12 @@ private:
     template <class T, class Get> std::optional<T> uniformChar(Get get) const;
     template <class T, class Get> std::optional<T> uniformBlock(Get get) const;
     void onContentsChanged();
+    void load(const QByteArray &rtf, bool preview);
+    void settle() const {
+        if (!m_pending.isNull()) {
+            const_cast<RichTextBuffer *>(this)->CompleteText();
+        }
+    }
     static void copyInto(const QTextDocument &source, QTextCursor &cursor);
 
     QTextDocument *m_doc;
@@ -152,4 +178,8 @@ private:
     int m_step = 0;             // depth of BeginStep groups
     bool m_stepGrouped = false; // the outermost group is one undo step
     int m_stepUndoSteps = 0;    // the undo history's length when the group began
+    QTimer *m_completer;        // reads the rest of a text shown in part
+    QByteArray m_pending;       // that text, whole; null when the document holds all of it
+    int m_iPreviewCharacters = 0;
+    int m_iPreviewParagraphs = 1;
 };

@@ -506,6 +506,11 @@ void Reader::paragraph() {
     applyBlockFormat();
     m_pendingBlock = true;
     m_blockStarted = false;
+    if (m_stopCharacters > 0 && m_doc && !inTable() &&
+        (m_cursor.position() >= m_stopCharacters || m_doc->blockCount() >= m_stopParagraphs)) {
+        m_stopped = true;
+        m_done = true;
+    }
 }
 
 void Reader::endCell() {
@@ -831,13 +836,19 @@ bool RtfReader::looksLikeRtf(QByteArrayView bytes) {
 }
 
 bool RtfReader::read(QByteArrayView rtf, QTextDocument *doc) {
+    return readStart(rtf, doc, 0, 0) != NotRtf;
+}
+
+RtfReader::Outcome RtfReader::readStart(QByteArrayView rtf, QTextDocument *doc, int characters,
+                                        int paragraphs) {
     bool undo = doc->isUndoRedoEnabled();
     doc->setUndoRedoEnabled(false);
     if (!looksLikeRtf(rtf)) {
         doc->clear();
         doc->setUndoRedoEnabled(undo);
-        return false;
+        return NotRtf;
     }
+    bool partly = false;
     {
         // One edit block: the layout follows the whole text once, not every insertion. A short
         // old text goes inside the block too, so that a view does not lay out (and resize its
@@ -855,12 +866,16 @@ bool RtfReader::read(QByteArrayView rtf, QTextDocument *doc) {
         batch.setBlockCharFormat(QTextCharFormat());
         batch.setCharFormat(QTextCharFormat());
         Reader reader(rtf, doc);
+        if (characters > 0) {
+            reader.stopAfter(characters, qMax(1, paragraphs));
+        }
         reader.run();
         batch.endEditBlock();
+        partly = reader.stopped();
     }
     doc->setUndoRedoEnabled(undo);
     doc->setModified(false);
-    return true;
+    return partly ? Partly : Whole;
 }
 
 QString RtfReader::plainText(QByteArrayView bytes) {

@@ -19,6 +19,13 @@ public:
     static bool read(QByteArrayView rtf, QTextDocument *doc);
     static constexpr qsizetype LongText = 32 * 1024;
 
+    // As read, but only the start of the text: the paragraphs up to the first paragraph end
+    // (outside a table) where the document holds at least the given characters or paragraphs.
+    // A view shows that much while the whole text is read later. Characters 0 reads it all.
+    enum Outcome { NotRtf, Whole, Partly };
+    static Outcome readStart(QByteArrayView rtf, QTextDocument *doc, int characters,
+                             int paragraphs);
+
     // RTF when it looks like RTF; otherwise plain text in the file code page, line breaks (CR LF,
     // LF or CR) kept as paragraphs.
     static void readAny(QByteArrayView bytes, QTextDocument *doc);

@@ -139,7 +139,15 @@ public:
     // Reads only the characters: out receives the text the document would hold, as
     // RichTextBuffer::Text gives it (paragraph breaks CR LF, line breaks "\v").
     Reader(QByteArrayView in, QString *out) : m_in(in), m_tok(in), m_doc(nullptr), m_plain(out) {}
+    // Stops at the first paragraph end, outside a table, where the document holds at least the
+    // given characters (paragraph breaks included) or paragraphs.
+    void stopAfter(int characters, int paragraphs) {
+        m_stopCharacters = characters;
+        m_stopParagraphs = paragraphs;
+    }
     void run();
+    // True when run() stopped as stopAfter asked, before the end of the text.
+    bool stopped() const { return m_stopped; }
 
 private:
     State &top() { return m_stack.back(); }
@@ -199,6 +207,9 @@ private:
     bool m_ignorable = false; // \* seen, waiting for the destination word
     bool m_firstInGroup = false;
     bool m_done = false;
+    int m_stopCharacters = 0; // 0: read to the end
+    int m_stopParagraphs = 0;
+    bool m_stopped = false;
     int m_ansiCp = 1252;
     int m_deff = 0;
     int m_skip = 0; // characters still to skip after \u

@@ -468,6 +468,32 @@ private Q_SLOTS:
         // And a short one after it replaces it whole as well.
         pane.SetTextRTF("{\\rtf1\\ansi short\\par }");
         QCOMPARE(pane.Text(), u"short"_s);
+
+        // Shown a screenful first: the start alone, whose caret format and selection read as the
+        // whole text's, until the text is read or changed; then exactly the text read whole, with
+        // no change reported. A new text drops what was still to come; left alone, it comes.
+        pane.SetPreviewSize(300, 10);
+        QSignalSpy changes(&pane, &RichTextBuffer::Change);
+        pane.SetTextRTF(rtf);
+        QVERIFY(pane.Partial());
+        QCOMPARE(pane.documentAsShown()->blockCount(), 10);
+        QCOMPARE(pane.SelItalic(), std::optional<bool>(false));
+        pane.Select(0, 0);
+        QVERIFY(pane.Partial());
+        QCOMPARE(pane.TextRTF(), fresh.TextRTF());
+        QVERIFY(!pane.Partial());
+        QCOMPARE(changes.count(), 1);
+        pane.SetTextRTF(rtf);
+        pane.SetTextRTF("{\\rtf1\\ansi short\\par }");
+        QVERIFY(!pane.Partial());
+        QCOMPARE(pane.Text(), u"short"_s);
+        pane.SetTextRTF(rtf);
+        pane.Select(0, 7);
+        QCOMPARE(pane.SelText(), u"plain w"_s);
+        QCOMPARE(pane.Text(), fresh.Text());
+        pane.SetTextRTF(rtf);
+        QTRY_VERIFY(!pane.Partial());
+        QCOMPARE(pane.document()->characterCount(), fresh.document()->characterCount());
     }
     // The text's font changes a selection's characters, else the pane's base font; the document's
     // font keeps the selection.

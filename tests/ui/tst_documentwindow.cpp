@@ -10,6 +10,7 @@
 #include "outline/modDrag.h"
 #include "outline/modNodes.h"
 #include "richtext/RichTextBuffer.h"
+#include "richtext/RtfReader.h"
 #include "support/FakeDocument.h"
 #include "support/FakeMainWindow.h"
 #include "support/TestSupport.h"
@@ -128,6 +129,27 @@ private slots:
         g_bDocTransfer = false;
         QVERIFY(!t.w.document().m_bDataChanged);
         QCOMPARE(storedPlain(FindEntry(t.tree(), "a1")), QString("text of a1 more"));
+
+        // A long text shows its first screenful, and the rest follows by itself, storing nothing;
+        // a key typed before then waits for the whole text and goes where the caret is.
+        QByteArray rtf = "{\\rtf1\\ansi ";
+        for (int i = 0; rtf.size() < RtfReader::LongText; ++i) {
+            rtf += "line " + QByteArray::number(i) + "\\par ";
+        }
+        rtf += "the end}";
+        Node *longer = FindEntry(t.tree(), "c");
+        longer->setTag(rtf);
+        t.w.trvOutline()->setCurrentIndex(t.index("c"));
+        QVERIFY(t.w.buffer()->Partial());
+        QTRY_VERIFY(!t.w.buffer()->Partial());
+        QCOMPARE(longer->Tag(), rtf);
+        t.w.trvOutline()->setCurrentIndex(t.index("b"));
+        t.w.trvOutline()->setCurrentIndex(t.index("c"));
+        QVERIFY(t.w.buffer()->Partial());
+        QTest::keyClicks(t.w.txtRTF(), "X");
+        QVERIFY(!t.w.buffer()->Partial());
+        QVERIFY(storedPlain(longer).startsWith(u"Xline 0"_s));
+        QVERIFY(storedPlain(longer).endsWith(u"the end"_s));
     }
 
     void clickToRename_data() {
