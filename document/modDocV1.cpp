@@ -10,6 +10,7 @@
 
 #include <QHash>
 
+#include <charconv>
 #include <vector>
 
 namespace modDocV1 {
@@ -32,6 +33,31 @@ void saveFont(QByteArray &out, const char *prefix, const clsFont &font) {
     DocSaveNodeTag(out, p + "fontitalic", boolText(font.Italic()));
     DocSaveNodeTag(out, p + "fontstrikethrough", boolText(font.StrikeThrough()));
     DocSaveNodeTag(out, p + "fontunderline", boolText(font.Underline()));
+}
+
+// The bytes as Latin-1 characters in `out`, in the room `out` already has when it is its own.
+void setLatin1(QString &out, QByteArrayView bytes) {
+    out.resize(bytes.size());
+    char16_t *to = reinterpret_cast<char16_t *>(out.data());
+    for (const char c : bytes) {
+        *to++ = char16_t(uchar(c));
+    }
+}
+
+// The characters as Latin-1 bytes in `out` ('?' for those beyond it, as QString::toLatin1 gives),
+// in the room `out` already has when it is its own.
+void setLatin1(QByteArray &out, QStringView text) {
+    out.resize(text.size());
+    char *to = out.data();
+    for (const QChar c : text) {
+        *to++ = c.unicode() > 0xff ? '?' : char(c.unicode());
+    }
+}
+
+// True when `whole` is `prefix` followed by `rest`.
+bool isPrefixed(QStringView whole, QStringView prefix, QStringView rest) {
+    return whole.size() == prefix.size() + rest.size() && whole.startsWith(prefix) &&
+           whole.sliced(prefix.size()) == rest;
 }
 
 // Logs one problem of a file being read and carries on.
@@ -74,16 +100,17 @@ void DocSaveNodeAll(Node *node, ByteChain &out) {
     }
     std::vector<std::pair<Node *, bool>> stack;
     stack.emplace_back(node, rootShowing);
+    // Made in the same room for every entry.
     QByteArray key;
+    QByteArray label;
     while (!stack.empty()) {
         auto [n, showing] = stack.back();
         stack.pop_back();
-        key = n->Key().toLatin1();
-        if (key.startsWith("KEY")) {
-            key.remove(0, 3);
-        }
-        DocSaveNodeTag(out, "nodekey", key);
-        DocSaveNodeTag(out, "nodelabel", CodePage::fromUnicode(n->Text()));
+        setLatin1(key, n->Key());
+        DocSaveNodeTag(out, "nodekey",
+                       key.startsWith("KEY") ? QByteArrayView(key).sliced(3) : QByteArrayView(key));
+        CodePage::fromUnicode(n->Text(), label);
+        DocSaveNodeTag(out, "nodelabel", label);
         DocSaveNodeTag(out, "nodetagged", boolText(modNodes::NodeTagged(n)));
         DocSaveNodeTag(out, "nodevisible", boolText(showing));
         // The stored text is written from where it is held (the node or the file as read).
@@ -182,25 +209,33 @@ QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &tagge
     // The entries' stored texts stay in the file's bytes, shared, until one is read or changed.
     const auto file = std::make_shared<const QByteArray>(text);
     const QString prefix = QStringLiteral("KEY");
+    // Reused from entry to entry: most entries then cost no allocation for their keys.
+    QString key;
+    QString relativeKey;
     ScanEntries(
         text,
         [&](EntryRecord &rec) {
-            const QString key = QString::fromLatin1(rec.Key);
+            setLatin1(key, rec.Key);
             Node *relative = nullptr;
             int relationship = relChild;
-            QString relativeKey;
+            relativeKey.resize(0);
             if (key.endsWith(QStringLiteral(".1"))) {
-                relativeKey = prefix + key.chopped(2);
+                relativeKey.append(prefix).append(QStringView(key).chopped(2));
             } else {
                 const qsizetype dot = key.lastIndexOf(QLatin1Char('.'));
                 if (dot >= 0) {
                     relationship = relNext;
                     bool ok = false;
-                    const qint64 number = key.mid(dot + 1).toLongLong(&ok);
+                    const qint64 number = QStringView(key).sliced(dot + 1).toLongLong(&ok);
+                    relativeKey.append(prefix).append(QStringView(key).first(dot + 1));
                     // Only a positive number has a predecessor (and no overflow at the boundary).
-                    relativeKey =
-                        prefix + key.left(dot + 1) +
-                        (ok && number > 0 ? QString::number(number - 1) : QStringLiteral("?"));
+                    if (ok && number > 0) {
+                        char digits[24];
+                        const auto end = std::to_chars(digits, digits + sizeof digits, number - 1);
+                        relativeKey.append(QLatin1StringView(digits, end.ptr - digits));
+                    } else {
+                        relativeKey.append(QLatin1Char('?'));
+                    }
                 }
             }
             if (!relativeKey.isEmpty()) {
@@ -240,7 +275,7 @@ QString DocLoadVersion(Document &doc, const QByteArray &text, QList<bool> &tagge
                     break;
                 }
             }
-            if (relative && node->Key() != prefix + key) {
+            if (relative && !isPrefixed(node->Key(), prefix, key)) {
                 reportDamage(modMain::errSubscriptOutOfRange,
                              QStringLiteral("entry \"%1\" out of order, read as \"%2\"")
                                  .arg(key.left(40), node->Key().mid(3).left(40)));

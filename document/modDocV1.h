@@ -44,6 +44,11 @@ struct ScanNotes {
     qsizetype Entries = 0;
 };
 
+// The value of the tag `name` when its opener is at `position`, as DocLoadTagAtPosition gives
+// it, seen in place.
+bool TagValueAt(QByteArrayView text, QByteArrayView name, qsizetype position,
+                qsizetype &closePosition, QByteArrayView &value);
+
 // Scans the whole file once and calls `finish` for every entry, in file order. Header tags
 // (wherever they stand) and unknown tags are skipped whole. Without `copyTexts` the records give
 // only the place of each stored text (Text stays empty).

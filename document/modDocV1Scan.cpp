@@ -36,15 +36,26 @@ QByteArray DocLoadTag(QByteArrayView text, QByteArrayView name) {
 bool DocLoadTagAtPosition(QByteArrayView text, QByteArrayView name, qsizetype position,
                           qsizetype &closePosition, QByteArray &value) {
     PROC("modDoc DocLoadTagAtPosition");
-    value.clear();
-    const QByteArrayView opener = modDocV1::TagOpener;
-    const qsizetype head = opener.size() + name.size() + 1;
+    QByteArrayView found;
+    const bool ok = modDocV1::TagValueAt(text, name, position, closePosition, found);
+    value = found.isEmpty() ? QByteArray() : found.toByteArray();
+    return ok;
+}
+
+} // namespace modDoc
+
+namespace modDocV1 {
+
+bool TagValueAt(QByteArrayView text, QByteArrayView name, qsizetype position,
+                qsizetype &closePosition, QByteArrayView &value) {
+    value = {};
+    const qsizetype head = TagOpener.size() + name.size() + 1;
     if (position < 0 || position + head > text.size()) {
         return false;
     }
     const QByteArrayView at = text.sliced(position);
-    if (!at.startsWith(opener) || at.sliced(opener.size(), name.size()) != name ||
-        at.at(opener.size() + name.size()) != ' ') {
+    if (!at.startsWith(TagOpener) || at.sliced(TagOpener.size(), name.size()) != name ||
+        at.at(TagOpener.size() + name.size()) != ' ') {
         return false;
     }
     // A tag cut short by the end of the file runs to the end.
@@ -54,13 +65,11 @@ bool DocLoadTagAtPosition(QByteArrayView text, QByteArrayView name, qsizetype po
     }
     closePosition = close;
     const qsizetype from = position + head;
-    value = close > from ? text.sliced(from, close - from).toByteArray() : QByteArray();
+    if (close > from) {
+        value = text.sliced(from, close - from);
+    }
     return true;
 }
-
-} // namespace modDoc
-
-namespace modDocV1 {
 
 QList<QByteArray> HeaderTagNames() {
     return {"formatversion",
@@ -90,6 +99,14 @@ QByteArray tagNameAt(QByteArrayView text, qsizetype p) {
         ++end;
     }
     return text.sliced(from, end - from).toByteArray();
+}
+
+// The bytes of `value` in `out`, in the room `out` already has when it is its own.
+void setBytes(QByteArray &out, QByteArrayView value) {
+    out.resize(value.size());
+    if (!value.isEmpty()) {
+        std::memcpy(out.data(), value.data(), size_t(value.size()));
+    }
 }
 
 // The offset of the next tag opener at or after `from`, -1 when there is none. Found by its
@@ -137,7 +154,7 @@ void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &
             }
         }
         pending = false;
-        rec.Label.clear();
+        rec.Label.resize(0);
         rec.Text.clear();
         rec.TextFrom = 0;
         rec.TextLength = 0;
@@ -164,20 +181,20 @@ void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &
             break;
         }
         qsizetype close = 0;
-        QByteArray value;
-        if (modDoc::DocLoadTagAtPosition(text, "nodekey", p, close, value)) {
+        QByteArrayView value;
+        if (TagValueAt(text, "nodekey", p, close, value)) {
             finishPending();
-            rec.Key = value;
+            setBytes(rec.Key, value);
             rec.KeyPosition = p;
             pending = true;
             start = close + 1;
-        } else if (modDoc::DocLoadTagAtPosition(text, "nodelabel", p, close, value)) {
-            rec.Label = value;
+        } else if (TagValueAt(text, "nodelabel", p, close, value)) {
+            setBytes(rec.Label, value);
             start = close + 1;
-        } else if (modDoc::DocLoadTagAtPosition(text, "nodetagged", p, close, value)) {
+        } else if (TagValueAt(text, "nodetagged", p, close, value)) {
             rec.Tagged = value == "True";
             start = close + 1;
-        } else if (modDoc::DocLoadTagAtPosition(text, "nodevisible", p, close, value)) {
+        } else if (TagValueAt(text, "nodevisible", p, close, value)) {
             rec.Showing = value == "True";
             start = close + 1;
         } else if (text.sliced(p).startsWith("{\\ttf_nodetext ")) {

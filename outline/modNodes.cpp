@@ -35,19 +35,25 @@ QString childKeyPrefix(const QString &key) {
     return key == QLatin1String("KEY") ? key : key + QLatin1Char('.');
 }
 
-// The prefix followed by the number in decimal, in one allocation.
-QString numberedKey(const QString &prefix, size_t number) {
+// What comes between a key and its children's numbers.
+QStringView childKeySeparator(const QString &key) {
+    return key == QLatin1String("KEY") ? QStringView() : QStringView(u".");
+}
+
+// The prefix (in two parts) followed by the number in decimal, in one allocation.
+QString numberedKey(QStringView prefix, QStringView separator, size_t number) {
     char16_t digits[24];
     int n = 0;
     do {
         digits[n++] = char16_t(u'0' + number % 10);
         number /= 10;
     } while (number > 0);
-    QString key(prefix.size() + n, Qt::Uninitialized);
+    QString key(prefix.size() + separator.size() + n, Qt::Uninitialized);
     char16_t *out = reinterpret_cast<char16_t *>(key.data());
-    std::copy(prefix.utf16(), prefix.utf16() + prefix.size(), out);
+    out = std::copy(prefix.utf16(), prefix.utf16() + prefix.size(), out);
+    out = std::copy(separator.utf16(), separator.utf16() + separator.size(), out);
     for (int i = 0; i < n; ++i) {
-        out[prefix.size() + i] = digits[n - 1 - i];
+        out[i] = digits[n - 1 - i];
     }
     return key;
 }
@@ -224,11 +230,11 @@ Node *NodeInsert(Document *document, int relationship, Node *relative) {
                 NodeSetKeys(parent, parentKey); // blanks the whole subtree
             } else {
                 // Only this node and the siblings after it change; an append keys itself alone.
-                const QString prefix = childKeyPrefix(parentKey);
+                const QStringView separator = childKeySeparator(parentKey);
                 const int from = node->row();
                 const auto &siblings = parent->childList();
                 for (size_t i = size_t(from); i < siblings.size(); ++i) {
-                    NodeSetKeys(siblings[i], numberedKey(prefix, i + 1));
+                    NodeSetKeys(siblings[i], numberedKey(parentKey, separator, i + 1));
                 }
             }
         }
@@ -477,6 +483,9 @@ void NodeSetKeys(Node *node, const QString &key) {
         // Each node is keyed by its parent; walked with an explicit stack, so that deep
         // outlines cannot exhaust the call stack.
         node->setKey(key);
+        if (node->childList().empty()) {
+            return;
+        }
         std::vector<Node *> stack{node};
         while (!stack.empty()) {
             Node *n = stack.back();
@@ -494,7 +503,7 @@ void NodeSetKeys(Node *node, const QString &key) {
                 const QString prefix = childKeyPrefix(k);
                 for (size_t i = 0; i < children.size(); ++i) {
                     if (!isNumberedKey(children[i]->Key(), prefix, i + 1)) {
-                        children[i]->setKey(numberedKey(prefix, i + 1));
+                        children[i]->setKey(numberedKey(prefix, {}, i + 1));
                     }
                 }
             }

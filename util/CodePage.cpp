@@ -55,7 +55,13 @@ void appendUnicode(QString &text, QByteArrayView bytes) {
 }
 
 QByteArray fromUnicode(QStringView text) {
-    QByteArray out(text.size(), Qt::Uninitialized);
+    QByteArray out;
+    fromUnicode(text, out);
+    return out;
+}
+
+void fromUnicode(QStringView text, QByteArray &out) {
+    out.resize(text.size());
     char *dst = out.data();
     const char16_t *src = reinterpret_cast<const char16_t *>(text.utf16());
     for (qsizetype i = 0, n = text.size(); i < n; ++i) {
@@ -67,7 +73,6 @@ QByteArray fromUnicode(QStringView text) {
             dst[i] = b < 0 ? '?' : char(b);
         }
     }
-    return out;
 }
 
 bool canEncode(QStringView text) {

@@ -22,6 +22,8 @@ void appendUnicode(QString &text, QByteArrayView bytes);
 
 // Text to bytes, one byte per character; characters outside the code page become '?'.
 QByteArray fromUnicode(QStringView text);
+// The same into `out`, in the room it already has when it is its own.
+void fromUnicode(QStringView text, QByteArray &out);
 
 // True when every character of the text has a byte in the code page.
 bool canEncode(QStringView text);
