@@ -16,6 +16,8 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
+#include <system_error>
+#include <thread>
 #include <unistd.h>
 
 namespace modDoc {
@@ -193,25 +195,47 @@ QString BackupName(const QString &path) {
     return modString::FileWithoutExt(path) + QStringLiteral(".bak");
 }
 
-void PrepareLargeBuffer(QByteArray &bytes) {
-    constexpr qsizetype kLarge = qsizetype(4) << 20;
-    if (bytes.capacity() < kLarge) {
-        return;
-    }
+namespace {
+
+// Buffers from this size on get their pages made at once, in large pieces where the system has
+// them.
+constexpr qsizetype kLargeRead = qsizetype(4) << 20;
+
+// The whole pages within [begin, end), as a start and a length; empty when there are none.
+std::pair<void *, size_t> pagesWithin(char *begin, char *end) {
     const auto page = quintptr(sysconf(_SC_PAGESIZE));
-    char *data = bytes.data();
-    const auto begin = (quintptr(data) + page - 1) & ~(page - 1);
-    const auto end = (quintptr(data) + quintptr(bytes.capacity())) & ~(page - 1);
-    if (end <= begin) {
-        return;
-    }
-#ifdef MADV_HUGEPAGE
-    (void)madvise(reinterpret_cast<void *>(begin), end - begin, MADV_HUGEPAGE);
-#endif
-#ifdef MADV_POPULATE_WRITE
-    (void)madvise(reinterpret_cast<void *>(begin), end - begin, MADV_POPULATE_WRITE);
-#endif
+    const auto first = (quintptr(begin) + page - 1) & ~(page - 1);
+    const auto last = quintptr(end) & ~(page - 1);
+    return {reinterpret_cast<void *>(first), last > first ? last - first : 0};
 }
+
+// Reads the file's bytes [from, to) into the same place of `data`, making the pages first when
+// there are many. Returns 0, the errno of a failed read, or -1 with `from` where the file ended.
+int readPart(int fd, char *data, qsizetype &from, qsizetype to) {
+#ifdef MADV_POPULATE_WRITE
+    if (to - from >= kLargeRead) {
+        const auto [pages, length] = pagesWithin(data + from, data + to);
+        (void)madvise(pages, length, MADV_POPULATE_WRITE);
+    }
+#endif
+    while (from < to) {
+        const ssize_t n =
+            ::pread(fd, data + from, size_t(qMin<qsizetype>(to - from, qsizetype(1) << 24)), from);
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return errno;
+        }
+        if (n == 0) {
+            return -1;
+        }
+        from += n;
+    }
+    return 0;
+}
+
+} // namespace
 
 QByteArray ReadWholeFile(const QString &path) {
     PROC("modDoc ReadWholeFile");
@@ -233,23 +257,48 @@ QByteArray ReadWholeFile(const QString &path) {
                                                        : QStringLiteral("Not a regular file"));
     }
     QByteArray bytes(qsizetype(st.st_size), Qt::Uninitialized);
-    PrepareLargeBuffer(bytes);
-    qsizetype got = 0;
-    while (got < bytes.size()) {
-        const ssize_t n = ::read(file.fd, bytes.data() + got,
-                                 size_t(qMin<qsizetype>(bytes.size() - got, qsizetype(1) << 24)));
-        if (n < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            raiseErrno(errno);
+    char *data = bytes.data();
+    const qsizetype size = bytes.size();
+#ifdef MADV_HUGEPAGE
+    // Asked for the whole buffer before the halves are read: changing how a mapping is backed
+    // waits for every fault in progress to end.
+    if (size >= kLargeRead) {
+        const auto [pages, length] = pagesWithin(data, data + size);
+        (void)madvise(pages, length, MADV_HUGEPAGE);
+    }
+#endif
+    // A large file is read in two halves at once: making the pages of a fresh buffer costs about
+    // as much as reading into it, and a second processor halves both.
+    constexpr qsizetype kSplit = qsizetype(32) << 20;
+    constexpr quintptr kAlign = quintptr(2) << 20;
+    qsizetype half = size;
+    if (size >= kSplit && std::thread::hardware_concurrency() > 1) {
+        half = qsizetype(((quintptr(data) + quintptr(size / 2)) & ~(kAlign - 1)) - quintptr(data));
+    }
+    qsizetype firstEnd = 0;
+    qsizetype secondEnd = half;
+    int second = 0;
+    std::thread other;
+    if (half < size) {
+        try {
+            other = std::thread([&] { second = readPart(file.fd, data, secondEnd, size); });
+        } catch (const std::system_error &) {
+            half = size; // no thread to be had: read it all here
         }
-        if (n == 0) {
+    }
+    int first = readPart(file.fd, data, firstEnd, half);
+    if (other.joinable()) {
+        other.join();
+    }
+    for (const auto &[result, end] : {std::pair{first, firstEnd}, std::pair{second, secondEnd}}) {
+        if (result > 0) {
+            raiseErrno(result);
+        }
+        if (result < 0) {
             // The file ended before its size: it was cut while being read.
             modMain::Raise(modMain::errDeviceIO,
-                           QStringLiteral("Short read: %1 of %2 bytes").arg(got).arg(bytes.size()));
+                           QStringLiteral("Short read: %1 of %2 bytes").arg(end).arg(size));
         }
-        got += n;
     }
     return bytes;
 }

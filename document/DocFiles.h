@@ -25,9 +25,6 @@ QString BackupName(const QString &path);
 // file (a folder, a device, a pipe: nothing is read from it), and an error described by the
 // system's reason when reading fails or ends short.
 QByteArray ReadWholeFile(const QString &path);
-// Makes the pages of a large buffer (its whole capacity) at once and in large pieces, before it
-// is filled; small buffers are left alone. Only a hint to the system.
-void PrepareLargeBuffer(QByteArray &bytes);
 // Writes a whole file atomically: the bytes go to a temporary file in the same folder, which is
 // flushed to the disk; only then, with `backup`, does the old file's content become the backup
 // (BackupName; a read-only backup is left alone and none is made), and the new file takes the

@@ -1,6 +1,6 @@
-// Loaded with LD_PRELOAD by tests: read() of the file named in MAVROLEN_FAIL_READ fails with an
-// I/O error, and read() of the file named in MAVROLEN_SHORT_READ ends at once, as a file cut
-// while being read does. Every other read goes to the system.
+// Loaded with LD_PRELOAD by tests: read() and pread() of the file named in MAVROLEN_FAIL_READ fail
+// with an I/O error, and those of the file named in MAVROLEN_SHORT_READ end at once, as a file
+// cut while being read does. Every other read goes to the system.
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -26,17 +26,27 @@ bool isFile(int fd, const char *variable) {
     return std::strcmp(path, target) == 0;
 }
 
+// -1 when the read fails, 0 when it ends at once, 1 when it goes to the system.
+int planned(int fd) {
+    if (isFile(fd, "MAVROLEN_FAIL_READ")) {
+        errno = EIO;
+        return -1;
+    }
+    return isFile(fd, "MAVROLEN_SHORT_READ") ? 0 : 1;
+}
+
 } // namespace
 
 extern "C" ssize_t read(int fd, void *buffer, size_t count) {
     using Read = ssize_t (*)(int, void *, size_t);
     static const Read real = reinterpret_cast<Read>(dlsym(RTLD_NEXT, "read"));
-    if (isFile(fd, "MAVROLEN_FAIL_READ")) {
-        errno = EIO;
-        return -1;
-    }
-    if (isFile(fd, "MAVROLEN_SHORT_READ")) {
-        return 0;
-    }
-    return real(fd, buffer, count);
+    const int plan = planned(fd);
+    return plan < 1 ? plan : real(fd, buffer, count);
+}
+
+extern "C" ssize_t pread(int fd, void *buffer, size_t count, off_t offset) {
+    using Read = ssize_t (*)(int, void *, size_t, off_t);
+    static const Read real = reinterpret_cast<Read>(dlsym(RTLD_NEXT, "pread"));
+    const int plan = planned(fd);
+    return plan < 1 ? plan : real(fd, buffer, count, offset);
 }
