@@ -239,8 +239,9 @@ void DocLoadBytes(Document &doc, const QByteArray &bytes) {
     }
     doc.m_iFileFormatVersion = version;
     // Room for the entries ahead of their allocations, reckoned from the file's size (room that
-    // is never used costs nothing).
-    const HeapReserve reserve(bytes.size() / 2);
+    // is never used costs nothing). The entries of a file take about a third of its size; the
+    // first quarter is made ready at once, on another processor.
+    const HeapReserve reserve(bytes.size() / 2, bytes.size() / 4);
     QList<bool> taggedByIndex(1, false);
     QList<bool> showingByIndex(1, false);
     QString selectedKey;

@@ -4,7 +4,10 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <mutex>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -22,7 +25,7 @@ int g_iHeld = 0;
 
 } // namespace
 
-HeapReserve::HeapReserve(qsizetype bytes) {
+HeapReserve::HeapReserve(qsizetype bytes, qsizetype ahead) {
     if (bytes < kPiece) {
         return;
     }
@@ -55,9 +58,41 @@ HeapReserve::HeapReserve(qsizetype bytes) {
     }
     // The room is in the heap now; large blocks are mapped on their own again.
     mallopt(M_MMAP_THRESHOLD, kMapDefault);
+#ifdef MADV_POPULATE_WRITE
+    // The pages about to be used are made by another processor, ahead of the allocations that
+    // need them, from the bottom of the room up.
+    if (pieces.empty() || ahead <= 0 || std::thread::hardware_concurrency() < 2) {
+        return;
+    }
+    // Only room the heap holds in one stretch, piece after piece, is made ready.
+    qsizetype stretch = 1;
+    while (stretch < qsizetype(pieces.size()) &&
+           quintptr(pieces[stretch]) - quintptr(pieces[stretch - 1]) - quintptr(kPiece) < page) {
+        ++stretch;
+    }
+    const auto begin = (quintptr(pieces.front()) + page - 1) & ~(page - 1);
+    const auto end =
+        begin + (quintptr(qMin(ahead, stretch * kPiece - qsizetype(page))) & ~(page - 1));
+    try {
+        m_populating = std::thread([this, begin, end] {
+            constexpr quintptr kStep = quintptr(2) << 20;
+            for (quintptr at = begin; at < end && !m_stop.load(std::memory_order_relaxed);
+                 at += kStep) {
+                (void)madvise(reinterpret_cast<void *>(at), qMin(kStep, end - at),
+                              MADV_POPULATE_WRITE);
+            }
+        });
+    } catch (const std::system_error &) {
+        // Without a thread the pages are made as they are used.
+    }
+#endif
 }
 
 HeapReserve::~HeapReserve() {
+    if (m_populating.joinable()) {
+        m_stop = true;
+        m_populating.join();
+    }
     if (!m_bHeld) {
         return;
     }
