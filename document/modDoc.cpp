@@ -238,9 +238,9 @@ void DocLoadBytes(Document &doc, const QByteArray &bytes) {
         version = tagged;
     }
     doc.m_iFileFormatVersion = version;
-    // Room for the entries ahead of their allocations, reckoned from the file's size (room that
-    // is never used costs nothing). The entries of a file take about a third of its size; the
-    // first quarter is made ready at once, on another processor.
+    // Room for the entries ahead of their allocations, reckoned from the file's size: the entries
+    // take about a third of it. The first quarter is made ready at once, on another processor;
+    // the rest costs nothing until it is used.
     const HeapReserve reserve(bytes.size() / 2, bytes.size() / 4);
     QList<bool> taggedByIndex(1, false);
     QList<bool> showingByIndex(1, false);
