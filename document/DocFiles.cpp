@@ -4,6 +4,7 @@
 
 #include "util/ByteChain.h"
 #include "util/ErrorLog.h"
+#include "util/MemoryPages.h"
 #include "util/modGlobals.h"
 #include "util/modString.h"
 
@@ -13,7 +14,6 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <system_error>
@@ -201,23 +201,12 @@ namespace {
 // them.
 constexpr qsizetype kLargeRead = qsizetype(4) << 20;
 
-// The whole pages within [begin, end), as a start and a length; empty when there are none.
-std::pair<void *, size_t> pagesWithin(char *begin, char *end) {
-    const auto page = quintptr(sysconf(_SC_PAGESIZE));
-    const auto first = (quintptr(begin) + page - 1) & ~(page - 1);
-    const auto last = quintptr(end) & ~(page - 1);
-    return {reinterpret_cast<void *>(first), last > first ? last - first : 0};
-}
-
 // Reads the file's bytes [from, to) into the same place of `data`, making the pages first when
 // there are many. Returns 0, the errno of a failed read, or -1 with `from` where the file ended.
 int readPart(int fd, char *data, qsizetype &from, qsizetype to) {
-#ifdef MADV_POPULATE_WRITE
     if (to - from >= kLargeRead) {
-        const auto [pages, length] = pagesWithin(data + from, data + to);
-        (void)madvise(pages, length, MADV_POPULATE_WRITE);
+        MemoryPages::Make(data + from, data + to);
     }
-#endif
     while (from < to) {
         const ssize_t n =
             ::pread(fd, data + from, size_t(qMin<qsizetype>(to - from, qsizetype(1) << 24)), from);
@@ -259,14 +248,10 @@ QByteArray ReadWholeFile(const QString &path) {
     QByteArray bytes(qsizetype(st.st_size), Qt::Uninitialized);
     char *data = bytes.data();
     const qsizetype size = bytes.size();
-#ifdef MADV_HUGEPAGE
-    // Asked for the whole buffer before the halves are read: changing how a mapping is backed
-    // waits for every fault in progress to end.
+    // Asked for the whole buffer, before either half is read.
     if (size >= kLargeRead) {
-        const auto [pages, length] = pagesWithin(data, data + size);
-        (void)madvise(pages, length, MADV_HUGEPAGE);
+        MemoryPages::AskHuge(data, data + size);
     }
-#endif
     // A large file is read in two halves at once, on two processors: the copying takes half the
     // time, and so does making the fresh buffer's pages where the system makes them in parallel.
     constexpr qsizetype kSplit = qsizetype(32) << 20;

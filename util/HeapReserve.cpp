@@ -1,8 +1,8 @@
 #include "util/HeapReserve.h"
 
+#include "util/MemoryPages.h"
+
 #include <malloc.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <mutex>
@@ -39,53 +39,48 @@ HeapReserve::HeapReserve(qsizetype bytes, qsizetype ahead) {
     }
     m_bHeld = true;
     ++g_iHeld;
-    const auto page = quintptr(sysconf(_SC_PAGESIZE));
-    std::vector<void *> pieces;
+    std::vector<char *> pieces;
     for (qsizetype done = 0; done < bytes; done += kPiece) {
-        void *p = malloc(size_t(kPiece));
+        auto *p = static_cast<char *>(malloc(size_t(kPiece)));
         if (!p) {
             break;
         }
         pieces.push_back(p);
-#ifdef MADV_HUGEPAGE
-        const auto begin = (quintptr(p) + page - 1) & ~(page - 1);
-        const auto end = (quintptr(p) + quintptr(kPiece)) & ~(page - 1);
-        (void)madvise(reinterpret_cast<void *>(begin), end - begin, MADV_HUGEPAGE);
-#endif
+        MemoryPages::AskHuge(p, p + kPiece);
     }
     for (auto it = pieces.rbegin(); it != pieces.rend(); ++it) {
         free(*it);
     }
     // The room is in the heap now; large blocks are mapped on their own again.
     mallopt(M_MMAP_THRESHOLD, kMapDefault);
-#ifdef MADV_POPULATE_WRITE
     // The pages about to be used are made by another processor, ahead of the allocations that
     // need them, from the bottom of the room up.
     if (pieces.empty() || ahead <= 0 || std::thread::hardware_concurrency() < 2) {
         return;
     }
-    // Only room the heap holds in one stretch, piece after piece, is made ready.
+    // Only room the heap holds in one stretch, piece after piece (apart from the allocator's
+    // few bytes between them), is made ready.
+    constexpr quintptr kGap = 4096;
     qsizetype stretch = 1;
     while (stretch < qsizetype(pieces.size()) &&
-           quintptr(pieces[stretch]) - quintptr(pieces[stretch - 1]) - quintptr(kPiece) < page) {
+           quintptr(pieces[stretch]) - quintptr(pieces[stretch - 1]) - quintptr(kPiece) < kGap) {
         ++stretch;
     }
-    const auto begin = (quintptr(pieces.front()) + page - 1) & ~(page - 1);
-    const auto end =
-        begin + (quintptr(qMin(ahead, stretch * kPiece - qsizetype(page))) & ~(page - 1));
+    char *const begin = pieces.front();
+    char *const end = begin + qMin(ahead, stretch * kPiece);
     try {
         m_populating = std::thread([this, begin, end] {
+            // In steps that end on 2 MB boundaries, so that no page is split between two.
             constexpr quintptr kStep = quintptr(2) << 20;
-            for (quintptr at = begin; at < end && !m_stop.load(std::memory_order_relaxed);
-                 at += kStep) {
-                (void)madvise(reinterpret_cast<void *>(at), qMin(kStep, end - at),
-                              MADV_POPULATE_WRITE);
+            for (char *at = begin; at < end && !m_stop.load(std::memory_order_relaxed);) {
+                char *const next = qMin(end, at + (kStep - (quintptr(at) & (kStep - 1))));
+                MemoryPages::Make(at, next);
+                at = next;
             }
         });
     } catch (const std::system_error &) {
         // Without a thread the pages are made as they are used.
     }
-#endif
 }
 
 HeapReserve::~HeapReserve() {
