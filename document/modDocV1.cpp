@@ -107,14 +107,11 @@ void DocSaveNodeAll(Node *node, ByteChain &out) {
         auto [n, showing] = stack.back();
         stack.pop_back();
         setLatin1(key, n->Key());
-        DocSaveNodeTag(out, "nodekey",
-                       key.startsWith("KEY") ? QByteArrayView(key).sliced(3) : QByteArrayView(key));
         CodePage::fromUnicode(n->Text(), label);
-        DocSaveNodeTag(out, "nodelabel", label);
-        DocSaveNodeTag(out, "nodetagged", boolText(modNodes::NodeTagged(n)));
-        DocSaveNodeTag(out, "nodevisible", boolText(showing));
         // The stored text is written from where it is held (the node or the file as read).
-        out.append(TagOpener).append("nodetext ").appendKept(n->TagView()).append("}\r\n");
+        DocSaveEntry(out,
+                     key.startsWith("KEY") ? QByteArrayView(key).sliced(3) : QByteArrayView(key),
+                     label, modNodes::NodeTagged(n), showing, n->TagView());
         const auto &children = n->childList();
         const bool childShowing = showing && n->Expanded();
         for (auto it = children.rbegin(); it != children.rend(); ++it) {

@@ -58,6 +58,10 @@ void ScanEntries(QByteArrayView text, const std::function<void(EntryRecord &)> &
 // Appends one tag line: opener, name, one blank, value, "}", CR LF.
 void DocSaveNodeTag(QByteArray &out, QByteArrayView name, QByteArrayView value);
 void DocSaveNodeTag(ByteChain &out, QByteArrayView name, QByteArrayView value);
+// Appends one entry's tag lines: key (without "KEY"), label (file code page), tagged, visible and
+// the stored text, which must stay alive until the chain is written.
+void DocSaveEntry(ByteChain &out, QByteArrayView key, QByteArrayView label, bool tagged,
+                  bool showing, QByteArrayView text);
 
 // The whole native file of a document: keys renumbered from the root first. Empty when the
 // document has no root. The chain refers to the entries' stored texts: it is written before the

@@ -225,6 +225,16 @@ void DocSaveNodeTag(ByteChain &out, QByteArrayView name, QByteArrayView value) {
     out.append(TagOpener).append(name).append(' ').append(value).append("}\r\n");
 }
 
+void DocSaveEntry(ByteChain &out, QByteArrayView key, QByteArrayView label, bool tagged,
+                  bool showing, QByteArrayView text) {
+    DocSaveNodeTag(out, "nodekey", key);
+    DocSaveNodeTag(out, "nodelabel", label);
+    DocSaveNodeTag(out, "nodetagged", tagged ? "True" : "False");
+    DocSaveNodeTag(out, "nodevisible", showing ? "True" : "False");
+    // The stored text is written from where it is held.
+    out.append(TagOpener).append("nodetext ").appendKept(text).append("}\r\n");
+}
+
 namespace {
 
 // A stored text in the compressed form ("length,data", the data beginning with a zlib header)

@@ -135,6 +135,7 @@ Snapshot takeSnapshot(const Document &doc) {
 void formatSnapshot(const Snapshot &shot, ByteChain &out) {
     out.append(shot.header);
     std::vector<QByteArray> keys; // the key of the last entry at each depth
+    QByteArray label;
     for (const Snapshot::Entry &e : shot.entries) {
         keys.resize(size_t(e.depth) + 1);
         QByteArray &key = keys[size_t(e.depth)];
@@ -146,14 +147,8 @@ void formatSnapshot(const Snapshot &shot, ByteChain &out) {
                 .append('.')
                 .append(QByteArray::number(e.position));
         }
-        modDocV1::DocSaveNodeTag(out, "nodekey", key);
-        modDocV1::DocSaveNodeTag(out, "nodelabel", CodePage::fromUnicode(e.label));
-        modDocV1::DocSaveNodeTag(out, "nodetagged", e.tagged ? "True" : "False");
-        modDocV1::DocSaveNodeTag(out, "nodevisible", e.showing ? "True" : "False");
-        out.append(modDocV1::TagOpener)
-            .append("nodetext ")
-            .appendKept(e.text.view())
-            .append("}\r\n");
+        CodePage::fromUnicode(e.label, label);
+        modDocV1::DocSaveEntry(out, key, label, e.tagged, e.showing, e.text.view());
     }
 }
 
