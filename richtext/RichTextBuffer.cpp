@@ -113,18 +113,22 @@ QByteArray RichTextBuffer::TextRTF() const {
 
 void RichTextBuffer::SetTextRTF(const QByteArray &rtf) {
     PROC("RichTextBuffer SetTextRTF");
+    replace(rtf, m_iPreviewCharacters > 0 && rtf.size() >= RtfReader::LongText);
+    emit Change();
+}
+
+void RichTextBuffer::replace(const QByteArray &rtf, bool preview) {
     // One edit block around the whole replacement: a view's layout follows the new text once,
     // lazily for a long one, and the views' carets, which the inserted text pushed along, are
     // back at the start (where the selection notice puts them) before the view hears of it.
     QTextCursor block(m_doc);
     ++m_quiet;
     block.beginEditBlock();
-    load(rtf, m_iPreviewCharacters > 0 && rtf.size() >= RtfReader::LongText);
+    load(rtf, preview);
     m_lastAnchor = -1;
     notifySelection();
     block.endEditBlock();
     --m_quiet;
-    emit Change();
 }
 
 void RichTextBuffer::load(const QByteArray &rtf, bool preview) {
@@ -166,14 +170,7 @@ void RichTextBuffer::CompleteText() {
     PROC("RichTextBuffer CompleteText");
     // The same text, whole: nothing changed that anyone would store, and the caret stays at the
     // start, where the load put it.
-    QTextCursor block(m_doc);
-    ++m_quiet;
-    block.beginEditBlock();
-    load(QByteArray(m_pending), false);
-    m_lastAnchor = -1;
-    notifySelection();
-    block.endEditBlock();
-    --m_quiet;
+    replace(QByteArray(m_pending), false);
     emit TextCompleted();
 }
 

@@ -160,6 +160,8 @@ private:
     template <class T, class Get> std::optional<T> uniformChar(Get get) const;
     template <class T, class Get> std::optional<T> uniformBlock(Get get) const;
     void onContentsChanged();
+    // The text replaced, with the selection notice, as one quiet edit.
+    void replace(const QByteArray &rtf, bool preview);
     void load(const QByteArray &rtf, bool preview);
     void settle() const {
         if (!m_pending.isNull()) {
